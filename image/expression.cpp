@@ -1,0 +1,111 @@
+#include "image/expression.h"
+
+#include <QDebug>
+
+namespace VEK {
+namespace {
+
+bool mayFollow(QString const& previous, QString const& token)
+{
+    if (isDigit(token))
+        return !isDigit(previous);
+    if (isOperator(token))
+        return !isOperator(previous) && previous != LEFT_BRACKET && !isNotUnaryOp(previous);
+    if (token == RIGHT_BRACKET)
+        return previous != LEFT_BRACKET && !isNotUnaryOp(previous);
+    return true;
+}
+
+/// Whether a postfix list leaves exactly one value.
+bool leavesOneValue(QStringList const& postfix)
+{
+    int count = 0;
+    for (QString const& token : postfix) {
+        if (isDigit(token)) {
+            ++count;
+        } else if (isNotUnaryOp(token)) {
+            if (count < 1)
+                return false;
+        } else if (isOperator(token)) {
+            if (count < 2)
+                return false;
+            --count;
+        }
+    }
+    return count == 1;
+}
+
+} // namespace
+
+int priority(QString const& token)
+{
+    if (token == OP_NOT)
+        return 4;
+    if (token == OP_AND)
+        return 3;
+    if (token == OP_XOR)
+        return 2;
+    return token == OP_OR ? 1 : 0;
+}
+
+bool isDigit(QString const& token)
+{
+    return token.startsWith(QLatin1Char('M'), Qt::CaseInsensitive);
+}
+
+bool isOperator(QString const& token)
+{
+    return token == OP_AND || token == OP_OR || token == OP_XOR;
+}
+
+bool isNotUnaryOp(QString const& token)
+{
+    return token == OP_NOT;
+}
+
+QStringList convertRPN(QStringList const& tokens)
+{
+    QStringList output;
+    QStringList stack;
+    for (QString const& token : tokens) {
+        if (isDigit(token)) {
+            output.append(token);
+        } else if (token == LEFT_BRACKET) {
+            stack.append(token);
+        } else if (token == RIGHT_BRACKET) {
+            while (!stack.isEmpty() && stack.last() != LEFT_BRACKET)
+                output.append(stack.takeLast());
+            if (stack.isEmpty()) {
+                qCritical("bracket unmatched");
+                return {};
+            }
+            stack.removeLast();
+        } else {
+            while (!stack.isEmpty() && stack.last() != LEFT_BRACKET &&
+                   priority(token) <= priority(stack.last()))
+                output.append(stack.takeLast());
+            stack.append(token);
+        }
+    }
+    while (!stack.isEmpty())
+        output.append(stack.takeLast());
+    if (output.contains(LEFT_BRACKET)) {
+        qCritical(" bracket unmatched"); // the blank in front tells the two apart
+        return {};
+    }
+    return output;
+}
+
+bool isOk(QStringList const& tokens)
+{
+    if (tokens.isEmpty() || isOperator(tokens.last()) || isNotUnaryOp(tokens.last()))
+        return false;
+    for (int i = 1; i < tokens.size(); ++i) {
+        if (!mayFollow(tokens.at(i - 1), tokens.at(i)))
+            return false;
+    }
+    QStringList const postfix = convertRPN(tokens);
+    return !postfix.isEmpty() && leavesOneValue(postfix);
+}
+
+} // namespace VEK

@@ -1,0 +1,125 @@
+#include "image/expressionimage.h"
+
+#include "image/matchencoding.h"
+#include "image/registermap.h"
+#include "image/truthtable.h"
+#include "model/capturecore.h"
+
+#include <QStringList>
+#include <QVector>
+
+namespace VEK {
+namespace {
+
+constexpr int SiteBits = 16;
+constexpr int NoSite = -1;
+
+/// The used match units of a core, each with its rank among them.
+struct Sites
+{
+    QVector<int> ofUnit; ///< By unit index; NoSite for a unit that is not used.
+    int count = 0;
+};
+
+Sites usedSites(SxCore const& core)
+{
+    Sites sites;
+    sites.ofUnit.fill(NoSite, core.matchUnits.size());
+    for (int i = 0; i < sites.ofUnit.size(); ++i) {
+        MatchUnit const* unit = core.matchUnit(i);
+        if (unit && unit->enabled && unit->trigger && !unit->trigger->signalList.isEmpty())
+            sites.ofUnit[i] = sites.count++;
+    }
+    return sites;
+}
+
+/// All expressions when the flags do not match them, as for a core from a file, which has none.
+QStringList chosenExpressions(SxCore const& core)
+{
+    if (core.expressions.size() != core.expressionEnabled.size())
+        return core.expressions;
+    QStringList chosen;
+    for (int i = 0; i < core.expressions.size(); ++i) {
+        if (core.expressionEnabled.at(i))
+            chosen.append(core.expressions.at(i));
+    }
+    return chosen;
+}
+
+/// The sites that an expression looks at, position i for site i.
+QBitArray siteMask(QString text, Sites const& sites)
+{
+    QBitArray mask(SiteBits);
+    // from high to low: M10 must be gone before M1 can match its head
+    for (int m = sites.ofUnit.size(); m >= 0; --m) {
+        QString const unit = QStringLiteral("M%1").arg(m);
+        if (!text.contains(unit))
+            continue;
+        int const site = sites.ofUnit.value(m, NoSite);
+        if (site != NoSite)
+            mask.setBit(site);
+        text.remove(unit);
+    }
+    return mask;
+}
+
+/// Writes table words for one register, differing only in their last bits.
+class TableWord
+{
+public:
+    TableWord(int address, int width)
+        : m_blank(regWriteData(static_cast<unsigned short>(address), QBitArray(width)))
+    {}
+
+    QBitArray forCombination(int k) const
+    {
+        QBitArray word = m_blank;
+        for (int at = word.size() - 1; k; --at, k >>= 1) {
+            if (k & 1)
+                word.setBit(at);
+        }
+        return word;
+    }
+
+private:
+    QBitArray m_blank;
+};
+
+void appendTable(QList<QBitArray>& words, QString const& expression, int base, Sites const& sites,
+                 int width)
+{
+    QString const table = logicTruthTable(expression);
+    QBitArray const mask = siteMask(expression, sites);
+    TableWord const output0(base, width);
+    TableWord const output1(base + 1, width);
+    for (int k = 0; k < 1 << sites.count; ++k) {
+        int const index = bitFilter(k, mask);
+        bool const fires = index < table.size() && table.at(index) == QLatin1Char('1');
+        words.append((fires ? output1 : output0).forCombination(k));
+    }
+}
+
+} // namespace
+
+QList<QBitArray> generateExpressionBit(SxCore const* core)
+{
+    QList<QBitArray> words;
+    if (core->expressionType == ExpressionStatic)
+        return words;
+    Sites const sites = usedSites(*core);
+    int const width = core->dataOutShiftWidth();
+    QStringList const expressions = chosenExpressions(*core);
+    bool const flagsMatch = core->expressions.size() == core->expressionEnabled.size();
+    if (expressions.isEmpty() && flagsMatch) {
+        TableWord const always(Register::ExpressionTable + 1, width);
+        for (int k = 0; k < 1 << sites.count; ++k)
+            words.append(always.forCombination(k));
+        return words;
+    }
+    for (int e = 0; e < expressions.size(); ++e)
+        appendTable(words, expressions.at(e),
+                    Register::ExpressionTable + e * Register::ExpressionTableStep, sites, width);
+    return words;
+}
+
+} // namespace VEK

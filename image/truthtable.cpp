@@ -1,0 +1,196 @@
+#include "image/truthtable.h"
+
+#include "model/capturecore.h"
+
+#include <QByteArray>
+
+#include <algorithm>
+#include <cstring>
+
+namespace VEK {
+namespace {
+
+bool isLetter(char character)
+{
+    return character >= 'A' && character <= 'Z';
+}
+
+/// The bound of every loop of `calcuate`: not the end of the text but the code of the character
+/// itself. A NUL ends a loop, and so does a `!` from position 33 on, a `&` from 38, a `0` from 48,
+/// a `1` from 49 and a letter from 65. Deliberate: tables of very long expressions depend on it.
+bool isWithin(int position, char character)
+{
+    return position < int(static_cast<unsigned char>(character));
+}
+
+/// The value of `letter`; a letter beyond the values reads as the NUL behind them.
+char valueOf(char letter, char const* values, int count)
+{
+    int const index = letter - 'A';
+    return index < count ? values[index] : '\0';
+}
+
+bool binaryResult(char op, bool a, bool b)
+{
+    if (op == '&')
+        return a && b;
+    return op == '|' ? (a || b) : (a != b);
+}
+
+/// Runs the stack of `calcuate`; false when an operand is missing.
+bool runStack(QByteArray const& text, QByteArray& stack)
+{
+    for (int i = 0; isWithin(i, text.constData()[i]); ++i) {
+        char const character = text.at(i);
+        if (character == '0' || character == '1') {
+            stack.append(character);
+        } else if (character == '!') {
+            if (stack.isEmpty())
+                return false;
+            stack[stack.size() - 1] = stack.back() == '1' ? '0' : '1';
+        } else if (character == '&' || character == '|' || character == '^') {
+            if (stack.size() < 2)
+                return false;
+            bool const b = stack.back() == '1';
+            stack.chop(1);
+            bool const a = stack.back() == '1';
+            stack[stack.size() - 1] = binaryResult(character, a, b) ? '1' : '0';
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+QString changeExpItem(QString text)
+{
+    char letter = 'A';
+    // from high to low: M10 must be gone before M1 can match its head
+    for (int i = CoreUnitCount - 1; i >= 0; --i) {
+        QString const unit = QStringLiteral("M%1").arg(i);
+        if (text.contains(unit))
+            text.replace(unit, QString(QLatin1Char(letter++)));
+    }
+    return text;
+}
+
+int priority(char character)
+{
+    switch (character) {
+    case '!':
+        return 4;
+    case '&':
+        return 3;
+    case '^':
+        return 2;
+    case '|':
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+void translet(char const* infix, char* postfix)
+{
+    QByteArray stack;
+    auto const popToOutput = [&] {
+        *postfix++ = stack.back();
+        stack.chop(1);
+    };
+    for (; *infix; ++infix) {
+        char const character = *infix;
+        if (isLetter(character)) {
+            *postfix++ = character;
+        } else if (stack.isEmpty() || character == '(') {
+            stack.append(character);
+        } else if (character == ')') {
+            while (!stack.isEmpty() && stack.back() != '(')
+                popToOutput();
+            stack.chop(1);
+        } else {
+            while (!stack.isEmpty() && stack.back() != '(' &&
+                   priority(stack.back()) >= priority(character))
+                popToOutput();
+            stack.append(character);
+        }
+    }
+    while (!stack.isEmpty())
+        popToOutput();
+    *postfix = '\0';
+}
+
+void getOperand(char const* text, char* out)
+{
+    char* end = out;
+    for (; *text; ++text) {
+        if (isLetter(*text) && std::find(out, end, *text) == end)
+            *end++ = *text;
+    }
+    *end = '\0';
+}
+
+void sort(char* text)
+{
+    std::sort(text, text + std::strlen(text));
+}
+
+void itoa(int value, char* out, int base)
+{
+    *out = '\0';
+    if (base < 2 || base > 16)
+        return;
+    bool const negative = base == 10 && value < 0;
+    unsigned rest = negative ? 0u - unsigned(value) : unsigned(value);
+    char* end = out;
+    do {
+        *end++ = "0123456789ABCDEF"[rest % unsigned(base)];
+        rest /= unsigned(base);
+    } while (rest);
+    if (negative)
+        *end++ = '-';
+    *end = '\0';
+    std::reverse(out, end);
+}
+
+char calcuate(char const* postfix, char const* letters, char const* values)
+{
+    int const valueCount = int(std::strlen(values));
+    QByteArray text(postfix);
+    for (int i = 0; isWithin(i, text.constData()[i]); ++i) {
+        char const character = text.at(i);
+        for (int j = 0; isWithin(j, letters[j]); ++j) {
+            if (character == letters[j])
+                text[i] = valueOf(character, values, valueCount);
+        }
+    }
+    QByteArray stack;
+    if (!runStack(text, stack) || stack.size() != 1)
+        return 'x';
+    return stack.front();
+}
+
+QString logicTruthTable(QString const& expression)
+{
+    QByteArray const infix = changeExpItem(expression).toLatin1();
+    QByteArray postfix(infix.size() + 1, '\0');
+    translet(infix.constData(), postfix.data());
+    char letters['Z' - 'A' + 2];
+    getOperand(postfix.constData(), letters);
+    sort(letters);
+    int const count = int(std::strlen(letters));
+    int const rows = count < 16 ? 1 << count : MaxTruthTable;
+    QString table(rows, Qt::Uninitialized);
+    QByteArray digits(count, '0');
+    char text[40];
+    for (int i = 0; i < rows; ++i) {
+        itoa(i, text, 2);
+        int const length = int(std::strlen(text));
+        std::fill(digits.begin(), digits.end(), '0');
+        if (count)
+            std::memcpy(digits.data() + count - length, text, std::size_t(length));
+        table[i] = QLatin1Char(calcuate(postfix.constData(), letters, digits.constData()));
+    }
+    return table;
+}
+
+} // namespace VEK
