@@ -6,11 +6,13 @@
 #include <QStringList>
 #include <QtEndian>
 
+#include <cstring>
+
 namespace VEK {
 namespace {
 
 constexpr int LengthBytes = 4;
-constexpr int MaxDepth = 4;
+constexpr int MaxDepth = 2;
 
 /// A bounds-checked walk over a frame body. QDataStream itself reserves room for any count that a
 /// peer claims and recurses as deep as it is told, so the body is taken apart here.
@@ -41,7 +43,7 @@ private:
     {
         quint64 const raw = number<quint64>();
         double value;
-        memcpy(&value, &raw, sizeof value);
+        std::memcpy(&value, &raw, sizeof value);
         return value;
     }
 
@@ -66,6 +68,8 @@ private:
         char const* from = take(size);
         if (!from || size % 2)
             return fail<QString>();
+        if (size == 0)
+            return QLatin1String(""); // shared: hostile lists hold millions of these
         QString text(int(size / 2), Qt::Uninitialized);
         qFromBigEndian<quint16>(from, size / 2, text.data());
         return text;

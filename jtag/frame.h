@@ -17,9 +17,10 @@ enum class FrameState {
     Malformed   ///< A whole frame was consumed that holds no message.
 };
 
-/// The largest frame body that is waited for. Beyond it the length field can only be corrupt; the
-/// bytes are then dropped as they come, so that no peer can make the process grow.
-constexpr quint32 MaxFrameBody = 256u * 1024 * 1024;
+/// The largest frame body that is waited for, several times any sample memory. Beyond it the length
+/// field can only be corrupt; the bytes are then dropped as they come, so that no peer can make the
+/// process grow.
+constexpr quint32 MaxFrameBody = 64u * 1024 * 1024;
 
 /// A whole frame, length field included, the entries from the greatest key to the smallest.
 QByteArray frameFromPack(CmdPack const& pack);

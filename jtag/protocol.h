@@ -108,11 +108,11 @@ constexpr int RemotePort = 36547; ///< Also the port of the TR7QZ record.
 /// Folder of the servers, relative to the folder of the running program.
 inline const QString Folder = QStringLiteral("../../Programmer/bin");
 
-constexpr int StartTimeout = 5000;    ///< ms, for a server process to start.
-constexpr int StopTimeout = 3000;     ///< ms, for a killed one to end.
-constexpr int ConnectTimeout = 5000;  ///< ms, for one connection attempt.
-constexpr int ConnectRounds = 64;     ///< Attempts at most.
-constexpr int ConnectPause = 30000;   ///< us, before each attempt.
+constexpr int StartTimeout = 5000;   ///< ms, for a server process to start.
+constexpr int StopTimeout = 3000;    ///< ms, for a killed one to end.
+constexpr int ConnectTimeout = 5000; ///< ms, for one connection attempt.
+constexpr int ConnectRounds = 64;    ///< Attempts at most.
+constexpr int ConnectPause = 30000;  ///< us, before each attempt.
 
 } // namespace Server
 

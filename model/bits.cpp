@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstring>
 
 namespace VEK {
@@ -99,7 +100,7 @@ QBitArray slice(QBitArray const& bits, qint64 start, int length)
 quint64 packedBits(QBitArray const& bits, qint64 start, int count)
 {
     qint64 const size = bits.size();
-    if (start >= size || start <= -64 || count < 1)
+    if (size == 0 || start >= size || start <= -64 || count < 1)
         return 0;
     quint64 word = start < 0 ? loadBits(storage(bits), size, 0) << -start
                              : loadBits(storage(bits), size, start);
@@ -175,7 +176,9 @@ QBitArray combine(QList<QBitArray> const& list)
 
 QBitArray sub(QBitArray const& bits, int start, int length)
 {
-    return slice(bits, start, length < 0 ? bits.size() - start : length);
+    if (length < 0)
+        length = int(std::min<qint64>(qint64(bits.size()) - start, INT_MAX));
+    return slice(bits, start, length);
 }
 
 QBitArray cutHead(QBitArray const& bits, int n)

@@ -15,6 +15,9 @@ static_assert(sizeof MatchFuncTexts / sizeof *MatchFuncTexts == FuncNotInRange +
 /// The narrowest register field of a core.
 constexpr int LeastShiftWidth = 16;
 
+/// No counter is that wide. A file may say anything, and the whole image is made of such fields.
+constexpr int MostCounterWidth = 4096;
+
 template <typename Item>
 Item* findByIndex(QList<Item*> const& items, int index)
 {
@@ -125,7 +128,7 @@ int SxCore::dataOutShiftWidth() const
     int width = std::max(LeastShiftWidth, flatCount(dataSignalList) + 1);
     for (MatchUnit const* unit : matchUnits) {
         if (unit->enabled && unit->counterEnable)
-            width = std::max(width, unit->counterWidth);
+            width = std::max(width, std::min(unit->counterWidth, MostCounterWidth));
     }
     for (TriggerPort const* port : triggers)
         width = std::max(width, flatCount(port->signalList));

@@ -47,6 +47,12 @@ void writeSignalList(QXmlStreamWriter& writer, QList<SignalItem> const& items, C
     writer.writeEndElement();
 }
 
+bool isCaptured(QDomElement const& element)
+{
+    QString const enable = element.attribute(QStringLiteral("capture_enable"));
+    return enable.isEmpty() || enable == QLatin1String("true");
+}
+
 SignalItem readSignal(QDomElement const& element, bool captured)
 {
     SignalItem item;

@@ -15,6 +15,9 @@ enum class CaptureFlag { None, Written };
 /// Writes a whole `SignalList` element.
 void writeSignalList(QXmlStreamWriter& writer, QList<SignalItem> const& items, CaptureFlag flag);
 
+/// Whether "capture_enable" of a signal or bus says captured, as it does when it says nothing.
+bool isCaptured(QDomElement const& element);
+
 /// One `Signal` element, its name and text.
 SignalItem readSignal(QDomElement const& element, bool captured);
 

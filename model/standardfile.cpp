@@ -15,16 +15,6 @@ const QString LowestVersion = QStringLiteral("2.0");
 /// Values of the attribute "capture_from_trigger" that older files have.
 enum CaptureSource { CaptureListed = 0, CapturePorts = 1 };
 
-QString flagText(bool flag)
-{
-    return flag ? QStringLiteral("1") : QStringLiteral("0");
-}
-
-void writeNumber(QXmlStreamWriter& writer, QString const& name, int number)
-{
-    writer.writeAttribute(name, QString::number(number));
-}
-
 void writeTriggers(QXmlStreamWriter& writer, SxCore const& core)
 {
     writer.writeStartElement(QStringLiteral("Triggers"));
@@ -42,12 +32,12 @@ void writeMatchUnit(QXmlStreamWriter& writer, MatchUnit const& unit)
 {
     writer.writeEmptyElement(QStringLiteral("MatchUnit"));
     writeNumber(writer, QStringLiteral("index"), unit.index);
-    writer.writeAttribute(QStringLiteral("enabled"), flagText(unit.enabled));
+    writeNumber(writer, QStringLiteral("enabled"), unit.enabled);
     writeNumber(writer, QStringLiteral("match_type"), unit.matchType);
-    writer.writeAttribute(QStringLiteral("counter_enable"), flagText(unit.counterEnable));
+    writeNumber(writer, QStringLiteral("counter_enable"), unit.counterEnable);
     writeNumber(writer, QStringLiteral("counter_width"), unit.counterWidth);
     writeNumber(writer, QStringLiteral("counter"), unit.counter);
-    writer.writeAttribute(QStringLiteral("countinuous"), flagText(unit.continuous));
+    writeNumber(writer, QStringLiteral("countinuous"), unit.continuous);
     writeNumber(writer, QStringLiteral("func"), unit.func);
     writer.writeAttribute(QStringLiteral("value0"), unit.value0);
     writer.writeAttribute(QStringLiteral("value1"), unit.value1);
@@ -94,11 +84,6 @@ void writeCore(QXmlStreamWriter& writer, SxCore const& core)
     writer.writeEndElement();
 }
 
-int number(QDomElement const& element, QString const& attribute)
-{
-    return element.attribute(attribute).toInt();
-}
-
 /// A missing attribute gives 0 and overwrites the default of the model: old writers left out what
 /// was 0.
 void readAttributes(QDomElement const& element, SxCore& core)
@@ -119,9 +104,8 @@ void readAttributes(QDomElement const& element, SxCore& core)
 
 void readListedSignal(QDomElement const& element, SxCore& core)
 {
-    QString const enable = element.attribute(QStringLiteral("capture_enable"));
-    bool const captured = enable.isEmpty() || enable == QLatin1String("true");
-    if (!captured && enable != QLatin1String("false"))
+    bool const captured = isCaptured(element);
+    if (!captured && element.attribute(QStringLiteral("capture_enable")) != QLatin1String("false"))
         return; // any other text drops the signal, deliberately unlike the lite form
     SignalItem const item = readSignal(element, captured);
     core.allSignalList.append(item);
@@ -131,12 +115,10 @@ void readListedSignal(QDomElement const& element, SxCore& core)
 
 void readListedBus(QDomElement const& element, SxCore& core)
 {
-    QString const enable = element.attribute(QStringLiteral("capture_enable"));
-    bool const captured = enable.isEmpty() || enable == QLatin1String("true");
     SignalItem const bus =
-        readBus(element, childElements(element, QStringLiteral("Signal")), captured);
+        readBus(element, childElements(element, QStringLiteral("Signal")), isCaptured(element));
     core.allSignalList.append(bus);
-    if (captured)
+    if (bus.captureEnable)
         core.dataSignalList.append(bus);
 }
 
@@ -229,20 +211,11 @@ QString versionError(QDomElement const& version)
         if (compareVersion(version.text(), LowestVersion) & (VersionLower | VersionEqual))
             return QString();
         if (compareVersion(version.text(), LATEST_VERSION) == VersionHigher)
-            return QStringLiteral("The version of Vek config file is too high.");
+            return VersionTooHigh;
     } catch (CompareException const& exception) {
         return exception.message;
     }
     return QString();
-}
-
-QList<SxCore*> failed(QString const& message, bool* ok, QString* error)
-{
-    if (ok)
-        *ok = false;
-    if (error)
-        *error = message;
-    return {};
 }
 
 } // namespace
@@ -270,12 +243,13 @@ bool writeVEKConfigToXml(QList<SxCore*> const& cores, QString const& path)
 QList<SxCore*> readVEKConfigFromString(QString const& text, QString& id, bool* ok, QString* error)
 {
     ParsedDocument const parsed = parseVekDocument(text);
-    if (!parsed.isOk())
-        return failed(parsed.error, ok, error);
     QString const message =
-        versionError(parsed.config().firstChildElement(QStringLiteral("Version")));
-    if (!message.isEmpty())
-        return failed(message, ok, error);
+        parsed.isOk() ? versionError(parsed.config().firstChildElement(QStringLiteral("Version")))
+                      : parsed.error;
+    if (!message.isEmpty()) {
+        reportFailure(message, ok, error);
+        return {};
+    }
     if (ok)
         *ok = true;
     return read_VER_2000(parsed.document, id);
@@ -284,8 +258,10 @@ QList<SxCore*> readVEKConfigFromString(QString const& text, QString& id, bool* o
 QList<SxCore*> readVEKConfigFromXml(QString const& path, QString& id, bool* ok, QString* error)
 {
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return failed(QStringLiteral("Open file failed."), ok, error);
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        reportFailure(QStringLiteral("Open file failed."), ok, error);
+        return {};
+    }
     QByteArray const bytes = file.readAll();
     if (bytes.isEmpty()) {
         if (ok)

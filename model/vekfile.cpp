@@ -2,6 +2,9 @@
 
 #include <QFile>
 #include <QStringList>
+#include <QXmlDefaultHandler>
+#include <QXmlInputSource>
+#include <QXmlSimpleReader>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
@@ -11,121 +14,88 @@ namespace {
 
 constexpr int MaxNesting = 256;
 
-/// A linear walk over XML text that only follows how deep elements are nested.
-template <typename Text>
-class NestingScanner
+QString parseError(QString const& message, int line, int column)
+{
+    // all at once: the message may quote the document
+    return QStringLiteral("%1 at %2:%3")
+        .arg(message, QString::number(line), QString::number(column));
+}
+
+// The DOM is built with this parser, so what it meets here is what the DOM will be made of.
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED
+
+/// Refuses, ahead of the DOM, what would exhaust the stack or the time: parser and DOM recurse into
+/// nested elements, the parser into content models, and entities hide elements and cost a lot.
+class Gatekeeper : public QXmlDefaultHandler
 {
 public:
-    explicit NestingScanner(Text const& text) : m_text(text) {}
-
-    /// True when an element lies deeper than MaxNesting; `line` and `column` then tell where.
-    bool tooDeep(int& line, int& column)
+    /// Reads through the whole source; false when it is refused or malformed.
+    bool lets(QXmlInputSource const& source)
     {
-        int depth = 0;
-        for (int c = next(); c >= 0; c = next()) {
-            if (c != '<')
-                continue;
-            c = next();
-            if (c == '/')
-                --depth;
-            else if (c == '!')
-                skipDeclaration();
-            else if (c == '?')
-                isEmptyElement(c);
-            else if (!isEmptyElement(c) && ++depth > MaxNesting)
-                return tell(line, column);
-        }
+        QXmlSimpleReader reader;
+        // as the DOM sets it up without namespaces
+        reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
+        reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
+        reader.setContentHandler(this);
+        reader.setLexicalHandler(this);
+        reader.setErrorHandler(this);
+        return reader.parse(source);
+    }
+
+    bool startDTD(QString const&, QString const&, QString const&) override { return false; }
+
+    bool startElement(QString const&, QString const&, QString const&,
+                      QXmlAttributes const&) override
+    {
+        return ++m_depth <= MaxNesting;
+    }
+
+    bool endElement(QString const&, QString const&, QString const&) override
+    {
+        --m_depth;
+        return true;
+    }
+
+    QString errorString() const override
+    {
+        return m_depth > MaxNesting ? QStringLiteral("elements nested too deeply")
+                                    : QStringLiteral("document type declaration not allowed");
+    }
+
+    bool fatalError(QXmlParseException const& exception) override
+    {
+        m_error =
+            parseError(exception.message(), exception.lineNumber(), exception.columnNumber());
         return false;
     }
 
+    /// "message at line:column", null when nothing was wrong.
+    QString error() const { return m_error; }
+
 private:
-    static int code(QChar c) { return c.unicode(); }
-    static int code(char c) { return static_cast<unsigned char>(c); }
-
-    /// The next character, -1 at the end. NULs are passed over, so that the ASCII of a UTF-16
-    /// file reads like any other.
-    int next()
-    {
-        while (m_at < m_text.size()) {
-            int const c = code(m_text.at(m_at++));
-            if (c)
-                return c;
-        }
-        return -1;
-    }
-
-    /// Reads past the three characters of `end`.
-    void skipPast(char const (&end)[4])
-    {
-        int last[3] = {};
-        while (last[0] != end[0] || last[1] != end[1] || last[2] != end[2]) {
-            last[0] = last[1];
-            last[1] = last[2];
-            last[2] = next();
-            if (last[2] < 0)
-                return;
-        }
-    }
-
-    void skipDeclaration()
-    {
-        int const c = next();
-        if (c == '-')
-            skipPast("-->");
-        else if (c == '[')
-            skipPast("]]>");
-    }
-
-    /// Reads to the end of a start tag whose first character is `c`.
-    bool isEmptyElement(int c)
-    {
-        int quote = 0;
-        int last = 0;
-        for (; c >= 0; last = c, c = next()) {
-            if (quote)
-                quote = c == quote ? 0 : quote;
-            else if (c == '"' || c == '\'')
-                quote = c;
-            else if (c == '>')
-                return last == '/';
-        }
-        return true;
-    }
-
-    bool tell(int& line, int& column) const
-    {
-        line = 1;
-        column = 0;
-        for (int i = 0; i < m_at; ++i) {
-            bool const lineEnd = code(m_text.at(i)) == '\n';
-            line += lineEnd;
-            column = lineEnd ? 0 : column + 1;
-        }
-        return true;
-    }
-
-    Text const& m_text;
-    int m_at = 0;
+    int m_depth = 0;
+    QString m_error;
 };
-
-QString parseError(QString const& message, int line, int column)
-{
-    return QStringLiteral("%1 at %2:%3").arg(message).arg(line).arg(column);
-}
 
 template <typename Text>
 ParsedDocument parse(Text const& text)
 {
     ParsedDocument parsed;
+    QXmlInputSource source;
+    source.setData(text);
+    Gatekeeper gatekeeper;
     QString message;
     int line = 0;
     int column = 0;
-    if (NestingScanner<Text>(text).tooDeep(line, column))
-        parsed.error = parseError(QStringLiteral("elements nested too deeply"), line, column);
+    if (!gatekeeper.lets(source))
+        parsed.error = gatekeeper.error();
     else if (!parsed.document.setContent(text, &message, &line, &column))
         parsed.error = parseError(message, line, column);
     return parsed;
 }
+
+QT_WARNING_POP
 
 QStringList versionParts(QString const& version)
 {
@@ -172,6 +142,24 @@ QDomElement ParsedDocument::config() const
     if (root.nodeName() == QLatin1String("KVX"))
         return root.firstChildElement(QStringLiteral("VEK_CONFIG"));
     return root;
+}
+
+void reportFailure(QString const& message, bool* ok, QString* error)
+{
+    if (ok)
+        *ok = false;
+    if (error)
+        *error = message;
+}
+
+int number(QDomElement const& element, QString const& attribute)
+{
+    return element.attribute(attribute).toInt();
+}
+
+void writeNumber(QXmlStreamWriter& writer, QString const& attribute, int number)
+{
+    writer.writeAttribute(attribute, QString::number(number));
 }
 
 ParsedDocument parseVekDocument(QString const& text)

@@ -45,8 +45,17 @@ struct ParsedDocument
     QDomElement config() const;
 };
 
-/// Parses text, or bytes in the encoding that they declare. Refuses elements that are nested
-/// deeper than any configuration is: the DOM builds and destroys them recursively.
+inline const QString VersionTooHigh = QStringLiteral("The version of Vek config file is too high.");
+
+/// Fills in what a reader reports on failure; both may be null.
+void reportFailure(QString const& message, bool* ok, QString* error);
+
+/// A decimal attribute; a missing one, and one that is no number, gives 0.
+int number(QDomElement const& element, QString const& attribute);
+void writeNumber(QXmlStreamWriter& writer, QString const& attribute, int number);
+
+/// Parses text, or bytes in the encoding that they declare. Refuses what no configuration has and
+/// hostile documents use: elements nested very deeply and document type declarations.
 ParsedDocument parseVekDocument(QString const& text);
 ParsedDocument parseVekDocument(QByteArray const& bytes);
 

@@ -1,0 +1,332 @@
+#include "jtag/jtagsession.h"
+
+#include "jtag/alert.h"
+
+#include <utility>
+
+namespace VEK {
+namespace {
+
+using Protocol::Key::DataRequestId;
+using Protocol::Key::RequestId;
+
+/// Stores a callback under the lowest id that is free. The ids in the map are always 0, 1, 2... up
+/// to the most tasks that were ever in flight, so the lowest free one is either that of an empty
+/// entry or the map's size.
+template <typename Callback>
+unsigned int store(QMap<unsigned int, Callback>& callbacks, std::set<unsigned int>& freeIds,
+                   Callback callback)
+{
+    auto const lowest = freeIds.begin();
+    unsigned int id = unsigned(callbacks.size());
+    if (lowest != freeIds.end()) {
+        id = *lowest;
+        freeIds.erase(lowest);
+    }
+    callbacks[id] = std::move(callback);
+    return id;
+}
+
+/// Moves a callback out, leaving an empty one. An id that is not there leaves the map as it is: a
+/// new entry would change the ids to come.
+template <typename Callback>
+Callback release(QMap<unsigned int, Callback>& callbacks, std::set<unsigned int>& freeIds,
+                 unsigned int id)
+{
+    auto const entry = callbacks.find(id);
+    if (entry == callbacks.end())
+        return Callback();
+    freeIds.insert(id);
+    return std::exchange(entry.value(), Callback());
+}
+
+/// The first connection that serves a cable, or null.
+template <typename Session>
+Session const* findSession(QList<Session> const& connections, QString const& name)
+{
+    bool const newerUsb = name == Server::Tr7qzName || name == Server::WinUsbName;
+    for (Session const& session : connections) {
+        if (session.name == name || (newerUsb && session.name == Server::Ft2chName))
+            return &session;
+    }
+    return nullptr;
+}
+
+template <typename Client>
+void select(JtagSession* session, Client*& current, Client* next)
+{
+    if (current)
+        QObject::disconnect(current, &Client::cmdReceived, session, &JtagSession::dataReturned);
+    current = next;
+    if (current)
+        QObject::connect(current, &Client::cmdReceived, session, &JtagSession::dataReturned);
+}
+
+template <typename Session>
+QList<QPair<QString, int>> namesAndNumbers(QList<Session> const& connections)
+{
+    QList<QPair<QString, int>> servers;
+    for (Session const& session : connections)
+        servers.append({session.name, session.channel + session.cable * 2});
+    return servers;
+}
+
+} // namespace
+
+JtagSession* JtagSession::shared()
+{
+    static JtagSession* const session = new JtagSession;
+    return session;
+}
+
+void JtagSession::createTask(JtagRequest const& request, TaskCallback const& callback)
+{
+    CmdPack pack = request.pack;
+    if (TaskCallback stored = callback) {
+        QMutexLocker const locker(&taskLock);
+        pack.insert(RequestId, store(taskCallbacks, freeTaskIds, std::move(stored)));
+    }
+    if (workerMode)
+        emit createData(pack);
+    else if (nlcMode && nlcClient)
+        nlcClient->sendCmdPack(pack);
+    else if (!nlcMode && client)
+        client->sendCmdPack(pack);
+}
+
+void JtagSession::createDataTask(JtagRequest const& request, DataTaskCallback const& callback)
+{
+    CmdPack pack = request.pack;
+    if (DataTaskCallback stored = callback) {
+        QMutexLocker const locker(&dataTaskLock);
+        pack.insert(DataRequestId, store(dataTaskCallbacks, freeDataTaskIds, std::move(stored)));
+    }
+    if (workerMode) {
+        emit createData(pack);
+        return;
+    }
+    // Deliberately no way out without a client: a data task before a connection is our own mistake.
+    Q_ASSERT(nlcMode ? nlcClient != nullptr : client != nullptr);
+    if (nlcMode)
+        nlcClient->sendCmdPack(pack);
+    else
+        client->sendCmdPack(pack);
+}
+
+void JtagSession::cancelAll()
+{
+    // The old maps die outside the locks, since a callback may own objects with any destructor.
+    QMap<unsigned int, TaskCallback> tasks;
+    QMap<unsigned int, DataTaskCallback> dataTasks;
+    {
+        QMutexLocker const locker(&taskLock);
+        tasks.swap(taskCallbacks);
+        freeTaskIds.clear();
+    }
+    QMutexLocker const locker(&dataTaskLock);
+    dataTasks.swap(dataTaskCallbacks);
+    freeDataTaskIds.clear();
+    ++cancelCount;
+}
+
+void JtagSession::dataReturned(CmdPack const& pack)
+{
+    if (pack.contains(RequestId))
+        returnToTask(pack);
+    else if (pack.contains(DataRequestId))
+        returnToDataTask(pack);
+}
+
+void JtagSession::returnToTask(CmdPack pack)
+{
+    unsigned int const id = pack.take(RequestId).toUInt();
+    TaskCallback callback;
+    {
+        QMutexLocker const locker(&taskLock);
+        callback = release(taskCallbacks, freeTaskIds, id);
+    }
+    if (callback)
+        callback(pack);
+}
+
+void JtagSession::returnToDataTask(CmdPack pack)
+{
+    unsigned int const id = pack.take(DataRequestId).toUInt();
+    DataTaskCallback callback; // a copy: the entry stays for further replies
+    unsigned int cancelsBefore = 0;
+    {
+        QMutexLocker const locker(&dataTaskLock);
+        callback = dataTaskCallbacks.value(id);
+        cancelsBefore = cancelCount;
+    }
+    if (!callback)
+        return;
+    bool finished = false;
+    callback(pack, &finished);
+    if (!finished)
+        return;
+    DataTaskCallback done; // dies outside the lock
+    QMutexLocker const locker(&dataTaskLock);
+    // After a cancelAll from inside the callback the id is gone, or is another request's by now.
+    if (cancelCount == cancelsBefore)
+        done = release(dataTaskCallbacks, freeDataTaskIds, id);
+}
+
+bool JtagSession::connectServer(QString const& name)
+{
+    if (workerMode) {
+        emit switchServer(name);
+        return true;
+    }
+    if (name.isEmpty())
+        return false;
+    if (nlcMode)
+        return connectServerForNlc(name);
+    _Session const* const found = findSession(connections, name);
+    if (found)
+        switchSession(*found);
+    return found;
+}
+
+bool JtagSession::connectServerForNlc(QString const& name)
+{
+    _SessionNlc const* const found = findSession(nlcConnections, name);
+    if (found)
+        switchSessionForNlc(*found);
+    return found;
+}
+
+void JtagSession::switchSession(_Session const& session)
+{
+    select(this, client, session.client);
+}
+
+void JtagSession::switchSessionForNlc(_SessionNlc const& session)
+{
+    select(this, nlcClient, session.client);
+}
+
+bool JtagSession::hasConnections() const
+{
+    return nlcMode ? !nlcConnections.isEmpty() : !connections.isEmpty();
+}
+
+bool JtagSession::validateConnnection(QString const& address, unsigned short port, int msecs)
+{
+    if (nlcMode)
+        return validateConnnectionForNlc(address, port, msecs);
+    if (!client)
+        return false;
+    if (client->state() == QLocalSocket::UnconnectedState)
+        client->connectToServer(address, QIODevice::ReadWrite);
+    return client->waitForConnected(msecs);
+}
+
+bool JtagSession::validateConnnectionForNlc(QString const& address, unsigned short port, int msecs)
+{
+    if (!nlcClient)
+        return false;
+    if (nlcClient->state() == QAbstractSocket::UnconnectedState)
+        nlcClient->connectToHost(address, port, QIODevice::ReadWrite);
+    return nlcClient->waitForConnected(msecs);
+}
+
+void JtagSession::disconnectServer()
+{
+    connections.clear();
+    disconnectServerForNlc();
+}
+
+void JtagSession::disconnectServerForNlc()
+{
+    nlcConnections.clear();
+    emit disConnectServer();
+    cancelAll();
+}
+
+QList<QPair<QString, int>> JtagSession::serverList() const
+{
+    return nlcMode ? serverListForNlc() : namesAndNumbers(connections);
+}
+
+QList<QPair<QString, int>> JtagSession::serverListForNlc() const
+{
+    return namesAndNumbers(nlcConnections);
+}
+
+void JtagSession::diagnosis(QString const&) const
+{}
+
+void JtagSession::setNlcMode(bool on)
+{
+    nlcMode = on;
+}
+
+void JtagSession::setNlcAddress(QString const& host, QString const& port)
+{
+    nlcHost = host;
+    nlcPort = port;
+}
+
+void JtagSession::setWorkerMode(bool on)
+{
+    workerMode = on;
+}
+
+QString JtagSession::nlcHostText() const
+{
+    return nlcHost;
+}
+
+QString JtagSession::nlcPortText() const
+{
+    return nlcPort;
+}
+
+int JtagSession::kindOfConnection() const
+{
+    return connectionKind;
+}
+
+void JtagSession::startNlcStateMonitor()
+{
+    if (nlcClient)
+        connect(nlcClient, &JtagClientNlc::stateChanged, this, &JtagSession::onStateChanged,
+                Qt::UniqueConnection);
+}
+
+void JtagSession::clearNlcStateMonitor()
+{
+    if (!nlcClient)
+        return;
+    disconnect(nlcClient, &JtagClientNlc::stateChanged, nlcClient, &JtagClientNlc::onStateChanged);
+    disconnect(nlcClient, &JtagClientNlc::stateChanged, this, &JtagSession::onStateChanged);
+}
+
+void JtagSession::showDisconnected() const
+{
+    // No blank behind the closing quote mark: the message has always read so.
+    showAlert({AlertKind::Warning, QStringLiteral("Warning"),
+               QLatin1String("Connection to the remote server via URL \"TCP:") + nlcHost +
+                   QLatin1Char(':') + nlcPort +
+                   QLatin1String("\"has been disconnected. Please check the network connection and "
+                                 "make sure the remote server is running on the target.")});
+}
+
+void JtagSession::onDateReceived()
+{
+    if (nlcMode && nlcClient)
+        nlcClient->onDataReady();
+    else if (!nlcMode && client)
+        client->onDataReady();
+}
+
+void JtagSession::onStateChanged(QAbstractSocket::SocketState state)
+{
+    if (state != QAbstractSocket::UnconnectedState)
+        return;
+    showDisconnected();
+    emit unconnect();
+}
+
+} // namespace VEK
