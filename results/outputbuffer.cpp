@@ -1,0 +1,45 @@
+#include "results/outputbuffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace VEK {
+namespace {
+
+constexpr int Capacity = 128 * 1024;
+static_assert(Capacity >= OutputBuffer::MaxReserve);
+
+} // namespace
+
+OutputBuffer::OutputBuffer(QIODevice& device)
+    : m_device(device), m_bytes(new char[Capacity]), m_at(m_bytes.get()), m_end(m_at + Capacity)
+{}
+
+OutputBuffer::~OutputBuffer()
+{
+    flush();
+}
+
+void OutputBuffer::append(QByteArray const& bytes)
+{
+    for (int done = 0; done < bytes.size();) {
+        int const count = std::min(bytes.size() - done, MaxReserve);
+        char* place = reserve(count);
+        std::memcpy(place, bytes.constData() + done, std::size_t(count));
+        commit(place + count);
+        done += count;
+    }
+}
+
+void OutputBuffer::flush()
+{
+    char const* from = m_bytes.get();
+    while (!m_failed && from < m_at) {
+        qint64 const written = m_device.write(from, m_at - from);
+        m_failed = written <= 0;
+        from += std::max<qint64>(0, written);
+    }
+    m_at = m_bytes.get();
+}
+
+} // namespace VEK
