@@ -1,0 +1,173 @@
+#include "acquire/datamanager.h"
+
+#include "jtag/jtagsession.h"
+
+#include <QBitArray>
+#include <QCoreApplication>
+
+#include <unistd.h>
+
+namespace VEK {
+namespace {
+
+/// The protocol's number of a cable in an OPEN request, not the number in a server's record; -1
+/// for a cable that has no locations.
+int cableIndex(QString const& cable)
+{
+    return QStringList{Server::Ft2chName, Server::Tr7qzName, Server::WinUsbName}.indexOf(cable);
+}
+
+/// The type number, as text, of the first field of a reported cable.
+QString cableType(QString const& field)
+{
+    if (field.contains(QStringLiteral("FT2CH")) || field.contains(QStringLiteral("Debugger")))
+        return QStringLiteral("1");
+    if (field.contains(QStringLiteral("TR7QZ")))
+        return QStringLiteral("0");
+    if (field.contains(QStringLiteral("LPT")))
+        return QStringLiteral("3");
+    if (field.contains(QStringLiteral("WINUSB")))
+        return QStringLiteral("2");
+    return QStringLiteral("0");
+}
+
+} // namespace
+
+QList<QStringList> cableRows(QString const& report)
+{
+    QList<QStringList> rows;
+    for (QString const& part : report.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        if (!part.contains(QStringLiteral("Cable found:")))
+            continue;
+        QString const cable = part.split(QLatin1Char(':')).at(1).simplified();
+        QStringList const fields = cable.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+        if (fields.size() > 3)
+            rows.append({cableType(fields.at(0)), fields.at(1), fields.at(2),
+                         fields.at(3).section(QLatin1Char('('), 0, 0).simplified()});
+    }
+    return rows;
+}
+
+DataManager::DataManager() : m_pollTimer(new QTimer(this)), m_cableName(Server::Ft2chName)
+{
+    connect(m_pollTimer, &QTimer::timeout, this, &DataManager::checkState);
+}
+
+DataManager::~DataManager() = default;
+
+void DataManager::setStatus(ANALYZER_STATUS status)
+{
+    m_status = status;
+    emit statusChanged(status != AnalyzerIdle);
+}
+
+void DataManager::setTiming(int pollInterval, unsigned sectionPause)
+{
+    m_pollTimer->setInterval(pollInterval);
+    m_sectionPause = sectionPause;
+}
+
+void DataManager::initDeviceChain(QList<QVariant> const& chain)
+{
+    openChain({{Protocol::Key::Cmd, Protocol::Cmd::Open}, {Protocol::Key::Chain, chain}});
+}
+
+void DataManager::initDeviceChainandLocation(QList<QVariant> const& chain, QString const& cable,
+                                             QString const& location)
+{
+    int const index = cableIndex(cable);
+    if (index < 0 || location.isEmpty()) {
+        initDeviceChain(chain);
+        return;
+    }
+    openChain({{Protocol::Key::Cmd, Protocol::Cmd::Open},
+               {Protocol::Key::Chain, chain},
+               {Protocol::Key::CableIndex, index},
+               {Protocol::Key::CableLocation, location.toInt()}});
+}
+
+void DataManager::openChain(CmdPack pack)
+{
+    QPointer<DataManager> const self(this);
+    JtagSession::shared()->createTask({QUrl(), pack}, [self](CmdPack const& reply) {
+        if (self)
+            self->onChainOpened(reply);
+    });
+}
+
+void DataManager::onChainOpened(CmdPack const& reply)
+{
+    int const result = reply.value(Protocol::Key::Res).toInt();
+    if (result == Protocol::Result::Ok)
+        return;
+    stopDataTrigger();
+    emit triggerComplete(result);
+}
+
+void DataManager::getCableForNlc()
+{
+    m_nlcCables.clear();
+    emit StartandAutoEnable(false);
+    JtagSession::shared()->connectServer(m_cableName);
+    QPointer<DataManager> const self(this);
+    CmdPack const pack{{Protocol::Key::Cmd, Protocol::Cmd::Query}};
+    JtagSession::shared()->createTask({QUrl(), pack}, [self](CmdPack const& reply) {
+        if (self)
+            self->onCablesQueried(reply);
+    });
+}
+
+void DataManager::onCablesQueried(CmdPack const& reply)
+{
+    if (reply.value(Protocol::Key::Res).toInt() == Protocol::Result::Ok)
+        m_nlcCables = cableRows(reply.value(Protocol::Key::Cables).toString());
+    emit CableChangedForNlc();
+    emit StartandAutoEnable(true);
+}
+
+void DataManager::send(CmdPack const& pack)
+{
+    JtagSession::shared()->createTask({QUrl(), pack}, nullptr);
+}
+
+void DataManager::ask(CmdPack const& pack, ReplyHandler const& handler)
+{
+    JtagSession::shared()->createDataTask({QUrl(), pack}, handler);
+}
+
+CmdPack DataManager::writeRequest(QString const& oprate, QBitArray const& data)
+{
+    return {{Protocol::Key::Cmd, Protocol::Cmd::Write},
+            {Protocol::Key::Oprate, oprate},
+            {Protocol::Key::Data, data}};
+}
+
+CmdPack DataManager::readRequest(QString const& oprate, int size)
+{
+    return {{Protocol::Key::Cmd, Protocol::Cmd::Read},
+            {Protocol::Key::Oprate, oprate},
+            {Protocol::Key::Size, size}};
+}
+
+bool DataManager::pauseForReplies()
+{
+    QPointer<DataManager> const self(this);
+    usleep(m_sectionPause);
+    QCoreApplication::processEvents();
+    return !self.isNull();
+}
+
+void DataManager::askForSection(Section const& section, QBitArray const& burstWord, int size,
+                                ReplyHandler const& handler)
+{
+    auto const placed = [&](CmdPack pack) {
+        pack.insert(Protocol::Key::Section, section.index);
+        pack.insert(Protocol::Key::SectionCount, section.count);
+        pack.insert(Protocol::Key::Window, section.window);
+        return pack;
+    };
+    send(placed(writeRequest(Protocol::Oprate::BrustRead, burstWord)));
+    ask(placed(readRequest(Protocol::Oprate::ReadRam, size)), handler);
+}
+
+} // namespace VEK

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "jtag/protocol.h"
+
+#include <QString>
+
+namespace VEK {
+
+/// Outcome of starting the server of a run.
+struct ServerStage
+{
+    int exitStatus = 0; ///< 0, or the status with which the process must end at once.
+    QString serverName; ///< The server that the run works with.
+};
+
+/// Starts the local server of a cable and connects to it. Says so when it can't; then nothing that
+/// was started is left running but what `JtagSession` itself keeps.
+ServerStage startServer(CABLE cable, CHANNEL channel);
+
+} // namespace VEK

@@ -1,0 +1,247 @@
+#include "acquire/litedatamanager.h"
+#include "model/litefile.h"
+#include "tests/support/scriptedserver.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <memory>
+
+using namespace VEK;
+
+namespace {
+
+// a core of three signals: every field has three bits
+const QStringList PollInit{"CMD='WRITE' DATA=011010000000000000010 OPRATE='OP_SELECT_CAPTURE_INIT'",
+                           "CMD='READ' OPRATE='OP_READ_CAPTURE_INIT' SIZE=3"};
+const QStringList PollStart{"CMD='WRITE' DATA=011010000000000000000 OPRATE='WRITE_START_REG'",
+                            "CMD='READ' OPRATE='READ_START_REG' SIZE=3"};
+const QString Arm = "CMD='WRITE' DATA=010010000000000000000001 OPRATE='WRITE_START_REG'";
+const QString Stop = "CMD='WRITE' DATA=010010000000000000000000 OPRATE='WRITE_START_REG'";
+const QString Close = "CMD='CLOSE'";
+
+QStringList section(int i, int count, int burst)
+{
+    QString const place = QStringLiteral("SECTION=%1 SECTION_COUNT=%2").arg(i).arg(count);
+    return {QStringLiteral("CMD='WRITE' DATA=00111%1%2 OPRATE='BRUST_READ' %3 WINDOW=0")
+                .arg(i * burst % 65536, 16, 2, QLatin1Char('0'))
+                .arg("000", place),
+            QStringLiteral("CMD='READ' OPRATE='READ_RAM' %1 SIZE=%2 WINDOW=0")
+                .arg(place)
+                .arg(3 * burst + 1)};
+}
+
+} // namespace
+
+class TestLiteDataManager : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_server.reset(new ScriptedServer);
+        m_manager.reset(new VekLiteDataManager);
+        m_manager->setTiming(0, 0);
+        m_ends.clear();
+        m_captures.clear();
+        connect(m_manager.get(), &VekLiteDataManager::readRamComplete, this,
+                [this] { m_captures.append(m_manager->getCurrentData()); });
+        connect(m_manager.get(), &DataManager::triggerComplete, this,
+                [this](int result) { m_ends.append(result); });
+    }
+
+    void cleanup()
+    {
+        m_manager.reset();
+        m_server.reset();
+    }
+
+    /// Armed by the start register, polled once at a time, read, closed.
+    void wholeRunInOrder()
+    {
+        load(130);
+        m_manager->sendTestMsg();
+        QCOMPARE(m_server->takeLines(),
+                 QStringList{"CMD='WRITE_INFOR' DATA_OUT_SHIFT_REGISTER_WIDTH=3 "
+                             "MEM_DATA_WIDTH=3 MODE='lite' Sxcore='10000'"});
+        m_manager->startDataTrigger(0);
+        CmdPack const flag = m_server->packs.last();
+        QCOMPARE(m_server->takeLines(), PollInit);
+        ScriptedServer::replyData(flag, "001");
+        QCOMPARE(m_server->takeLines(), QStringList{Arm});
+        QCOMPARE(m_manager->status(), AnalyzerWaiting);
+
+        QTRY_VERIFY(!m_server->packs.isEmpty());
+        QTest::qWait(20); // no further poll goes out while this one is unanswered
+        CmdPack poll = m_server->packs.last();
+        QCOMPARE(m_server->takeLines(), PollStart);
+        ScriptedServer::replyData(poll, "100");
+        QTRY_VERIFY(!m_server->packs.isEmpty());
+        poll = m_server->packs.last();
+        QCOMPARE(m_server->takeLines(), PollStart);
+        ScriptedServer::replyData(poll, "000");
+        ScriptedServer::replyData(poll, "000"); // its task is finished: nothing
+        CmdPack const last = m_server->packs.last();
+        CmdPack const first = m_server->packs.at(1);
+        QCOMPARE(m_server->takeLines(), section(0, 2, 128) + section(1, 2, 128));
+
+        // only the tail is cut, and the section that came last stands first
+        answer(first, "1010");
+        answer(last, "0110");
+        QCOMPARE(m_captures.size(), 1);
+        QCOMPARE(bit2str(combine(m_captures.first())), QStringLiteral("011101"));
+        QTRY_COMPARE(m_ends, QList<int>{0});
+        QCOMPARE(m_server->takeLines(), QStringList{Close});
+        QCOMPARE(m_manager->status(), AnalyzerIdle);
+    }
+
+    void silentServerIsAskedTwiceASecond()
+    {
+        load(1);
+        m_manager->startDataTrigger(0);
+        ScriptedServer::replyData(m_server->packs.last(), "111");
+        m_server->packs.clear();
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->packs.size(), 4, 2000);
+        // answers to both: one read only
+        CmdPack const early = m_server->packs.at(1);
+        CmdPack const late = m_server->packs.at(3);
+        m_server->packs.clear();
+        ScriptedServer::replyData(early, "000");
+        ScriptedServer::replyData(late, "000");
+        QCOMPARE(m_server->takeLines(), section(0, 1, 1));
+    }
+
+    void captureThatIsThereAlready()
+    {
+        load(1);
+        m_manager->startDataTrigger(0);
+        ScriptedServer::replyData(m_server->packs.last(), "000");
+        QCOMPARE(m_server->takeLines(), PollInit + section(0, 1, 1));
+    }
+
+    void delays()
+    {
+        load(1);
+        m_manager->startDataTrigger(-1);
+        QTest::qWait(10);
+        QVERIFY(m_server->packs.isEmpty());
+        QCOMPARE(m_manager->status(), AnalyzerRunning);
+        m_manager->forceDataTrigger();
+        QCOMPARE(m_server->takeLines(), PollInit);
+        m_manager->stopDataTrigger();
+        QCOMPARE(m_server->takeLines(), (QStringList{Stop, Close}));
+        m_manager->startDataTrigger(1);
+        QVERIFY(m_server->packs.isEmpty());
+        QTRY_COMPARE(m_server->packs.size(), 2);
+        QTest::qWait(10); // it fires once
+        QCOMPARE(m_server->takeLines(), PollInit);
+    }
+
+    void sections_data()
+    {
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<int>("count");
+        QTest::newRow("0") << 0 << 0;
+        QTest::newRow("1") << 1 << 1;
+        QTest::newRow("127") << 127 << 1;
+        QTest::newRow("128") << 128 << 1;
+        QTest::newRow("129") << 129 << 2;
+        QTest::newRow("1000") << 1000 << 8;
+        QTest::newRow("65536") << 65536 << 512;
+        QTest::newRow("65665") << 65665 << 514;
+    }
+
+    void sections()
+    {
+        QFETCH(int, depth);
+        QFETCH(int, count);
+        m_manager->setStatus(AnalyzerReading);
+        m_manager->readRamData(3, depth);
+        QStringList expected;
+        for (int i = 0; i < count; ++i)
+            expected += section(i, count, std::min(depth, 128));
+        QCOMPARE(m_server->takeLines(), expected);
+    }
+
+    void repeatsAndStops()
+    {
+        load(1);
+        m_manager->setAutoRunCount(0);
+        m_manager->startDataTrigger(0);
+        for (int run = 1; run <= 2; ++run) {
+            ScriptedServer::replyData(m_server->packs.last(), "000");
+            QCOMPARE(m_manager->autoRunCount(), run);
+            CmdPack const read = m_server->packs.last();
+            m_server->packs.clear();
+            answer(read, "1111");
+            QCOMPARE(m_server->takeLines().size(), 2); // the flag is asked for again
+            m_manager->forceDataTrigger();
+        }
+        QCOMPARE(m_captures.size(), 2);
+        m_manager->stopDataTrigger();
+        QCOMPARE(m_manager->autoRunCount(), -1);
+        QCOMPARE(m_ends, QList<int>{0});
+    }
+
+    void failedOpenAndNoCore()
+    {
+        m_manager->startDataTrigger(0);
+        m_manager->sendTestMsg();
+        m_manager->forceDataTrigger();
+        QVERIFY(m_server->packs.isEmpty());
+        m_manager->initDeviceChain({0});
+        ScriptedServer::reply(m_server->packs.last(), {{"RES", 7}});
+        QCOMPARE(m_ends, (QList<int>{0, 7}));
+    }
+
+    void takesOneCoreOnly()
+    {
+        QTemporaryDir folder;
+        SXCore_Lite a, b;
+        a.index = 4;
+        QString error;
+        QString const one = folder.filePath("one.vek");
+        QString const two = folder.filePath("two.vek");
+        QVERIFY(writeVEKConfigToXml_Lite({&a}, one));
+        QVERIFY(writeVEKConfigToXml_Lite({&a, &b}, two));
+        QVERIFY(m_manager->readVekFile(one, error));
+        QVERIFY(!m_manager->readVekFile(two, error));
+        QVERIFY(!m_manager->readVekFile(folder.filePath("none.vek"), error));
+        QCOMPARE(m_manager->core()->index, 4);
+    }
+
+private:
+    void load(int amount)
+    {
+        SXCore_Lite core;
+        core.captureAmount = amount;
+        for (char const* name : {"a", "b", "c"}) {
+            SignalItem item;
+            item.name = name;
+            item.captureEnable = true;
+            core.allSignalList.append(item);
+        }
+        QTemporaryDir folder;
+        QString error;
+        QVERIFY(writeVEKConfigToXml_Lite({&core}, folder.filePath("lite.vek")));
+        QVERIFY(m_manager->readVekFile(folder.filePath("lite.vek"), error));
+    }
+
+    static void answer(CmdPack const& request, QString const& bits)
+    {
+        ScriptedServer::reply(request, {{"DATA", str2bit(bits)},
+                                        {"WINDOW", 0},
+                                        {"SECTION_COUNT", request.value("SECTION_COUNT")}});
+    }
+
+    std::unique_ptr<ScriptedServer> m_server;
+    std::unique_ptr<VekLiteDataManager> m_manager;
+    QList<QList<QBitArray>> m_captures;
+    QList<int> m_ends;
+};
+
+QTEST_GUILESS_MAIN(TestLiteDataManager)
+#include "tst_litedatamanager.moc"
