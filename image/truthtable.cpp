@@ -23,11 +23,14 @@ bool isWithin(int position, char character)
     return position < int(static_cast<unsigned char>(character));
 }
 
-/// The value of `letter`; a letter beyond the values reads as the NUL behind them.
+/// No loop bounded by `isWithin` gets further.
+constexpr int HighestCode = 255;
+
+/// The value of `letter`; one without a value reads as the NUL behind them all.
 char valueOf(char letter, char const* values, int count)
 {
     int const index = letter - 'A';
-    return index < count ? values[index] : '\0';
+    return index >= 0 && index < count ? values[index] : '\0';
 }
 
 bool binaryResult(char op, bool a, bool b)
@@ -107,7 +110,7 @@ void translet(char const* infix, char* postfix)
             while (!stack.isEmpty() && stack.back() != '(')
                 popToOutput();
             stack.chop(1);
-        } else {
+        } else { // deliberately whatever else it is, a blank between tokens too
             while (!stack.isEmpty() && stack.back() != '(' &&
                    priority(stack.back()) >= priority(character))
                 popToOutput();
@@ -155,7 +158,7 @@ void itoa(int value, char* out, int base)
 char calcuate(char const* postfix, char const* letters, char const* values)
 {
     int const valueCount = int(std::strlen(values));
-    QByteArray text(postfix);
+    QByteArray text(postfix, int(qstrnlen(postfix, HighestCode)));
     for (int i = 0; isWithin(i, text.constData()[i]); ++i) {
         char const character = text.at(i);
         for (int j = 0; isWithin(j, letters[j]); ++j) {

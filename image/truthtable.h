@@ -13,7 +13,9 @@ QString changeExpItem(QString text);
 /// 4 for `!`, 3 for `&`, 2 for `^`, 1 for `|`, 0 for anything else.
 int priority(char character);
 
-/// Turns infix into postfix, which never gets longer. `postfix` takes as many characters as
+/// Turns infix into postfix, which never gets longer. Anything that is neither a letter nor a
+/// bracket counts as an operator of priority 0, a blank too: an expression with blanks does not
+/// evaluate. `postfix` takes as many characters as
 /// `infix` has and the NUL.
 void translet(char const* infix, char* postfix);
 

@@ -12,6 +12,9 @@ namespace {
 
 using Byte = unsigned char;
 
+/// What a vector holds; its size in bits is an int, rounded up to bytes and words on the way.
+constexpr qint64 MostBits = INT_MAX - 64;
+
 /// QBitArray keeps position 0 in the lowest bit of its first byte.
 Byte const* storage(QBitArray const& bits)
 {
@@ -165,6 +168,8 @@ QBitArray combine(QList<QBitArray> const& list)
     qint64 size = 0;
     for (QBitArray const& bits : list)
         size += bits.size();
+    if (size > MostBits)
+        return QBitArray();
     QByteArray bytes(bytesFor(int(size)) + 8, '\0');
     qint64 at = 0;
     for (QBitArray const& bits : list) {

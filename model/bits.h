@@ -32,7 +32,8 @@ QBitArray leftJustified(QBitArray const& bits, int n);
 /// `a` followed by `b`.
 QBitArray combine(QBitArray const& a, QBitArray const& b);
 
-/// All vectors in list order, one after the other; a list of one gives that vector itself.
+/// All vectors in list order, one after the other; a list of one gives that vector itself. Empty
+/// when together they are more than a vector holds, nearly 2^31 bits.
 QBitArray combine(QList<QBitArray> const& list);
 
 /// `length` bits from `start` on; a negative length means up to the end. Positions beyond the

@@ -118,7 +118,8 @@ public:
     QList<SignalItem> dataSignals() const;
     /// Entry `i` of the flat list, or an empty item.
     SignalItem signalItemAt(int i) const;
-    /// Width in bits of every register field and of a record in sample memory; at least 16.
+    /// Width in bits of every register field and of a record in sample memory; at least 16. What
+    /// a file claims of a counter counts up to 4096 bits.
     int dataOutShiftWidth() const;
 
     int index;      ///< Core number on the chip.

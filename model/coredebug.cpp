@@ -25,6 +25,15 @@ QString joinedNames(QList<SignalItem> const& items)
     return names.join(QStringLiteral(", "));
 }
 
+/// The words of a part of a core, without the blank that a QDebug leaves behind.
+template <typename Part>
+QString line(Part const& part)
+{
+    QString text;
+    QDebug(&text) << part;
+    return text.trimmed() + QLatin1Char('\n');
+}
+
 } // namespace
 
 QDebug operator<<(QDebug debug, MatchUnit const& unit)
@@ -66,15 +75,11 @@ QDebug operator<<(QDebug debug, SxCore const& core)
                               << "Data Signals: " << joinedNames(core.dataSignals()) << '\n'
                               << "Trigger Expressions: "
                               << core.expressions.join(QStringLiteral(", ")) << '\n';
-    for (TriggerPort const* port : core.availableTriggers()) {
-        debug.nospace() << rule('-');
-        debug.space() << *port << '\n';
-    }
-    for (MatchUnit const* unit : core.enabledMatchUnits()) {
-        debug.nospace() << rule('-');
-        debug.space() << *unit << '\n';
-    }
-    debug.nospace() << rule('=');
+    for (TriggerPort const* port : core.availableTriggers())
+        debug << rule('-') << line(*port);
+    for (MatchUnit const* unit : core.enabledMatchUnits())
+        debug << rule('-') << line(*unit);
+    debug << rule('=');
     return debug;
 }
 

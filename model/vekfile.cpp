@@ -25,8 +25,8 @@ QString parseError(QString const& message, int line, int column)
 QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
 
-/// Refuses, ahead of the DOM, what would exhaust the stack or the time: parser and DOM recurse into
-/// nested elements, the parser into content models, and entities hide elements and cost a lot.
+/// Refuses, ahead of the DOM, elements that are nested so deeply that building or destroying them
+/// would exhaust the stack.
 class Gatekeeper : public QXmlDefaultHandler
 {
 public:
@@ -38,12 +38,9 @@ public:
         reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
         reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
         reader.setContentHandler(this);
-        reader.setLexicalHandler(this);
         reader.setErrorHandler(this);
         return reader.parse(source);
     }
-
-    bool startDTD(QString const&, QString const&, QString const&) override { return false; }
 
     bool startElement(QString const&, QString const&, QString const&,
                       QXmlAttributes const&) override
@@ -57,16 +54,11 @@ public:
         return true;
     }
 
-    QString errorString() const override
-    {
-        return m_depth > MaxNesting ? QStringLiteral("elements nested too deeply")
-                                    : QStringLiteral("document type declaration not allowed");
-    }
+    QString errorString() const override { return QStringLiteral("elements nested too deeply"); }
 
     bool fatalError(QXmlParseException const& exception) override
     {
-        m_error =
-            parseError(exception.message(), exception.lineNumber(), exception.columnNumber());
+        m_error = parseError(exception.message(), exception.lineNumber(), exception.columnNumber());
         return false;
     }
 
@@ -78,6 +70,36 @@ private:
     QString m_error;
 };
 
+/// The place of the declarations inside a document type, -1 when there are none. No configuration
+/// has any; the parser recurses into content models, and entities hide elements and cost a lot.
+int declarationsAt(QString const& text)
+{
+    QString const head = QStringLiteral("<!DOCTYPE");
+    for (int at = text.indexOf(head); at >= 0; at = text.indexOf(head, at)) {
+        QChar quote;
+        for (at += head.size(); at < text.size(); ++at) {
+            QChar const c = text.at(at);
+            if (!quote.isNull())
+                quote = c == quote ? QChar() : quote;
+            else if (c == QLatin1Char('"') || c == QLatin1Char('\''))
+                quote = c;
+            else if (c == QLatin1Char('['))
+                return at;
+            else if (c == QLatin1Char('>'))
+                break;
+        }
+    }
+    return -1;
+}
+
+QString declarationsError(QString const& text, int at)
+{
+    QString const before = text.left(at + 1);
+    return parseError(QStringLiteral("declarations in the document type are not allowed"),
+                      before.count(QLatin1Char('\n')) + 1,
+                      at - before.lastIndexOf(QLatin1Char('\n')));
+}
+
 template <typename Text>
 ParsedDocument parse(Text const& text)
 {
@@ -88,7 +110,10 @@ ParsedDocument parse(Text const& text)
     QString message;
     int line = 0;
     int column = 0;
-    if (!gatekeeper.lets(source))
+    int const declarations = declarationsAt(source.data());
+    if (declarations >= 0)
+        parsed.error = declarationsError(source.data(), declarations);
+    else if (!gatekeeper.lets(source))
         parsed.error = gatekeeper.error();
     else if (!parsed.document.setContent(text, &message, &line, &column))
         parsed.error = parseError(message, line, column);

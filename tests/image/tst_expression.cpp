@@ -1,0 +1,216 @@
+#include "image/expression.h"
+#include "image/truthtable.h"
+#include "tests/image/oracle.h"
+
+#include <QtTest>
+
+using namespace VEK;
+
+namespace {
+
+QStringList tokens(QString const& text)
+{
+    return text.split(' ', Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+class tst_Expression : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void bracketErrors();
+    void validity();
+    void rewriting();
+    void smallHelpers();
+    void evaluation_data();
+    void evaluation();
+    void truthTables_data();
+    void truthTables();
+    void tablesLikeTheEvaluator();
+};
+
+void tst_Expression::bracketErrors()
+{
+    char const* const rows[][2] = {{"( M0", " bracket unmatched"},
+                                   {"M0 )", "bracket unmatched"},
+                                   {"( M0 ) ) & M1", "bracket unmatched"},
+                                   {"( M0 & ( M1 )", " bracket unmatched"}};
+    for (auto const& row : rows) {
+        QTest::ignoreMessage(QtCriticalMsg, row[1]);
+        QVERIFY(convertRPN(tokens(row[0])).isEmpty());
+        QTest::ignoreMessage(QtCriticalMsg, row[1]);
+        QVERIFY(!isOk(tokens(row[0])));
+    }
+}
+
+void tst_Expression::validity()
+{
+    for (char const* text : {"M0", "! M0", "! ( M0 & M1 )", "M0 & ! M1", "( ( M15 ) )", "m0 | M0"})
+        QVERIFY2(isOk(tokens(text)), text);
+    for (char const* text :
+         {"", "M0 M1", "& M0", "M0 &", "M0 !", "M0 & | M1", "( )", "( ! )", "! ! M0", "( M0 ) M1",
+          "! & M0", "( & M0 )", "M0 ( M1 )", "( M0 & )", "M0 ! M1", "!"})
+        QVERIFY2(!isOk(tokens(text)), text);
+}
+
+void tst_Expression::rewriting()
+{
+    char const* const tokenRows[][2] = {{"M0 | M1 ^ M2 & ! M3", "M0 M1 M2 M3 ! & ^ |"},
+                                        {"M0 & M1 & M2 | M3", "M0 M1 & M2 & M3 |"},
+                                        {"! ( M0 | m1 ) & M2", "M0 m1 | ! M2 &"},
+                                        {"! ! M0", "! M0 !"}};
+    for (auto const& row : tokenRows)
+        QCOMPARE(convertRPN(tokens(row[0])), tokens(row[1]));
+    char const* const letterRows[][2] = {
+        {"M0&M10|M1", "C&A|B"},
+        {"!M15^M3&M15", "!A^B&A"},
+        {"M16|m0", "A6|m0"},
+        {"M0M1M2M3M4M5M6M7M8M9M10M11M12M13M14M15", "PONMLKJIHGFEDCBA"}};
+    for (auto const& row : letterRows)
+        QCOMPARE(changeExpItem(row[0]), QString(row[1]));
+    char const* const characterRows[][2] = {
+        {"A|B^C&!D", "ABCD!&^|"}, {"(A|B)&!(C^D)", "AB|CD^!&"}, {"!!A", "!A!"}, {"(A", "A("},
+        {"A)&B", "AB&)"},         {" A & B", "A & B "},         {"()", ""},     {"", ""}};
+    for (auto const& row : characterRows) {
+        QByteArray postfix(int(qstrlen(row[0])) + 1, 'z'); // no longer than the infix text
+        translet(row[0], postfix.data());
+        QCOMPARE(postfix.constData(), row[1]);
+    }
+}
+
+void tst_Expression::smallHelpers()
+{
+    for (char c : QByteArray("!&^|()MX ~"))
+        QCOMPARE(priority(QString(QLatin1Char(c))), priority(c));
+    QVERIFY(priority('!') == 4 && priority('|') == 1 && priority('(') == 0);
+    QVERIFY(isDigit("mux") && !isDigit("3") && isOperator("^") && !isOperator("!"));
+    char text[64];
+    getOperand("(C&a)|A^C|Z", text);
+    QCOMPARE(text, "CAZ");
+    sort(text);
+    QCOMPARE(text, "ACZ");
+    itoa(-48879, text, 16);
+    QCOMPARE(text, "FFFF4111");
+    itoa(INT_MIN, text, 10);
+    QCOMPARE(text, "-2147483648");
+    itoa(5, text, 17);
+    QCOMPARE(text, "");
+    QString all = "M0";
+    for (int unit = 1; unit < 16; ++unit)
+        all += QStringLiteral("&M%1").arg(unit);
+    QVERIFY(logicTruthTable(all) == QString(65535, '0') + "1");
+    // more letters than units: no more entries than any core looks at
+    QCOMPARE(logicTruthTable("ABCDEFGHIJKLMNOPQRSTUVWXYZ").size(), MaxTruthTable);
+    QCOMPARE(calcuate("!", "!", "1"), 'x'); // not a letter
+    // the loop over the letters is bounded as the others are
+    QCOMPARE(calcuate("B", qPrintable(QString(65, 'A') + "B"), "01"), '1');
+    QCOMPARE(calcuate("B", qPrintable(QString(66, 'A') + "B"), "01"), 'x');
+}
+
+void tst_Expression::evaluation_data()
+{
+    QTest::addColumn<QString>("postfix");
+    QTest::addColumn<QString>("values");
+    QTest::addColumn<QString>("expected");
+    auto const row = [](char const* name, QString const& postfix, char const* values,
+                        char const* expected) {
+        QTest::newRow(name) << postfix << values << expected;
+    };
+    row("value by letter", "BA!&", "01", "1");
+    row("or", "AB|", "10", "1");
+    row("exclusive or", "AB^", "11", "0");
+    row("nothing", "", "", "x");
+    row("two left", "AB", "11", "x");
+    row("no operand", "!", "", "x");
+    row("one operand", "A&", "1", "x");
+    row("others ignored", "(A)~", "1", "1");
+    row("value that is none", "A", "2", "x");
+    row("letter without value", "C", "11", "x");
+    // The loops end where a position reaches the code of the character that stands there. A `~`
+    // means nothing and has the highest code of all.
+    auto const at = [](QString const& head, int position, char const* tail) {
+        return head + QString(position - head.size(), '~') + tail;
+    };
+    row("! at 32", at("A", 32, "!"), "1", "0");
+    row("! at 33", at("A", 33, "!"), "1", "1");
+    row("& at 37", at("AB", 37, "&"), "10", "0");
+    row("& at 38", at("AB", 38, "&"), "10", "x");
+    row("0 at 47", at("", 47, "A"), "0", "0");
+    row("0 at 48", at("", 48, "A"), "0", "x");
+    row("1 at 48", at("", 48, "A"), "1", "1");
+    row("1 at 49", at("", 49, "A"), "1", "x");
+    row("letter at 64", at("BC", 64, "A|"), "~10", "1");
+    row("letter at 65", at("BC", 65, "A|"), "~10", "x");
+    row("^ at 93", at("AB", 93, "^"), "10", "1");
+    row("^ at 94", at("AB", 94, "^"), "10", "x");
+    row("| at 123", at("AB", 123, "|"), "10", "1");
+    row("| at 124", at("AB", 124, "|"), "10", "x");
+}
+
+void tst_Expression::evaluation()
+{
+    QFETCH(QString, postfix);
+    QFETCH(QString, values);
+    char const result = calcuate(qPrintable(postfix), "ABC", qPrintable(values));
+    QTEST(QString(QLatin1Char(result)), "expected");
+}
+
+void tst_Expression::truthTables_data()
+{
+    QTest::addColumn<QString>("table");
+    char const* const rows[][2] = {{"M0&M1", "0001"},
+                                   {"M0|M1", "0111"},
+                                   {"M0^M1", "0110"},
+                                   {"!M0", "10"},
+                                   {"M1&!M0", "0010"},
+                                   {"M10&!M1", "0010"},
+                                   {"M0|M1&M2", "01010111"},
+                                   {"M0^M1&M2", "01010110"},
+                                   {"M0|M1^M2", "01111101"},
+                                   {"(M0|M1)&M2", "00000111"},
+                                   {"M3 & !M2", "xxxx"},
+                                   {" M3", "01"},
+                                   {"M5&M5", "01"},
+                                   {"!!M0", "xx"},
+                                   {"M0&", "xx"},
+                                   {"", "x"}};
+    for (auto const& row : rows)
+        QTest::newRow(row[0]) << row[1];
+    // so long that the last operator stands where its code ends the evaluation, at 33 and 38
+    QByteArray const chain = "M0" + QByteArray("&M0").repeated(15);
+    QTest::newRow(chain + "&M0&M0&M0") << "01";
+    QTest::newRow(chain + "&M0&M0&M0&M0") << "xx";
+    QTest::newRow("!(" + chain + ")") << "10";
+    QTest::newRow("!(" + chain + "&M0)") << "01";
+}
+
+void tst_Expression::truthTables()
+{
+    QTEST(logicTruthTable(QString::fromLatin1(QTest::currentDataTag())), "table");
+}
+
+void tst_Expression::tablesLikeTheEvaluator()
+{
+    randomcore::Draw draw(77);
+    for (int round = 0; round < 300; ++round) {
+        QString const expression = oracle::randomExpression(
+            draw, {draw.below(16), draw.below(16), draw.below(16), draw.below(16)});
+        QList<int> units; // those that occur, ascending
+        for (int unit = 0; unit < 16; ++unit) {
+            if (expression.contains(QRegExp(QStringLiteral("M%1(?!\\d)").arg(unit))))
+                units.append(unit);
+        }
+        QString expected;
+        for (quint32 k = 0; k < 1u << units.size(); ++k)
+            expected += oracle::evaluate(expression, units, k) ? '1' : '0';
+        QVERIFY2(logicTruthTable(expression) == expected, qPrintable(expression));
+        QString spaced = expression;
+        QVERIFY2(isOk(tokens(spaced.replace(QRegExp("(M\\d+|\\W)"), "\\1 "))),
+                 qPrintable(expression));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_Expression)
+#include "tst_expression.moc"
