@@ -154,6 +154,9 @@ bool DataManager::pauseForReplies()
     QPointer<DataManager> const self(this);
     usleep(m_sectionPause);
     QCoreApplication::processEvents();
+    // data on the socket is announced by a queued call, which only a second round delivers
+    if (self)
+        QCoreApplication::processEvents();
     return !self.isNull();
 }
 

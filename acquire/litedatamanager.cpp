@@ -97,7 +97,7 @@ void VekLiteDataManager::onDelay()
 
 void VekLiteDataManager::forceDataTrigger()
 {
-    if (status() != AnalyzerRunning)
+    if (status() != AnalyzerRunning || !m_core)
         return;
     m_delayTimer->stop();
     send(writeRequest(Protocol::Oprate::SelectCaptureInit,
@@ -109,6 +109,8 @@ void VekLiteDataManager::forceDataTrigger()
 void VekLiteDataManager::onCaptureInit(CmdPack const& reply, bool* finished)
 {
     *finished = true;
+    if (!isPolling()) // a second answer, when the owner began the capture twice
+        return;
     if (is0(reply.value(Protocol::Key::Data).toBitArray())) {
         readCore(); // the capture is there already
         return;

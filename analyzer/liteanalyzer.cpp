@@ -31,7 +31,7 @@ bool isRotated(SXCore_Lite const& core, QString const& deviceName)
 /// Rows of `width` bits in a stream; the last one may begin before the stream.
 int rowCount(int streamSize, int width, int captureAmount)
 {
-    return std::clamp(captureAmount, 0, (streamSize + width - 1) / width);
+    return std::clamp(captureAmount, 0, int((qint64(streamSize) + width - 1) / width));
 }
 
 } // namespace

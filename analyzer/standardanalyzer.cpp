@@ -23,11 +23,10 @@ int rowCount(qint64 streamSize, int shiftWidth, int captureAmount)
 }
 
 /// The row that holds the first sample in time.
-int firstRow(QBitArray const& tdo, qint64 markOfRow0, int rows, SxCore const& core)
+int firstRow(QBitArray const& tdo, qint64 markOfRow0, int shiftWidth, int rows, SxCore const& core)
 {
     int trigger = 0;
-    while (trigger < rows &&
-           !(packedBits(tdo, markOfRow0 - qint64(trigger) * core.dataOutShiftWidth(), 1)))
+    while (trigger < rows && !packedBits(tdo, markOfRow0 - qint64(trigger) * shiftWidth, 1))
         ++trigger;
     if (core.expressionType == ExpressionDynamic)
         trigger = trigger == 0 ? rows - 1 : trigger - 1;
@@ -113,7 +112,7 @@ QList<WaveMonitor::SignalData> VekCmdStandardAnalyzer::handleTdoData(SxCore cons
     // a row is the mark and then the signals, at the end of its record
     qint64 const mark = qint64(tdo.size()) - 1 - flat.size();
     RecordLayout const layout{mark + 1, width, flat.size(), rows};
-    return namedSignals(flat, signalArrays(tdo, layout, firstRow(tdo, mark, rows, *core)));
+    return namedSignals(flat, signalArrays(tdo, layout, firstRow(tdo, mark, width, rows, *core)));
 }
 
 } // namespace VEK

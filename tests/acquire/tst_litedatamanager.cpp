@@ -2,12 +2,13 @@
 #include "model/litefile.h"
 #include "tests/support/scriptedserver.h"
 
-#include <QSignalSpy>
+#include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 #include <memory>
+#include <unistd.h>
 
 using namespace VEK;
 
@@ -118,8 +119,13 @@ private slots:
     {
         load(1);
         m_manager->startDataTrigger(0);
-        ScriptedServer::replyData(m_server->packs.last(), "000");
-        QCOMPARE(m_server->takeLines(), PollInit + section(0, 1, 1));
+        m_manager->forceDataTrigger(); // once too often: still one read only
+        CmdPack const first = m_server->packs.at(1);
+        CmdPack const second = m_server->packs.last();
+        QCOMPARE(m_server->takeLines(), PollInit + PollInit);
+        ScriptedServer::replyData(first, "000");
+        ScriptedServer::replyData(second, "000");
+        QCOMPARE(m_server->takeLines(), section(0, 1, 1));
     }
 
     void delays()
@@ -164,6 +170,35 @@ private slots:
         for (int i = 0; i < count; ++i)
             expected += section(i, count, std::min(depth, 128));
         QCOMPARE(m_server->takeLines(), expected);
+    }
+
+    /// A socket announces its data by a queued call; the pause delivers that call too.
+    void repliesComeInDuringThePause()
+    {
+        int pipeEnds[2];
+        QCOMPARE(pipe(pipeEnds), 0);
+        QSocketNotifier socket(pipeEnds[0], QSocketNotifier::Read);
+        QList<CmdPack> waiting;
+        QList<int> unanswered; // when a section is asked for
+        auto const answerNext = [&waiting] { answer(waiting.takeFirst(), "0001"); };
+        connect(&socket, &QSocketNotifier::activated, this, [&] {
+            char byte;
+            QCOMPARE(read(pipeEnds[0], &byte, 1), ssize_t(1));
+            QMetaObject::invokeMethod(this, answerNext, Qt::QueuedConnection);
+        });
+        m_server->onRequest = [&](CmdPack const& request) {
+            if (request.value("OPRATE") != "READ_RAM")
+                return;
+            unanswered.append(waiting.size());
+            waiting.append(request);
+            QCOMPARE(write(pipeEnds[1], "x", 1), ssize_t(1));
+        };
+        m_manager->setStatus(AnalyzerReading);
+        m_manager->readRamData(3, 384);
+        QCOMPARE(unanswered, (QList<int>{0, 0, 0}));
+        QTRY_COMPARE(m_ends, QList<int>{0});
+        close(pipeEnds[0]);
+        close(pipeEnds[1]);
     }
 
     void repeatsAndStops()
