@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QBitArray>
+
+#include <vector>
+
+/// How the simulated chip reads the fields that it is sent. Its own, so that a wrong bit on the
+/// host's side finds no like-minded reader here.
+namespace VEK::Simulator {
+
+/// The number in `count` positions from `start` on, the first one the highest; up to 64 bits.
+quint64 fieldNumber(QBitArray const& bits, int start, int count);
+
+/// An opcode's bits, given as text, as a number.
+quint64 opcodeNumber(char const* text);
+
+/// The low min(size, 32) bits of a register's field, as a number.
+quint32 registerNumber(QBitArray const& field);
+
+/// The last `count` positions of a field as words, the first of them the highest bit of word 0.
+/// Zeros for what the field doesn't have, and behind the last one.
+std::vector<quint64> lastPositions(QBitArray const& field, int count);
+
+/// A number as a field of `size` bits, zeros in front.
+QBitArray numberField(quint32 number, int size);
+
+} // namespace VEK::Simulator

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "jtag/protocol.h"
+#include "simulator/bench.h"
+#include "simulator/chip.h"
+
+#include <QStringList>
+
+#include <memory>
+
+namespace VEK::Simulator {
+
+/// Answers of OPEN.
+namespace OpenResult {
+constexpr int Opened = 0;
+constexpr int NoDevice = -1;      ///< No device, or not the cable that was asked for.
+constexpr int NoBitstream = -20;  ///< A device without a design, or an empty desk.
+constexpr int BrokenBench = -100; ///< The bench can't be used; standard error tells why.
+} // namespace OpenResult
+
+/// What a server makes of requests: it owns the desk and the chip, but no socket.
+class Bridge
+{
+public:
+    /// `kinds`: the cable kinds of this server, the usual one first; cables of other kinds are out
+    /// of its sight.
+    Bridge(Bench const& bench, QStringList const& kinds);
+    ~Bridge();
+
+    /// Builds the chip. May take a while for a large stimulus. False with an `error` for a bench
+    /// that can't be used; requests are served all the same.
+    bool load(QString& error);
+    /// Makes every OPEN answer that the bench can't be used.
+    void setBroken() { m_isBroken = true; }
+
+    /// Serves one request. True when there is a `reply`; it carries the ids of the request.
+    bool serve(CmdPack const& request, CmdPack& reply);
+
+private:
+    int open(CmdPack const& request);
+    bool hasCable(CmdPack const& request) const;
+    QString cableReport() const;
+    QBitArray read(int size);
+
+    Bench m_bench;
+    QStringList m_kinds;
+    std::unique_ptr<Chip> m_chip;
+    bool m_isBroken = false;
+    bool m_isOpen = false;
+};
+
+} // namespace VEK::Simulator

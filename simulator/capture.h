@@ -1,0 +1,82 @@
+#pragma once
+
+#include "simulator/sampletable.h"
+#include "simulator/triggerlogic.h"
+
+#include <vector>
+
+namespace VEK::Simulator {
+
+/// The sample memory of a core. A record is kept as the number of its stimulus row, which never
+/// changes, and its mark.
+class SampleMemory
+{
+public:
+    explicit SampleMemory(int depth) : m_records(std::size_t(depth)) {}
+
+    /// Addresses count modulo the depth.
+    void store(quint64 address, qint64 row, bool mark)
+    {
+        m_records[std::size_t(address % m_records.size())] = (row + 1) * 2 + mark;
+    }
+    /// The row of a record, -1 for one that was never stored.
+    qint64 row(quint64 address) const { return record(address) / 2 - 1; }
+    bool mark(quint64 address) const { return record(address) & 1; }
+
+private:
+    qint64 record(quint64 address) const
+    {
+        return m_records[std::size_t(address % m_records.size())];
+    }
+
+    std::vector<qint64> m_records;
+};
+
+/// What the stimulus of a core holds and how far it has come.
+struct Stimulus
+{
+    SampleTable const* samples = nullptr; ///< At least one row.
+    qint64 next = 0;                      ///< The next sample; the row count: past the end.
+};
+
+/// How a capture runs, as the registers set it up.
+struct CaptureSetup
+{
+    quint64 ring = 1;  ///< Records after which a window's addresses begin again.
+    quint64 after = 0; ///< Records behind the marked one.
+    quint64 lead = 0;  ///< Samples in front of the trigger's in a whole window.
+    quint32 windows = 1;
+    quint32 share = 1;     ///< Addresses between two windows.
+    bool holdsOff = false; ///< The first window does not look for its trigger before `lead`.
+};
+
+/// One arming of a core: fills the sample memory until the last window is whole.
+class Capture
+{
+public:
+    /// All references must outlive this object.
+    Capture(BuiltCore const& core, CaptureSetup const& setup, TriggerLogic trigger,
+            Stimulus& stimulus, SampleMemory& memory);
+
+    /// Goes on until all windows are whole, true, or the stimulus has ended, false. `force` makes
+    /// the next sample the trigger's, and in each further window the first one.
+    bool run(bool force);
+
+private:
+    void beginWindow();
+    bool findTrigger(bool force);
+    void store(bool mark);
+    quint64 const* rowBefore() const;
+
+    BuiltCore const& m_core;
+    CaptureSetup m_setup;
+    TriggerLogic m_trigger;
+    Stimulus& m_stimulus;
+    SampleMemory& m_memory;
+    quint32 m_window = 0;
+    quint64 m_count = 0;   ///< Samples of the window so far.
+    quint64 m_place = 0;   ///< Of the next one in the ring.
+    qint64 m_standing = 0; ///< Samples that were taken past the stimulus's end.
+};
+
+} // namespace VEK::Simulator

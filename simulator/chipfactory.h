@@ -1,0 +1,18 @@
+#pragma once
+
+#include "simulator/chip.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace VEK::Simulator {
+
+struct Bench;
+
+/// Loads the design and the stimulus of a bench and makes the chip that they stand for, powered
+/// off. Null with an `error` for a design or a stimulus that can't be used. The bench must name a
+/// design.
+std::unique_ptr<Chip> buildChip(Bench const& bench, QString& error);
+
+} // namespace VEK::Simulator

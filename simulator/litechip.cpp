@@ -1,0 +1,142 @@
+#include "simulator/litechip.h"
+
+#include "image/registermap.h"
+#include "jtag/protocol.h"
+#include "model/capturecore.h"
+#include "model/litefile.h"
+#include "simulator/bitfield.h"
+#include "simulator/devices.h"
+#include "simulator/log.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace VEK::Simulator {
+namespace {
+
+constexpr int HeadBits = Opcode::Bits + Opcode::AddressBits;
+constexpr int MaxAmount = 1 << 22;
+constexpr int MaxSignals = 1 << 16;
+
+QString whyNotBuilt(SXCore_Lite const& core)
+{
+    if (core.captureAmount < 1 || core.captureAmount > MaxAmount)
+        return QStringLiteral("the capture amount %1 is not between 1 and %2")
+            .arg(core.captureAmount)
+            .arg(MaxAmount);
+    int const count = core.dataSignals().size();
+    if (count < 1 || count > MaxSignals)
+        return QStringLiteral("it captures %1 signals, not 1 to %2").arg(count).arg(MaxSignals);
+    return QString();
+}
+
+} // namespace
+
+bool readLiteDesign(QString const& path, QString const& device, BuiltLiteCore& core, QString& error)
+{
+    error.clear();
+    bool ok = false;
+    QString id;
+    QList<SXCore_Lite*> const read = readVEKConfigFromXml_Lite(path, id, &ok, &error);
+    if (ok && read.size() != 1)
+        error = QStringLiteral("there are %1 lite cores in it, not one").arg(read.size());
+    if (error.isEmpty())
+        error = whyNotBuilt(*read.first());
+    if (error.isEmpty()) {
+        SXCore_Lite const& built = *read.first();
+        core = {built.captureAmount, built.implemention == 0 && rotatesSamples(device),
+                built.captureInitDataEnabled, built.sampleClock, built.dataSignals()};
+    }
+    qDeleteAll(read);
+    if (error.isEmpty())
+        return true;
+    error = QStringLiteral("%1: %2").arg(path, error);
+    return false;
+}
+
+LiteChip::LiteChip(BuiltLiteCore core, SampleTable samples)
+    : m_core(std::move(core)), m_samples(std::move(samples))
+{}
+
+void LiteChip::powerUp()
+{
+    m_next = 0;
+    m_first = -1;
+    m_address = 0;
+    m_isBurst = false;
+    m_initFlag = !m_core.captureInit;
+    m_unread = m_core.captureInit ? m_core.amount : 0;
+    m_isRead.assign(std::size_t(m_core.amount), false);
+    if (m_core.captureInit)
+        capture();
+}
+
+void LiteChip::write(QBitArray const& word)
+{
+    int const rest = word.size() - HeadBits;
+    quint64 const opcode = rest < 0 ? 0 : fieldNumber(word, 0, Opcode::Bits);
+    unsigned const address =
+        rest < 0 ? 0 : unsigned(fieldNumber(word, Opcode::Bits, Opcode::AddressBits));
+    if (opcode == opcodeNumber(Opcode::Select) && rest == 0) {
+        m_address = address;
+        m_isBurst = false;
+    } else if (opcode == opcodeNumber(Opcode::Burst) && rest == width()) {
+        m_address = address;
+        m_isBurst = true;
+    } else if (opcode == opcodeNumber(Opcode::Write) && rest == width()) {
+        if (address != Register::Start)
+            return; // there is no other register to write
+        m_initFlag = true;
+        if (fieldNumber(word, word.size() - std::min(width(), 64), std::min(width(), 64)))
+            capture();
+    } else {
+        qCDebug(lcSimulator) << "the lite core drops the word" << word;
+    }
+}
+
+/// The capture is whole at once; after the end of the stimulus its last row stands.
+void LiteChip::capture()
+{
+    m_first = m_next;
+    m_next = std::min(m_first + m_core.amount, m_samples.rowCount());
+}
+
+QBitArray LiteChip::read(int size)
+{
+    if (m_isBurst)
+        return burst(size);
+    // the start register is 0 at all times: no capture is ever under way
+    return numberField(m_address == Register::CaptureInitLite && m_initFlag, size);
+}
+
+/// Records from the highest address down, then one tail bit.
+QBitArray LiteChip::burst(int size)
+{
+    QBitArray bits(size);
+    qint64 const count = std::max(0, size - Protocol::RamTailBits) / width();
+    if (size > 0)
+        bits.setBit(size - 1);
+    for (qint64 i = 0; i < count; ++i)
+        putRecord(bits, size - Protocol::RamTailBits - (i + 1) * width(), m_address + i);
+    return bits;
+}
+
+/// Zeros beyond the amount, and for what was never captured.
+void LiteChip::putRecord(QBitArray& bits, qint64 at, qint64 address)
+{
+    if (address >= m_core.amount)
+        return;
+    if (m_unread && !m_isRead[std::size_t(address)]) {
+        m_isRead[std::size_t(address)] = true;
+        m_initFlag = --m_unread == 0 || m_initFlag;
+    }
+    if (m_first < 0)
+        return;
+    qint64 const sample =
+        m_core.isRotated ? (address + m_core.amount - 1) % m_core.amount : address;
+    qint64 const row = std::min(m_first + sample, m_samples.rowCount() - 1);
+    for (int i = 0; i < width(); ++i)
+        bits.setBit(int(at + i), m_samples.bit(row, i));
+}
+
+} // namespace VEK::Simulator

@@ -1,0 +1,47 @@
+#include "simulator/server.h"
+
+#include "simulator/connection.h"
+#include "simulator/listen.h"
+
+#include <QLocalSocket>
+#include <QTcpSocket>
+
+namespace VEK::Simulator {
+
+BridgeServer::BridgeServer(Bridge& bridge, Faults const& faults)
+    : m_bridge(bridge), m_faults(faults)
+{
+    connect(&m_local, &QLocalServer::newConnection, this, [this] {
+        while (QLocalSocket* socket = m_local.nextPendingConnection())
+            new Connection(socket, *this);
+    });
+    connect(&m_tcp, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket* socket = m_tcp.nextPendingConnection())
+            new Connection(socket, *this);
+    });
+}
+
+BridgeServer::~BridgeServer() = default;
+
+bool BridgeServer::listenLocal(QString const& name, QString& error)
+{
+    return Simulator::listenLocal(m_local, name, error);
+}
+
+bool BridgeServer::listenTcp(quint16 port, QString& error)
+{
+    if (m_tcp.listen(QHostAddress(QHostAddress::LocalHost), port))
+        return true;
+    error = QStringLiteral("port %1: %2").arg(port).arg(m_tcp.errorString());
+    return false;
+}
+
+bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)
+{
+    ++m_requests;
+    closes = m_requests == m_faults.closeAfter;
+    bool const hasReply = m_bridge.serve(request, reply);
+    return hasReply && (m_faults.silentFrom == 0 || m_requests < m_faults.silentFrom);
+}
+
+} // namespace VEK::Simulator

@@ -1,0 +1,219 @@
+#include "simulator/standardcore.h"
+
+#include "image/registermap.h"
+#include "jtag/protocol.h"
+#include "model/capturecore.h"
+#include "simulator/bitfield.h"
+#include "simulator/log.h"
+
+#include <algorithm>
+
+namespace VEK::Simulator {
+namespace {
+
+constexpr int HeadBits = Opcode::Bits + Opcode::AddressBits;
+constexpr int CountBits = 16;
+
+/// Registers lie below this address, tables above.
+constexpr unsigned RegisterEnd =
+    Register::MatchUnitBase + BuiltCore::Units * Register::MatchUnitStep;
+
+/// More windows than addresses can't be told apart.
+constexpr quint64 MaxWindows = 0x10000;
+
+/// What stands in front of and behind the records of a burst: a host that takes them for samples
+/// is caught. The same goes for the filler in front of a record, which is ones.
+constexpr quint32 BurstHead = 0xA5A5A5A5;
+
+} // namespace
+
+StandardCore::StandardCore(BuiltCore const& built, SampleTable const& samples, bool takesOneMore)
+    : m_built(built), m_samples(samples), m_takesOneMore(takesOneMore), m_memory(1)
+{
+    powerUp();
+}
+
+void StandardCore::powerUp()
+{
+    m_capture.reset();
+    m_registers.clear();
+    m_tables.clear();
+    m_usedUnits = 0;
+    m_memory = SampleMemory(m_built.storageDepth);
+    m_stimulus = Stimulus{&m_samples, 0};
+    m_isRunning = false;
+    m_initFlag = m_built.hasCaptureInit;
+    m_address = 0;
+    m_isBurst = false;
+}
+
+void StandardCore::write(QBitArray const& word)
+{
+    int const rest = word.size() - HeadBits;
+    quint64 const opcode = rest < 0 ? 0 : fieldNumber(word, 0, Opcode::Bits);
+    unsigned const address =
+        rest < 0 ? 0 : unsigned(fieldNumber(word, Opcode::Bits, Opcode::AddressBits));
+    if (opcode == opcodeNumber(Opcode::Select) && rest == 0) {
+        m_address = address;
+        m_isBurst = false;
+    } else if (opcode == opcodeNumber(Opcode::Burst) && rest == CountBits) {
+        m_address = address;
+        m_isBurst = true;
+        m_burstCount = unsigned(fieldNumber(word, HeadBits, CountBits));
+    } else if (opcode == opcodeNumber(Opcode::Write) && rest == m_built.shiftWidth) {
+        QBitArray field(rest);
+        for (int i = 0; i < rest; ++i)
+            field.setBit(i, word.testBit(HeadBits + i));
+        writeRegister(address, field);
+    } else {
+        qCDebug(lcSimulator) << "core" << m_built.index << "drops the word" << word;
+    }
+}
+
+void StandardCore::writeRegister(unsigned address, QBitArray const& field)
+{
+    if (address >= Register::ExpressionTable) {
+        unsigned const table =
+            (address - Register::ExpressionTable) / Register::ExpressionTableStep;
+        m_tables[table].set(registerNumber(field) & 0xFFFF, address & 1);
+        return;
+    }
+    if (address >= RegisterEnd) {
+        qCDebug(lcSimulator) << "core" << m_built.index << "has no register" << address;
+        return;
+    }
+    m_registers.insert(address, field);
+    if (address == Register::Start) {
+        writeStart(registerNumber(field));
+    } else if (address == Register::ExpressionCount) {
+        m_usedUnits = 0; // a new image begins
+    } else if (address >= Register::MatchUnitBase) {
+        unsigned const unit = (address - Register::MatchUnitBase) / Register::MatchUnitStep;
+        unsigned const offset = (address - Register::MatchUnitBase) % Register::MatchUnitStep;
+        if (offset == Register::MatchUnitControl)
+            m_usedUnits |= 1u << unit;
+    }
+}
+
+void StandardCore::writeStart(quint32 value)
+{
+    m_initFlag = false;
+    switch (value) {
+    case StartValue::Stop:
+        m_isRunning = false;
+        break;
+    case StartValue::Arm:
+        arm();
+        m_isRunning = !m_capture->run(false);
+        break;
+    case StartValue::Force:
+        if (!m_isRunning)
+            arm();
+        m_isRunning = !m_capture->run(true);
+        break;
+    default:
+        qCDebug(lcSimulator) << "core" << m_built.index << "ignores the start value" << value;
+    }
+}
+
+void StandardCore::arm()
+{
+    TriggerSetup trigger;
+    trigger.field = [this](unsigned address) { return field(address); };
+    trigger.usedUnits = m_usedUnits;
+    trigger.tables = &m_tables;
+    trigger.stages = quint64(number(Register::ExpressionCount)) + 1;
+    m_capture = std::make_unique<Capture>(m_built, captureSetup(), TriggerLogic(m_built, trigger),
+                                          m_stimulus, m_memory);
+}
+
+CaptureSetup StandardCore::captureSetup() const
+{
+    int const fieldBits = std::min(m_built.shiftWidth, 32);
+    quint64 const fieldMask = (quint64(1) << fieldBits) - 1;
+    qint64 const ring = qint64(number(Register::CaptureAmount)) + 1;
+    qint64 const room = ring - 1 - (m_built.isDynamic ? 1 : 0);
+    // The host counts the records behind the mark two lower, in the width of the register.
+    quint64 const sent = number(Register::AfterTrigger);
+    qint64 after = qint64((sent + 2 + (m_takesOneMore ? 1 : 0)) & fieldMask);
+    if (after > room)
+        after = 0;
+
+    CaptureSetup setup;
+    setup.ring = quint64(ring);
+    setup.after = quint64(after);
+    setup.lead = quint64(std::max<qint64>(room - after, 0));
+    setup.windows = quint32(std::min(quint64(number(Register::WindowCount)) + 1, MaxWindows));
+    setup.share = setup.windows > quint32(m_built.storageDepth)
+                      ? 0
+                      : quint32(m_built.storageDepth) / fixedWindowNum(setup.windows);
+    setup.holdsOff = m_built.hasCaptureInit;
+    return setup;
+}
+
+quint32 StandardCore::number(unsigned address) const
+{
+    return registerNumber(field(address));
+}
+
+QBitArray StandardCore::field(unsigned address) const
+{
+    auto const it = m_registers.constFind(address);
+    return it == m_registers.constEnd() ? QBitArray(m_built.shiftWidth) : it.value();
+}
+
+QBitArray StandardCore::read(int size) const
+{
+    if (m_isBurst)
+        return burst(size);
+    QBitArray const content = registerContent();
+    QBitArray bits(size);
+    for (int i = 1; i <= std::min(size, content.size()); ++i)
+        bits.setBit(size - i, content.testBit(content.size() - i));
+    return bits;
+}
+
+QBitArray StandardCore::registerContent() const
+{
+    if (m_address == Register::Start)
+        return numberField(m_isRunning, m_built.shiftWidth);
+    if (m_address == Register::CaptureInit)
+        return numberField(m_initFlag, m_built.shiftWidth);
+    return field(m_address);
+}
+
+/// A head, the records from the highest address down, one tail bit.
+QBitArray StandardCore::burst(int size) const
+{
+    QBitArray bits(size);
+    qint64 at = qint64(size) - 1;
+    if (at >= 0)
+        bits.setBit(int(at), true);
+    for (unsigned i = 0; i < m_burstCount && at > 0; ++i) {
+        at -= m_built.shiftWidth;
+        putRecord(bits, at, m_address + i);
+    }
+    for (int i = 0; i < Protocol::RamHeadBits; ++i) {
+        if (--at >= 0)
+            bits.setBit(int(at), BurstHead >> i & 1);
+    }
+    return bits;
+}
+
+/// Filler, mark and signals of one record from position `at` on; what lies below 0 is cut off.
+void StandardCore::putRecord(QBitArray& bits, qint64 at, quint64 address) const
+{
+    qint64 const row = m_memory.row(address);
+    int const filler = m_built.shiftWidth - m_built.dataCount - 1;
+    for (int i = int(std::max<qint64>(0, -at)); i < m_built.shiftWidth; ++i) {
+        int const signal = i - filler - 1;
+        bool bit = true;
+        if (signal == -1)
+            bit = m_memory.mark(address);
+        else if (signal >= 0)
+            bit = row >= 0 && m_samples.bit(row, signal);
+        bits.setBit(int(at + i), bit);
+    }
+}
+
+} // namespace VEK::Simulator

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "simulator/capture.h"
+
+#include <QBitArray>
+#include <QHash>
+
+#include <memory>
+
+namespace VEK::Simulator {
+
+/// One standard core: its registers, tables and sample memory behind the words of the chain.
+class StandardCore
+{
+public:
+    /// The references must outlive this object. `takesOneMore`: the device takes one record more
+    /// than its register says.
+    StandardCore(BuiltCore const& built, SampleTable const& samples, bool takesOneMore);
+
+    void powerUp();
+    /// An opcode, an address and what the opcode needs; words of a wrong length are dropped.
+    void write(QBitArray const& word);
+    /// `size` bits of the register or of the burst that was selected last, right-justified.
+    QBitArray read(int size) const;
+
+private:
+    void writeRegister(unsigned address, QBitArray const& field);
+    void writeStart(quint32 value);
+    void arm();
+    CaptureSetup captureSetup() const;
+    quint32 number(unsigned address) const;
+    QBitArray field(unsigned address) const;
+    QBitArray registerContent() const;
+    QBitArray burst(int size) const;
+    void putRecord(QBitArray& bits, qint64 at, quint64 address) const;
+
+    BuiltCore const& m_built;
+    SampleTable const& m_samples;
+    bool m_takesOneMore;
+
+    QHash<unsigned, QBitArray> m_registers; ///< What was written, by address.
+    TableMap m_tables;
+    unsigned m_usedUnits = 0;
+    SampleMemory m_memory;
+    Stimulus m_stimulus;
+    std::unique_ptr<Capture> m_capture; ///< The last arming.
+    bool m_isRunning = false;
+    bool m_initFlag = false;
+    unsigned m_address = 0; ///< The read pointer.
+    bool m_isBurst = false;
+    unsigned m_burstCount = 0;
+};
+
+} // namespace VEK::Simulator

@@ -1,0 +1,85 @@
+#include "simulator/triggerlogic.h"
+
+#include "image/registermap.h"
+
+namespace VEK::Simulator {
+
+TriggerLogic::TriggerLogic(BuiltCore const& core, TriggerSetup const& setup)
+    : m_core(core), m_tables(setup.tables), m_stages(setup.stages),
+      m_portPlaces(core.ports.size(), -1),
+      m_alwaysFires(!core.isDynamic && core.expressions.empty())
+{
+    unsigned rank = 0;
+    for (int i = 0; i < BuiltCore::Units; ++i) {
+        if (!core.isDynamic) {
+            if (core.expressionUnits >> i & 1)
+                addUnit(i, 1u << i, setup);
+        } else if (setup.usedUnits >> i & 1) {
+            addUnit(i, 1u << rank++, setup);
+        }
+    }
+}
+
+/// A unit that was not built keeps its bit of the index, which is then always 0.
+void TriggerLogic::addUnit(int number, unsigned combination, TriggerSetup const& setup)
+{
+    BuiltUnit const& built = m_core.units[number];
+    if (built.port < 0)
+        return;
+    int& place = m_portPlaces[std::size_t(built.port)];
+    if (place < 0) {
+        place = int(m_ports.size());
+        m_ports.emplace_back(m_core.ports[std::size_t(built.port)]);
+    }
+    unsigned const base = Register::MatchUnitBase + unsigned(number) * Register::MatchUnitStep;
+    MatchLogic::Registers const registers{
+        setup.field(base + Register::MatchUnitA), setup.field(base + Register::MatchUnitB),
+        setup.field(base + Register::MatchUnitC), setup.field(base + Register::MatchUnitControl),
+        setup.field(base + Register::MatchUnitCounter)};
+    int const width = m_ports[std::size_t(place)].width();
+    m_units.push_back({MatchLogic(registers, width, built.hasCounter), place, combination});
+}
+
+void TriggerLogic::restart(quint64 const* before)
+{
+    for (Unit& unit : m_units)
+        unit.logic.reload();
+    for (PortWires& port : m_ports)
+        port.sample(before);
+    enterStage(0);
+}
+
+bool TriggerLogic::sample(quint64 const* row, bool isLooking)
+{
+    for (PortWires& port : m_ports)
+        port.sample(row);
+    unsigned combination = 0;
+    for (Unit& unit : m_units) {
+        if (unit.logic.fires(m_ports[std::size_t(unit.port)]))
+            combination |= unit.combination;
+    }
+    if (!isLooking)
+        return false;
+    if (m_alwaysFires)
+        return true;
+    if (!m_table || !m_table->at(combination))
+        return false;
+    enterStage(m_stage + 1);
+    return m_stage == m_stages;
+}
+
+void TriggerLogic::enterStage(quint64 stage)
+{
+    m_stage = stage;
+    m_table = nullptr;
+    if (!m_core.isDynamic) {
+        if (stage < m_core.expressions.size())
+            m_table = &m_core.expressions[std::size_t(stage)];
+    } else if (m_tables) {
+        auto const table = m_tables->find(unsigned(stage));
+        if (table != m_tables->end())
+            m_table = &table->second;
+    }
+}
+
+} // namespace VEK::Simulator

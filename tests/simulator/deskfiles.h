@@ -1,0 +1,116 @@
+#pragma once
+
+#include <QBitArray>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "jtag/protocol.h"
+
+/// Files of a desk in a folder of their own, and requests to what serves it.
+class DeskFiles
+{
+public:
+    QString path(QString const& name) const { return m_folder.filePath(name); }
+    QString write(QString const& name, QByteArray const& text) const
+    {
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+            qFatal("%s can't be written", qPrintable(name));
+        return path(name);
+    }
+
+    /// A static core of index 0 with the data signals d[1] and d[0], unit M0 over both, depth 16.
+    static QByteArray
+    vek(QByteArray const& attributes = "sample_clock=\"clk\" storage_depth=\"16\"",
+        QByteArray const& expressions = "<Expression>M0</Expression>")
+    {
+        QByteArray const list = "<SignalList><Signal>d[1]</Signal><Signal>d[0]</Signal>"
+                                "</SignalList>";
+        return "<?xml version=\"1\"?><VEK_CONFIG><Version>3.0</Version><Mode>Standard</Mode>"
+               "<SxCore index=\"0\" " +
+               attributes + ">" + list + "<Triggers><Trigger index=\"3\">" + list +
+               "</Trigger></Triggers><MatchUnits>"
+               "<MatchUnit index=\"0\" enabled=\"1\" trigger=\"3\"/></MatchUnits>"
+               "<Expressions type=\"Static\">" +
+               expressions +
+               "</Expressions></SxCore>"
+               "</VEK_CONFIG>";
+    }
+
+    /// At the edges of tb.clk d counts up from 1, other counts down from 3.
+    static QByteArray vcd(int samples)
+    {
+        QByteArray text = "$scope module tb $end $var wire 1 c clk $end $var wire 2 d d [1:0] $end "
+                          "$var wire 2 o other [1:0] $end $upscope $end $enddefinitions $end ";
+        for (int k = 0; k < samples; ++k)
+            text += "#" + QByteArray::number(10 * k) + " 0c b" +
+                    QByteArray::number((k + 1) % 4, 2) + " d b" + QByteArray::number(3 - k % 4, 2) +
+                    " o #" + QByteArray::number(10 * k + 5) + " 1c ";
+        return text;
+    }
+
+    static CmdPack request(QString const& command, QString const& operation = QString(),
+                           QByteArray const& bits = QByteArray(), int size = -1)
+    {
+        CmdPack pack{{"CMD", command}};
+        if (!operation.isEmpty())
+            pack.insert("OPRATE", operation);
+        QBitArray data(bits.size());
+        for (int i = 0; i < bits.size(); ++i)
+            data.setBit(i, bits.at(i) == '1');
+        if (!bits.isEmpty())
+            pack.insert("DATA", data);
+        if (size >= 0)
+            pack.insert("SIZE", size);
+        return pack;
+    }
+
+    /// What arms core 0 for eight samples from the first one with d = 11 on and reads them; the
+    /// last request is the only one with a reply.
+    static QList<CmdPack> capture()
+    {
+        QByteArrayList words{"10000"};
+        auto const add = [&words](int address, int value) {
+            words.append("01001" + QByteArray::number(address, 2).rightJustified(16, '0') +
+                         QByteArray::number(value, 2).rightJustified(16, '0'));
+        };
+        for (auto const& word : {std::pair<int, int>(32, 0),
+                                 {33, 7},
+                                 {34, 5},
+                                 {35, 0},
+                                 {256, 3},
+                                 {257, 3},
+                                 {258, 0},
+                                 {259, 0},
+                                 {0, 1}})
+            add(word.first, word.second);
+        QList<CmdPack> requests;
+        for (QByteArray const& word : words)
+            requests.append(request("WRITE", "WRITE_REGISTOR", word));
+        requests.append(request("WRITE", "BRUST_READ", "00111" + QByteArray(28, '0') + "1000"));
+        CmdPack read = request("READ", "READ_RAM", QByteArray(), 33 + 8 * 16);
+        read.insert("SECTION_COUNT", 1);
+        read.insert("WINDOW", 0);
+        read.insert("data_request_id", 5u);
+        requests.append(read);
+        return requests;
+    }
+
+    /// The values of d in a reply to `capture`, from the marked one on, one digit each.
+    static QByteArray values(CmdPack const& reply)
+    {
+        QBitArray const bits = reply.value("DATA").toBitArray();
+        QByteArray digits;
+        int marked = 0;
+        for (int end = bits.size() - 1; end >= 32 + 16; end -= 16) {
+            marked = bits.testBit(end - 3) ? digits.size() : marked;
+            digits += char('0' + 2 * bits.testBit(end - 2) + bits.testBit(end - 1));
+        }
+        return digits.mid(marked) + digits.left(marked);
+    }
+
+private:
+    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
+};
