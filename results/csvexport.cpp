@@ -74,8 +74,7 @@ bool exportCSV(QString const& path, QString const& timeUnit, int timeStep,
                QDomElement const& window)
 {
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text |
-                                     QIODevice::Unbuffered))
+    if (!openForExport(file))
         return false;
     QList<SignalData*> const columns = signalDataFromDom(window, true);
     OutputBuffer out(file);

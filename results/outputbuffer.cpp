@@ -1,5 +1,7 @@
 #include "results/outputbuffer.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <cstring>
 
@@ -10,6 +12,13 @@ constexpr int Capacity = 128 * 1024;
 static_assert(Capacity >= OutputBuffer::MaxReserve);
 
 } // namespace
+
+bool openForExport(QFile& file)
+{
+    // unbuffered: OutputBuffer hands over large blocks; the check keeps a warning of Qt away
+    return !file.fileName().isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Truncate |
+                                                   QIODevice::Text | QIODevice::Unbuffered);
+}
 
 OutputBuffer::OutputBuffer(QIODevice& device)
     : m_device(device), m_bytes(new char[Capacity]), m_at(m_bytes.get()), m_end(m_at + Capacity)

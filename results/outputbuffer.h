@@ -5,7 +5,12 @@
 
 #include <memory>
 
+class QFile;
+
 namespace VEK {
+
+/// Opens the file of an export for writing, emptied. False as well for a file without a name.
+bool openForExport(QFile& file);
 
 /// Collects bytes and hands them to a device in large blocks. Once the device has refused some, for
 /// example on a full disk, all that follows is dropped, so that the file ends where the disk did.

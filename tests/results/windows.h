@@ -1,7 +1,13 @@
 #pragma once
 
 #include <QDomDocument>
+#include <QFile>
 #include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <random>
 
 /// The `Window` element with these children, and the document that keeps it.
 struct Window
@@ -42,3 +48,44 @@ inline QString windowXml(QString const& signalElements, QString const& nodes)
 {
     return QStringLiteral("<Signals>%1</Signals><Layout>%2</Layout>").arg(signalElements, nodes);
 }
+
+/// That many characters "0" and "1".
+inline QString randomSamples(std::mt19937& random, int count)
+{
+    QString text(count, QLatin1Char('0'));
+    for (QChar& sample : text)
+        sample = QLatin1Char(random() % 2 ? '1' : '0');
+    return text;
+}
+
+/// What an export, called with a path, leaves in a file that held something longer before.
+template <typename Export>
+QString exported(Export write)
+{
+    QTemporaryDir const folder;
+    QFile file(folder.filePath(QStringLiteral("out")));
+    if (!file.open(QIODevice::ReadWrite) || !file.resize(1000000) || !write(file.fileName()))
+        return QStringLiteral("not written");
+    return QString::fromUtf8(file.readAll());
+}
+
+/// Rows of a test that compares two texts: `row` adds one, and `compareTexts` is the test itself.
+inline void addTextColumns()
+{
+    QTest::addColumn<QString>("actual");
+    QTest::addColumn<QString>("expected");
+}
+
+inline void row(char const* name, QString const& actual, QString const& expected)
+{
+    QTest::newRow(name) << actual << expected;
+}
+
+inline void compareTexts()
+{
+    QFETCH(QString, actual);
+    QTEST(actual, "expected");
+}
+
+/// Paths at which no file can be opened.
+inline QStringList const BadPaths{QString(), QStringLiteral("/"), QStringLiteral("/missing/out")};

@@ -1,0 +1,100 @@
+// Turns a captured window into a VCD or PRN file, as a host application would:
+//
+//     export_capture capture.csv capture.vcd 64    a file that veksh left, and its trigger sample
+//     export_capture results.rsx capture.prn       the first Window element of a results file
+//
+// The row at time t of the CSV file is the clock's rising edge at t microseconds of the VCD file.
+
+#include "analyzer/windowbuilder.h"
+#include "model/bits.h"
+#include "results/csvimport.h"
+#include "results/prnexport.h"
+#include "results/vcdexport.h"
+#include "results/windowdocument.h"
+#include "results/windowreader.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+using namespace VEK;
+
+namespace {
+
+QStringList columnTitles(QString const& csvPath)
+{
+    QFile file(csvPath);
+    QString line;
+    if (file.open(QIODevice::ReadOnly)) {
+        while (!file.atEnd() && !line.startsWith(QLatin1String("time unit: ")))
+            line = QString::fromUtf8(file.readLine()).trimmed();
+    }
+    return line.chopped(line.endsWith(QLatin1Char(','))).split(QStringLiteral(", ")).mid(1);
+}
+
+/// A column of bus values is known by the members behind it: its title need not be the bus's name.
+QDomElement windowFromCsv(QString const& path, int trigger, QDomDocument& document)
+{
+    QList<SignalItem> items; // the buses, then the other columns, which the titles tell as well
+    QList<QBitArray> columns;
+    QStringList const titles = columnTitles(path);
+    if (!readCsv(path, items, columns) || titles.size() != columns.size())
+        return {};
+
+    QList<SignalItem> layout;
+    QList<QBitArray> samples;
+    auto const takeColumn = [&](int i) { samples.append(cutHead(columns.at(i), 1)); }; // row of X
+    for (int i = 0, nextBus = 0; i < titles.size(); ++i) {
+        SignalItem item = items.value(nextBus);
+        QStringList members;
+        for (SignalItem const& member : qAsConst(item.signalList))
+            members.append(member.name);
+        if (item.isBus() && titles.mid(i + 1, members.size()) == members) {
+            ++nextBus;
+            item.text = titles.at(i);
+            for (int k = 0; k < members.size(); ++k)
+                takeColumn(++i);
+        } else {
+            item = SignalItem();
+            item.name = titles.at(i);
+            takeColumn(i);
+        }
+        layout.append(item);
+    }
+    return windowElement(document, trigger, layout, namedSignals(flatSignals(layout), samples));
+}
+
+QDomElement windowFromResults(QString const& path, QDomDocument& document)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || !document.setContent(&file))
+        return {};
+    return document.elementsByTagName(DOM_TAG_WINDOW).at(0).toElement();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    if (argc < 3)
+        return std::fputs("usage: export_capture CSV|RSX VCD|PRN [TRIGGER]\n", stderr), 2;
+    QString const source = QString::fromLocal8Bit(argv[1]);
+    QString const target = QString::fromLocal8Bit(argv[2]);
+    int const given = argc > 3 ? QByteArray(argv[3]).toInt() : -1;
+    QDomDocument document;
+    QDomElement const window = source.endsWith(QLatin1String(".csv"))
+                                   ? windowFromCsv(source, given, document)
+                                   : windowFromResults(source, document);
+    if (window.isNull())
+        return std::fprintf(stderr, "export_capture: no capture in %s\n", argv[1]), 1;
+
+    int const trigger = elementText(window.firstChildElement(DOM_TAG_TRIGGER_POSITION)).toInt();
+    bool const written =
+        target.endsWith(QLatin1String(".vcd"))
+            ? exportVCD(target, QStringLiteral("capture"), QStringLiteral("sample_clock"), true,
+                        QStringLiteral("ns"), 1000, trigger, window)
+            : exportPRN(target, QStringLiteral("us"), 1, window, PrnAllColumns);
+    if (!written)
+        std::fprintf(stderr, "export_capture: can't write %s\n", argv[2]);
+    return written ? 0 : 1;
+}

@@ -1,0 +1,213 @@
+#include "results/vcdexport.h"
+
+#include "results/outputbuffer.h"
+#include "results/packedtext.h"
+#include "results/valuetext.h"
+#include "results/windowreader.h"
+
+#include <QDateTime>
+#include <QFile>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace VEK {
+namespace {
+
+const QByteArray ClockCode = "!";
+constexpr int Block = PackedText::Block;
+
+/// One variable of the dump.
+struct Variable
+{
+    QByteArray code;
+    QByteArray label;
+    PackedText samples;
+
+    // For the block of samples at hand:
+    quint64 word = 0;    ///< Samples.
+    quint64 changes = 0; ///< Samples to write.
+};
+
+std::vector<Variable> variablesOf(QDomElement const& window)
+{
+    std::vector<Variable> variables;
+    for (Signal const& signal : signalListFromDom(window)) {
+        int const value = int(variables.size()) + 1; // 0 is the clock
+        variables.push_back({VCD::vcdIDForSignalAtIndex(value).toUtf8(), signal.label.toUtf8(),
+                             PackedText(signal.data)});
+    }
+    return variables;
+}
+
+/// Samples 64 * `block` and on that differ from the one before; sample 0 always does. A variable
+/// that is shorter than its place in the list is left out: deliberate.
+quint64 changedSamples(PackedText const& samples, int block, int place)
+{
+    if (place >= samples.size())
+        return 0;
+    quint64 changes = 0;
+    int const first = block * Block;
+    int const count = std::min(Block, samples.size() - first);
+    if (samples.isBinary()) {
+        quint64 const word = samples.word(block);
+        quint64 const before = block ? samples.word(block - 1) >> (Block - 1) : ~word & 1;
+        changes = word ^ (word << 1 | before);
+        if (count < Block)
+            changes &= count < 1 ? 0 : (quint64(1) << count) - 1;
+        return changes;
+    }
+    for (int i = 0; i < count; ++i) {
+        int const at = first + i;
+        changes |= quint64(at == 0 || samples.at(at) != samples.at(at - 1)) << i;
+    }
+    return changes;
+}
+
+void writeHeader(OutputBuffer& out, QString const& moduleName, QString const& clockName,
+                 QString const& timeUnit, std::vector<Variable> const& variables)
+{
+    QString const date =
+        QDateTime::currentDateTime().toString(QStringLiteral("dd/MM/yyyy hh:mm:ss"));
+    auto const block = [&out](char const* name, QByteArray const& line) {
+        VCD::Tag const tag(out, name);
+        out.append(line + '\n');
+    };
+    block("comment", "  Captured on the chip");
+    block("date", "  " + date.toUtf8());
+    block("timescale", "  1 " + timeUnit.toUtf8());
+    block("scope", "module " + moduleName.toUtf8());
+    block("var", "reg 1 " + ClockCode + ' ' + clockName.toUtf8());
+    for (Variable const& variable : variables)
+        block("var", "reg 1 " + variable.code + ' ' + variable.label);
+    VCD::Tag(out, "upscope");
+    VCD::Tag(out, "enddefinitions");
+}
+
+void writeStart(OutputBuffer& out, char level, std::vector<Variable> const& variables)
+{
+    out.append("#0\n");
+    VCD::Tag const tag(out, "dumpvars");
+    out.append(level + ClockCode + '\n');
+    for (Variable const& variable : variables)
+        out.append('X' + variable.code + '\n');
+}
+
+void writeTime(OutputBuffer& out, unsigned long long time)
+{
+    constexpr int MaxLine = 22;
+    char* place = out.reserve(MaxLine);
+    *place++ = '#';
+    place = writeDecimal(place, time);
+    *place++ = '\n';
+    out.commit(place);
+}
+
+/// (i + 0.5) times the step without the loss of a floating-point product.
+unsigned long long halfStepTime(int i, unsigned long long step)
+{
+    return step * static_cast<unsigned long long>(i) + step / 2;
+}
+
+void writeComments(OutputBuffer& out, int i, int count, int triggerIndex)
+{
+    auto const comment = [&out](int number, char const* what) {
+        out.append("$comment Sample " + QByteArray::number(number) + " (" + what + ") $end\n");
+    };
+    if (i == 0)
+        comment(0, "Start");
+    if (i == count - 1)
+        comment(count, "End"); // the count, deliberately not the index
+    if (i == triggerIndex)
+        comment(triggerIndex, "Trigger");
+}
+
+void loadBlock(std::vector<Variable>& variables, int block)
+{
+    int place = 0;
+    for (Variable& variable : variables) {
+        variable.word = variable.samples.word(block);
+        variable.changes = changedSamples(variable.samples, block, place++);
+    }
+}
+
+void writeChanges(OutputBuffer& out, int i, std::vector<Variable> const& variables)
+{
+    int const bit = i % Block;
+    for (Variable const& variable : variables) {
+        if (!((variable.changes >> bit) & 1))
+            continue;
+        if (!variable.samples.isBinary()) {
+            out.append(QString(variable.samples.at(i)).toUtf8() + variable.code + '\n');
+            continue;
+        }
+        char* place = out.reserve(variable.code.size() + 2);
+        *place++ = char('0' + ((variable.word >> bit) & 1));
+        place = std::copy(variable.code.begin(), variable.code.end(), place);
+        *place++ = '\n';
+        out.commit(place);
+    }
+}
+
+} // namespace
+
+namespace VCD {
+
+Tag::Tag(OutputBuffer& out, QByteArray const& name) : m_out(out)
+{
+    m_out.append('$' + name + '\n');
+}
+
+Tag::~Tag()
+{
+    m_out.append("$end\n");
+}
+
+QString vcdIDForSignalAtIndex(int n)
+{
+    constexpr double Base = 94;
+    constexpr int First = 33;
+    QString code;
+    double rest = n;
+    for (int p = n < Base ? 0 : 1; p >= 0; --p) {
+        double const weight = std::pow(Base, p);
+        int const digit = int(rest / weight);
+        rest -= digit * weight;
+        code.append(QChar(ushort(digit + First)));
+    }
+    return code;
+}
+
+} // namespace VCD
+
+bool exportVCD(QString const& path, QString const& moduleName, QString const& clockName,
+               bool clockLevel, QString const& timeUnit, unsigned long long timeStep,
+               int triggerIndex, QDomElement const& window)
+{
+    QFile file(path);
+    if (!openForExport(file))
+        return false;
+    std::vector<Variable> variables = variablesOf(window);
+    char const level = clockLevel ? '1' : '0';
+    QByteArray const edgeAway = (clockLevel ? '0' : '1') + ClockCode + '\n';
+    QByteArray const edgeBack = level + ClockCode + "\n\n";
+    OutputBuffer out(file);
+    writeHeader(out, moduleName, clockName, timeUnit, variables);
+    writeStart(out, level, variables);
+    int const count = variables.empty() ? 0 : variables.front().samples.size();
+    for (int i = 0; i < count && !out.failed(); ++i) {
+        if (i % Block == 0)
+            loadBlock(variables, i / Block);
+        writeTime(out, halfStepTime(i, timeStep));
+        writeComments(out, i, count, triggerIndex);
+        out.append(edgeAway);
+        writeChanges(out, i, variables);
+        writeTime(out, timeStep * (static_cast<unsigned long long>(i) + 1));
+        out.append(edgeBack);
+    }
+    writeTime(out, timeStep * (static_cast<unsigned long long>(count) + 1));
+    return true;
+}
+
+} // namespace VEK
