@@ -1,0 +1,122 @@
+#include "desk.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <unistd.h>
+
+Outcome captured(QVector<Capture> const& captures, QString const& prefix)
+{
+    Outcome outcome{0, "Start running VEK analyzer.\n", {}};
+    for (Capture const& capture : captures) {
+        QString const name =
+            prefix + QString("_core%1_window%2.csv").arg(capture.core).arg(capture.window);
+        outcome.files[name] = capture.csv;
+        outcome.out += "Export " + name.toUtf8() + '\n';
+    }
+    outcome.out += "Running VEK analyzer complete.\n";
+    return outcome;
+}
+
+namespace {
+
+/// The first line in which two texts differ.
+QString difference(QString const& what, QByteArray const& actual, QByteArray const& expected)
+{
+    QList<QByteArray> const got = actual.split('\n');
+    QList<QByteArray> const want = expected.split('\n');
+    for (int line = 0; line < qMax(got.size(), want.size()); ++line)
+        if (got.value(line, "end") != want.value(line, "end"))
+            return QString("%1, line %2: \"%3\" instead of \"%4\"")
+                .arg(what)
+                .arg(line + 1)
+                .arg(QString(got.value(line, "end")), QString(want.value(line, "end")));
+    return QString();
+}
+
+} // namespace
+
+Desk::Desk()
+{
+    for (char const* folder : {"Analyzer/bin", "Programmer/bin", "run", "tmp"})
+        QDir(m_folder.path()).mkpath(folder);
+    for (QString const name :
+         {"Analyzer/bin/veksh", "Programmer/bin/scanbridge", "Programmer/bin/scanbridge_lpt"}) {
+        // A link where the file system allows it: the program under a sanitizer is large. Never a
+        // symbolic one, since a program finds its siblings from where it really lies.
+        QString const built = VEK_BUILD_ROOT "/" + name;
+        if (::link(QFile::encodeName(built), QFile::encodeName(program(name))) != 0)
+            QFile::copy(built, program(name));
+    }
+}
+
+bool Desk::write(QString const& name, QByteArray const& content) const
+{
+    QFile file(m_folder.filePath("run/" + name));
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+QMap<QString, QByteArray> Desk::results() const
+{
+    QMap<QString, QByteArray> results;
+    QDir const folder(m_folder.filePath("run"));
+    for (QString const& name : folder.entryList({"*.csv"})) {
+        QFile file(folder.filePath(name));
+        file.open(QIODevice::ReadOnly);
+        results[name] = file.readAll();
+    }
+    return results;
+}
+
+bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more)
+{
+    bench = m_folder.filePath("run/bench.json");
+    return write("setup.vek", vek) && write("stimulus.vcd", Stimulus::toVcd(waves)) &&
+           write("bench.json", R"({"device": "TK-501", "design": "setup.vek",
+               "stimulus": {"vcd": "stimulus.vcd"},
+               "cables": [{"kind": "FT2CH", "location": 7}, {"kind": "LPT"}])" +
+                                   more + "}");
+}
+
+void Desk::start(QProcess& process, QStringList const& arguments) const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", m_folder.filePath("tmp"));
+    environment.insert("VEK_BENCH", bench);
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(m_folder.filePath("run"));
+    process.start(program("Analyzer/bin/veksh"), arguments);
+}
+
+QString Desk::problem(QStringList const& arguments, Outcome const& expected) const
+{
+    QProcess process;
+    start(process, arguments);
+    if (!process.waitForFinished(60000)) {
+        process.kill();
+        process.waitForFinished();
+        return "did not end; printed " + QString(process.readAllStandardOutput());
+    }
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != expected.status)
+        return QString("status %1").arg(process.exitCode());
+    QString const left = processes().join(", ");
+    if (!left.isEmpty())
+        return "still running: " + left;
+    QString text = difference("standard error", process.readAllStandardError(), QByteArray()) +
+                   difference("standard output", process.readAllStandardOutput(), expected.out);
+    auto const files = results();
+    for (QString const& name : files.keys() + expected.files.keys())
+        text += difference(name, files[name], expected.files[name]);
+    return text;
+}
+
+QStringList Desk::processes() const
+{
+    QStringList result;
+    for (QString const& id : QDir("/proc").entryList(QDir::Dirs)) {
+        QString const running = QFile::symLinkTarget("/proc/" + id + "/exe");
+        if (running.startsWith(m_folder.path() + '/'))
+            result += id + ' ' + running;
+    }
+    return result;
+}

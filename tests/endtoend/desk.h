@@ -1,0 +1,48 @@
+#pragma once
+
+#include "oracle.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+/// How a run of the batch tool should end. Nothing on standard error and no process left behind go
+/// without saying.
+struct Outcome
+{
+    int status = 0;
+    QByteArray out;
+    QMap<QString, QByteArray> files; ///< Result files by name, none but these.
+};
+
+/// A run that captures all of this, into files whose names begin with `prefix`.
+Outcome captured(QVector<Capture> const& captures, QString const& prefix);
+
+/// A private install root with the built programs in it, and a private folder for their sockets:
+/// desks don't see one another, so tests run in parallel.
+class Desk
+{
+public:
+    Desk();
+
+    /// A file of the folder that the runs work in.
+    bool write(QString const& name, QByteArray const& content) const;
+    QMap<QString, QByteArray> results() const;
+
+    /// Writes "setup.vek", its stimulus, and a bench file with both, an FT2CH cable at location 7
+    /// and an LPT cable. `more` is appended to the members of the bench file.
+    bool lay(QByteArray const& vek, Waves const& waves, QByteArray const& more = QByteArray());
+
+    /// Where a program of the root lies, such as "Programmer/bin/scanbridge".
+    QString program(QString const& name) const { return m_folder.filePath(name); }
+
+    void start(QProcess& process, QStringList const& arguments) const;
+    /// Runs the batch tool to its end, and says what was not as expected; empty when all was.
+    QString problem(QStringList const& arguments, Outcome const& expected) const;
+    /// Processes that run a program of this desk, the batch tool and servers alike.
+    QStringList processes() const;
+
+    QString bench; ///< The bench file of the simulated chip, by absolute path.
+
+private:
+    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
+};
