@@ -27,10 +27,8 @@ QString difference(QString const& what, QByteArray const& actual, QByteArray con
     QList<QByteArray> const want = expected.split('\n');
     for (int line = 0; line < qMax(got.size(), want.size()); ++line)
         if (got.value(line, "end") != want.value(line, "end"))
-            return QString("%1, line %2: \"%3\" instead of \"%4\"")
-                .arg(what)
-                .arg(line + 1)
-                .arg(QString(got.value(line, "end")), QString(want.value(line, "end")));
+            return what + ", line " + QString::number(line + 1) + ": " + got.value(line, "end") +
+                   " instead of " + want.value(line, "end") + '\n';
     return QString();
 }
 
@@ -92,11 +90,8 @@ QString Desk::problem(QStringList const& arguments, Outcome const& expected) con
 {
     QProcess process;
     start(process, arguments);
-    if (!process.waitForFinished(60000)) {
-        process.kill();
-        process.waitForFinished();
+    if (!process.waitForFinished(60000))
         return "did not end; printed " + QString(process.readAllStandardOutput());
-    }
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != expected.status)
         return QString("status %1").arg(process.exitCode());
     QString const left = processes().join(", ");

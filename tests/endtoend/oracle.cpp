@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
@@ -60,9 +61,9 @@ class Watch
 {
 public:
     Watch(QDomElement const& unit, QDomElement const& core, Waves const& waves)
-        : index(number(unit, "index")), m_func(number(unit, "func")),
-          m_counted(number(unit, "counter_enable")), m_continuous(number(unit, "countinuous")),
-          m_reload(number(unit, "counter") - 1), m_left(m_reload)
+        : m_func(number(unit, "func")), m_counted(number(unit, "counter_enable")),
+          m_continuous(number(unit, "countinuous")), m_reload(number(unit, "counter") - 1),
+          m_left(m_reload)
     {
         for (QDomElement const& port : all(core, "Trigger"))
             if (number(port, "index") == number(unit, "trigger"))
@@ -83,8 +84,6 @@ public:
             m_left = m_reload;
         return fired;
     }
-
-    int index;
 
 private:
     bool matches(int sample) const
@@ -120,10 +119,10 @@ bool isDynamic(QDomElement const& core)
 /// The first sample that fires, -1 if none does.
 int findTrigger(QDomElement const& core, Waves const& waves, int start, int earliest)
 {
-    QVector<Watch> watches;
+    std::map<int, Watch> watches;
     for (QDomElement const& unit : all(core, "MatchUnit"))
         if (number(unit, "enabled"))
-            watches += Watch(unit, core, waves);
+            watches.emplace(number(unit, "index"), Watch(unit, core, waves));
     QStringList stages;
     for (QDomElement const& expression : all(core, "Expression"))
         stages += expression.text();
@@ -131,8 +130,8 @@ int findTrigger(QDomElement const& core, Waves const& waves, int start, int earl
         stages = stages.mid(0, 1); // a file can't switch more on
     for (int sample = start; sample < waves.first().size(); ++sample) {
         QMap<int, bool> units;
-        for (Watch& watch : watches)
-            units[watch.index] = watch.fires(sample);
+        for (auto& [index, watch] : watches)
+            units[index] = watch.fires(sample);
         int at = 0;
         if (sample >= earliest && !stages.isEmpty() && evaluate(stages.first(), at, units))
             stages.removeFirst();
@@ -166,7 +165,7 @@ QByteArray csv(QDomElement const& core, Waves const& waves, QVector<int> const& 
 {
     QString groups;
     QStringList titles;
-    QVector<QByteArray> lines(rows.size());
+    QStringList lines = QVector<QString>(rows.size()).toList();
     for (QDomElement entry = core.firstChildElement("SignalList").firstChildElement();
          !entry.isNull(); entry = entry.nextSiblingElement()) {
         if (entry.attribute("capture_enable") == "false")
@@ -189,11 +188,12 @@ QByteArray csv(QDomElement const& core, Waves const& waves, QVector<int> const& 
             for (QByteArray const& net : nets) // what stands at the end stands for ever
                 bits += rows[i] < 0 ? '0' : net[std::min(rows[i], net.size() - 1)];
             if (bus)
-                lines[i] += ", " + QByteArray::number(bits.toULongLong(nullptr, 2), 16)
-                                       .toUpper()
-                                       .rightJustified((bits.size() + 3) / 4, '0');
+                lines[i] +=
+                    QString(", %1")
+                        .arg(bits.toULongLong(nullptr, 2), (bits.size() + 3) / 4, 16, QChar('0'))
+                        .toUpper();
             for (char bit : bits)
-                lines[i] += QByteArray(", ") + bit;
+                lines[i] += QString(", ") + bit;
         }
     }
     QString text = groups.isEmpty() ? QString() : "Groups:\n" + groups + "\n";

@@ -23,14 +23,11 @@ QByteArray vek(QVector<Core> const& cores)
     QString text = "<VEK_CONFIG><Version>3.0</Version><Mode>Standard</Mode>\n";
     int index = 0;
     for (Core const& core : cores) {
-        text += QString("<SxCore sample_clock='clk' storage_depth='1024' index='%1' "
-                        "capture_amount='%2' trigger_pos='%3' window_num='%4' "
-                        "capture_init_data_enabled='%5'>\n<SignalList>%6</SignalList>\n<Triggers>")
-                    .arg(index++)
-                    .arg(core.amount)
-                    .arg(core.position)
-                    .arg(core.windows)
-                    .arg(core.initial ? "true" : "false", core.entries);
+        text += QString::asprintf(
+            "<SxCore sample_clock='clk' storage_depth='1024' index='%d' capture_amount='%d' "
+            "trigger_pos='%d' window_num='%d' capture_init_data_enabled='%s'>\n",
+            index++, core.amount, core.position, core.windows, core.initial ? "true" : "false");
+        text += "<SignalList>" + core.entries + "</SignalList>\n<Triggers>";
         for (int port : core.ports.keys())
             text += QString("<Trigger index='%1'><SignalList>%2</SignalList></Trigger>\n")
                         .arg(QString::number(port), core.ports[port]);

@@ -44,24 +44,19 @@ Waves readVcd(QByteArray const& text, QString const& clock)
 
 QByteArray toVcd(Waves const& waves)
 {
-    QByteArray text = "$timescale 1ns $end\n$scope module bench $end\n$scope module dut $end\n"
-                      "$var wire 1 c clk $end\n";
-    int code = 0;
-    for (QString const& net : waves.keys())
-        text += "$var wire 1 n" + QByteArray::number(code++) + ' ' +
-                QString(net).replace('[', " [").toLatin1() + " $end\n";
+    QString text = "$timescale 1ns $end\n$scope module bench $end\n$scope module dut $end\n"
+                   "$var wire 1 c clk $end\n";
+    for (QString const& net : waves.keys()) // its own code
+        text += "$var wire 1 " + net + ' ' + QString(net).replace('[', " [") + " $end\n";
     text += "$upscope $end\n$upscope $end\n$enddefinitions $end\n";
     for (int i = 0; i < waves.first().size(); ++i) {
-        text += '#' + QByteArray::number(10 * i) + "\n0c\n";
-        code = 0;
-        for (QByteArray const& wave : waves) {
-            if (i == 0 || wave[i] != wave[i - 1])
-                text += QByteArray(1, wave[i]) + 'n' + QByteArray::number(code) + '\n';
-            ++code;
-        }
-        text += '#' + QByteArray::number(10 * i + 5) + "\n1c\n";
+        text += QString("#%1\n0c\n").arg(10 * i);
+        for (auto net = waves.begin(); net != waves.end(); ++net)
+            if (i == 0 || net.value()[i] != net.value()[i - 1])
+                text += net.value()[i] + net.key() + '\n';
+        text += QString("#%1\n1c\n").arg(10 * i + 5);
     }
-    return text;
+    return text.toLatin1();
 }
 
 Waves counter(QString const& name, int width, int count)

@@ -75,16 +75,12 @@ private:
         int const func = draw(QVector<int>{2, 6, 8}[type / 2]);
         // Mostly "don't care", or wide ports would never match.
         QString const alphabet = func > 1 ? "01" : type % 2 ? "01XXXXRFBN" : "01XXXX";
-        auto const more = "match_type='%1' func='%2' value1='%3' counter_enable='%4' "
-                          "counter_width='6' counter='%5' countinuous='%6'";
-        core.units += Setup::unit(index, index, value(alphabet, width + pick({0, 0, 0, 0, -1, 1})),
-                                  QString(more)
-                                      .arg(type)
-                                      .arg(func)
-                                      .arg(value("01", width))
-                                      .arg(chance(35))
-                                      .arg(1 + draw(40))
-                                      .arg(chance(30)));
+        QString const low = value(alphabet, width + pick({0, 0, 0, 0, -1, 1}));
+        QString const more = QString::asprintf(
+            "match_type='%d' func='%d' value1='%s' counter_enable='%d' counter_width='6' "
+            "counter='%d' countinuous='%d'",
+            type, func, qPrintable(value("01", width)), chance(35), 1 + draw(40), chance(30));
+        core.units += Setup::unit(index, index, low, more);
     }
 
     QString value(QString const& alphabet, int width)
@@ -108,34 +104,24 @@ private:
 };
 
 /// A core that captures a count, and fires at a pattern of it.
-Core counting(bool dynamic, int amount, int position, QString const& pattern)
+Core counting(bool dynamic, int amount, int position, QString const& pattern, int windows = 1,
+              bool initial = false, QStringList const& expressions = {"M0"})
 {
-    Core core;
-    core.amount = amount;
-    core.position = position;
-    core.dynamic = dynamic;
-    core.entries = core.ports[0] = Setup::entry("count", 12);
-    core.units = Setup::unit(0, 0, pattern);
-    return core;
+    QString const count = Setup::entry("count", 12);
+    QString const unit = Setup::unit(0, 0, pattern);
+    return {amount, position, windows, dynamic, initial, count, {{0, count}}, unit, expressions};
 }
 
-Core reaching(bool dynamic, int amount, int position, int count)
+/// The pattern of one count.
+QString at(int count)
 {
-    return counting(dynamic, amount, position, QString::number(count, 2).rightJustified(12, '0'));
-}
-
-Core with(Core core, int windows, bool initial, QStringList const& expressions)
-{
-    core.windows = windows;
-    core.initial = initial;
-    core.expressions = expressions;
-    return core;
+    return QString::number(count, 2).rightJustified(12, '0');
 }
 
 /// More than 64 signals and a wide port, names that need escapes.
 Core wide()
 {
-    Core core = reaching(true, 128, 30, 1450);
+    Core core = counting(true, 128, 30, at(1450));
     core.ports[15] = Setup::entry("wide", 60) + core.ports[0];
     core.entries += Setup::entry("wide", 60, "name='a&lt;b &amp; &quot;c&quot;'");
     core.units += Setup::unit(15, 15, QString(60, 'X') + "XXXXXXXXXX1X");
@@ -143,96 +129,83 @@ Core wide()
     return core;
 }
 
-} // namespace
-
-/// What cores capture, the corners and at random. The cores of a row are captured in one run.
-class TestCaptures : public QObject
+/// Four random cores whose windows all fire, the last one not at once.
+Cores drawn(unsigned seed, Waves& waves)
 {
-    Q_OBJECT
-
-private slots:
-    void corners_data();
-    void corners();
-    void random_data();
-    void random();
-
-private:
-    static void capture(Cores const& cores, Waves const& waves);
-};
-
-void TestCaptures::corners_data()
-{
-    QTest::addColumn<Cores>("cores");
-
-    QTest::newRow("positions") << Cores{reaching(false, 128, 0, 300),
-                                        reaching(false, 128, 124, 300), reaching(true, 128, 0, 300),
-                                        reaching(true, 128, 124, 300)};
-    // Only whole sections of 128 are read of an amount above that. The mark's place in the ring is
-    // the trigger's number (one more in a dynamic core) modulo the amount.
-    QTest::newRow("sections") << Cores{
-        reaching(false, 200, 60, 440), // mark at 40: among those read
-        reaching(false, 200, 60, 350), // at 150: not read
-        reaching(true, 200, 60, 399),  // at 0: one row back is the last one
-        reaching(true, 300, 20, 860),  // at 261: not read
-        reaching(true, 256, 200, 700)};
-    // Three windows take the room of four; with a late position the next one fires before it has
-    // filled. Without an expression a core fires at once, one with initial data when it has filled.
-    QTest::newRow("windows") << Cores{
-        with(counting(false, 64, 20, "XXXXX0010000"), 3, false, {"M0"}),
-        with(counting(true, 64, 60, "XXXXXXXX0000"), 4, false, {"M0", "!M0"}),
-        with(reaching(false, 64, 31, 0), 2, true, {}), with(reaching(true, 64, 31, 0), 1, true, {}),
-        with(reaching(true, 64, 31, 0), 1, false, {})};
-    QTest::newRow("wide") << Cores{wide()};
-}
-
-void TestCaptures::corners()
-{
-    QFETCH(Cores, cores);
-    Waves waves = Stimulus::counter("count", 12, 1500);
-    std::mt19937 random(20240601);
-    for (int bit = 0; bit < 60; ++bit)
-        waves[QString("wide[%1]").arg(bit)] = noise(random, 3);
-    capture(cores, waves);
-}
-
-void TestCaptures::random_data()
-{
-    QTest::addColumn<unsigned>("seed");
-    for (unsigned seed = 1; seed <= 6; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
-}
-
-void TestCaptures::random()
-{
-    QFETCH(unsigned, seed);
-    Waves waves;
     Cores cores;
-    for (unsigned attempt = 0; cores.size() < 4; ++attempt) {
-        QVERIFY(attempt < 200);
-        Dice const dice(1000 * seed + attempt, QString("k%1n").arg(cores.size()));
+    while (cores.size() < 4) {
+        Dice const dice(seed++, QString("k%1n").arg(cores.size()));
         auto const captures = expectedCaptures(Setup::vek({dice.core}), {{"clk", dice.waves}});
-        auto const waited = [](Capture const& capture) {
-            return capture.trigger > capture.start + 3;
-        };
-        // Worthwhile when every window fires, and not all of them at once.
         if (captures.size() < dice.core.windows ||
-            std::none_of(captures.begin(), captures.end(), waited))
+            captures.last().trigger < captures.last().start + 4)
             continue;
         cores += dice.core;
         for (QString const& net : dice.waves.keys())
             waves[net] = dice.waves[net];
     }
-    capture(cores, waves);
+    return cores;
 }
 
-void TestCaptures::capture(Cores const& cores, Waves const& waves)
+} // namespace
+
+/// What cores capture, in the corners and at random. The cores of a row are captured in one run.
+class TestCaptures : public QObject
 {
-    QByteArray const vek = Setup::vek(cores);
-    auto const captures = expectedCaptures(vek, {{"clk", waves}});
-    Desk desk;
-    QVERIFY(desk.lay(vek, waves));
-    QCOMPARE(desk.problem({"-vek", "setup.vek"}, captured(captures, "setup")), QString());
-}
+    Q_OBJECT
+
+private slots:
+    void capture_data()
+    {
+        QTest::addColumn<Waves>("waves");
+        QTest::addColumn<Cores>("cores");
+
+        Waves waves = Stimulus::counter("count", 12, 1500);
+        std::mt19937 random(20240601);
+        for (int bit = 0; bit < 60; ++bit)
+            waves[QString("wide[%1]").arg(bit)] = noise(random, 3);
+
+        QTest::newRow("positions")
+            << waves
+            << Cores{counting(false, 128, 0, at(300)), counting(false, 128, 124, at(300)),
+                     counting(true, 128, 0, at(300)), counting(true, 128, 124, at(300))};
+        // Only whole sections of 128 are read of an amount above that. The mark's place in the ring
+        // is the trigger's number (one more in a dynamic core) modulo the amount.
+        QTest::newRow("sections")
+            << waves
+            << Cores{counting(false, 200, 60, at(440)), // mark at 40: among those read
+                     counting(false, 200, 60, at(350)), // at 150: not read
+                     counting(true, 200, 60, at(399)),  // at 0: one row back is the last one
+                     counting(true, 300, 20, at(860)),  // at 261: not read
+                     counting(true, 256, 200, at(700))};
+        // Three windows take the room of four; with a late position the next one fires before it
+        // has filled. Without an expression a core fires at once, one with initial data when it has
+        // filled.
+        QTest::newRow("windows") << waves
+                                 << Cores{counting(false, 64, 20, "XXXXX0010000", 3),
+                                          counting(true, 64, 60, "XXXXXXXX0000", 4, false,
+                                                   {"M0", "!M0"}),
+                                          counting(false, 64, 31, at(0), 2, true, {}),
+                                          counting(true, 64, 31, at(0), 1, true, {}),
+                                          counting(true, 64, 31, at(0), 1, false, {})};
+        QTest::newRow("wide") << waves << Cores{wide()};
+        for (unsigned seed = 1; seed <= 6; ++seed) {
+            Waves drawnWaves;
+            Cores const cores = drawn(1000 * seed, drawnWaves);
+            QTest::addRow("seed %u", seed) << drawnWaves << cores;
+        }
+    }
+
+    void capture()
+    {
+        QFETCH(Waves, waves);
+        QFETCH(Cores, cores);
+        QByteArray const vek = Setup::vek(cores);
+        Desk desk;
+        QVERIFY(desk.lay(vek, waves));
+        auto const captures = expectedCaptures(vek, {{"clk", waves}});
+        QCOMPARE(desk.problem({"-vek", "setup.vek"}, captured(captures, "setup")), QString());
+    }
+};
 
 QTEST_GUILESS_MAIN(TestCaptures)
 #include "tst_captures.moc"

@@ -2,6 +2,7 @@
 
 #include <QBitArray>
 #include <QBuffer>
+#include <QDataStream>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -128,6 +129,7 @@ class FrameTest : public QObject
 
 private slots:
     void layout();
+    void rareValues();
     void randomPacks();
     void cutAndJoinedFrames();
     void brokenBody_data();
@@ -147,6 +149,26 @@ void FrameTest::layout()
     CmdPack pack;
     QVERIFY(packFromBody(oneEntry(typed(13, be32(3) + char(0xff))), pack));
     QCOMPARE(pack.value("K").toBitArray(), QBitArray(3, true));
+}
+
+void FrameTest::rareValues()
+{
+    QList<CmdPack> const packs{
+        {{"K", QVariant()}},
+        {{"K", QString()}},
+        {{"K", ""}},
+        {{"K", QBitArray()}},
+        {{"K", QVariant(QVariant::Int)}},
+        {{QString(), 1}},
+        {{"", 1}},
+        {{"K", -1}, {"L", 1.5}, {"M", true}, {"N", QStringList{"a"}}, {"O", QByteArray("b")}}};
+    for (CmdPack const& pack : packs) { // whatever is written here is written as Qt does it
+        QByteArray expected;
+        QDataStream stream(&expected, QIODevice::WriteOnly);
+        stream.setVersion(QDataStream::Qt_4_6);
+        stream << pack;
+        QCOMPARE(frameFromPack(pack).toHex(), framed(expected).toHex());
+    }
 }
 
 void FrameTest::randomPacks()
