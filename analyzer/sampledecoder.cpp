@@ -13,17 +13,28 @@ namespace {
 
 constexpr int BlockSize = 64;
 
-using Block = quint64[BlockSize];
-
-/// Mirrors a block at its diagonal: bit c of word r becomes bit r of word c.
-void transpose(Block& block)
+/// Fills the columns of up to 64 signals, of which `signal` is the first.
+void decodeColumns(QBitArray const& stream, RecordLayout const& layout, int start, int signal,
+                   std::vector<char*> const& columns)
 {
-    quint64 mask = 0x00000000FFFFFFFFu;
-    for (int half = BlockSize / 2; half; half >>= 1, mask ^= mask << half) {
-        for (int k = 0; k < BlockSize; k = ((k | half) + 1) & ~half) {
-            quint64 const swap = ((block[k] >> half) ^ block[k | half]) & mask;
-            block[k | half] ^= swap;
-            block[k] ^= swap << half;
+    qint64 const row0 = layout.firstSignal + signal;
+    int const width = int(columns.size());
+    qint64 row = start;
+    for (qint64 first = 0; first < layout.rows; first += BlockSize) {
+        BitBlock block = {};
+        int const rows = int(std::min<qint64>(BlockSize, layout.rows - first));
+        for (int i = 0; i < rows; ++i) {
+            block[i] = packedBits(stream, row0 - row * layout.stride, width);
+            row = row + 1 == layout.rows ? 0 : row + 1;
+        }
+        transpose(block);
+        for (int j = 0; j < width; ++j) {
+            quint64 const word = qToLittleEndian(block[j]);
+            char* const place = columns[std::size_t(j)] + first / 8;
+            if (rows == BlockSize)
+                std::memcpy(place, &word, sizeof word);
+            else
+                std::memcpy(place, &word, std::size_t(rows + 7) / 8);
         }
     }
 }
@@ -32,33 +43,17 @@ void transpose(Block& block)
 
 QList<QBitArray> signalArrays(QBitArray const& stream, RecordLayout const& layout, int start)
 {
-    std::size_t const words = std::size_t(layout.rows + BlockSize - 1) / BlockSize;
-    std::vector<std::vector<quint64>> columns(std::size_t(layout.signalCount));
-    for (std::vector<quint64>& column : columns)
-        column.resize(words);
-
-    for (std::size_t word = 0; word < words; ++word) {
-        int const first = int(word) * BlockSize;
-        int const count = std::min(BlockSize, layout.rows - first);
-        for (int signal = 0; signal < layout.signalCount; signal += BlockSize) {
-            int const width = std::min(BlockSize, layout.signalCount - signal);
-            Block block = {};
-            for (int i = 0; i < count; ++i) {
-                qint64 const row = (qint64(start) + first + i) % layout.rows;
-                block[i] =
-                    packedBits(stream, layout.firstSignal + signal - row * layout.stride, width);
-            }
-            transpose(block);
-            for (int j = 0; j < width; ++j)
-                columns[std::size_t(signal + j)][word] = qToLittleEndian(block[j]);
-        }
-    }
-
     QList<QBitArray> arrays;
     arrays.reserve(layout.signalCount);
-    for (std::vector<quint64> const& column : columns)
-        arrays.append(
-            QBitArray::fromBits(reinterpret_cast<char const*>(column.data()), layout.rows));
+    std::vector<char*> columns;
+    for (int signal = 0; signal < layout.signalCount; signal += BlockSize) {
+        columns.clear();
+        for (int j = signal; j < std::min(signal + BlockSize, layout.signalCount); ++j) {
+            arrays.append(QBitArray(layout.rows));
+            columns.push_back(storageOf(arrays.last()));
+        }
+        decodeColumns(stream, layout, start, signal, columns);
+    }
     return arrays;
 }
 

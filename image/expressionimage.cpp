@@ -3,6 +3,7 @@
 #include "image/matchencoding.h"
 #include "image/registermap.h"
 #include "image/truthtable.h"
+#include "model/bits.h"
 #include "model/capturecore.h"
 
 #include <QStringList>
@@ -63,38 +64,56 @@ QBitArray siteMask(QString text, Sites const& sites)
     return mask;
 }
 
-/// Writes table words for one register, differing only in their last bits.
+/// Makes table words for one register. They differ only in their last bits, which hold the
+/// combination, its lowest bit last.
 class TableWord
 {
 public:
     TableWord(int address, int width)
-        : m_blank(regWriteData(static_cast<unsigned short>(address), QBitArray(width)))
+        : m_blank(regWriteData(static_cast<unsigned short>(address), QBitArray(width))),
+          m_tail(m_blank.size() - SiteBits)
     {}
 
     QBitArray forCombination(int k) const
     {
-        QBitArray word = m_blank;
-        for (int at = word.size() - 1; k; --at, k >>= 1) {
-            if (k & 1)
-                word.setBit(at);
-        }
+        QBitArray word = QBitArray::fromBits(m_blank.bits(), m_blank.size()); // no shared copy
+        char* place = storageOf(word) + m_tail / 8;
+        for (quint64 bits = mirrored(quint64(k)) >> (64 - SiteBits) << (m_tail % 8); bits;
+             bits >>= 8)
+            *place++ |= char(bits);
         return word;
     }
 
 private:
     QBitArray m_blank;
+    int m_tail; ///< Where the combination stands.
 };
+
+/// `bitFilter` of all combinations of `siteCount` sites: their places in an expression's table.
+QVector<int> tablePlaces(QBitArray const& mask, int siteCount)
+{
+    QVector<int> places{0};
+    places.reserve(1 << siteCount);
+    int bit = 1;
+    for (int site = 0; site < siteCount; ++site) {
+        int const added = mask.testBit(site) ? bit : 0;
+        for (int k = 0, count = places.size(); k < count; ++k)
+            places.append(places.at(k) | added);
+        bit <<= mask.testBit(site);
+    }
+    return places;
+}
 
 void appendTable(QList<QBitArray>& words, QString const& expression, int base, Sites const& sites,
                  int width)
 {
     QString const table = logicTruthTable(expression);
-    QBitArray const mask = siteMask(expression, sites);
+    QVector<int> const places = tablePlaces(siteMask(expression, sites), sites.count);
     TableWord const output0(base, width);
     TableWord const output1(base + 1, width);
-    for (int k = 0; k < 1 << sites.count; ++k) {
-        int const index = bitFilter(k, mask);
-        bool const fires = index < table.size() && table.at(index) == QLatin1Char('1');
+    for (int k = 0; k < places.size(); ++k) {
+        bool const fires =
+            places.at(k) < table.size() && table.at(places.at(k)) == QLatin1Char('1');
         words.append((fires ? output1 : output0).forCombination(k));
     }
 }

@@ -1,11 +1,15 @@
 #include "image/truthtable.h"
 
+#include "model/bits.h"
 #include "model/capturecore.h"
 
 #include <QByteArray>
+#include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <vector>
 
 namespace VEK {
 namespace {
@@ -61,6 +65,108 @@ bool runStack(QByteArray const& text, QByteArray& stack)
         }
     }
     return true;
+}
+
+/// Row by row with `calcuate`.
+QString plainTable(char const* postfix, char const* letters, int rows)
+{
+    int const count = int(std::strlen(letters));
+    QString table(rows, Qt::Uninitialized);
+    QByteArray digits(count, '0');
+    char text[40];
+    for (int i = 0; i < rows; ++i) {
+        itoa(i, text, 2);
+        int const length = int(std::strlen(text));
+        std::fill(digits.begin(), digits.end(), '0');
+        if (count)
+            std::memcpy(digits.data() + count - length, text, std::size_t(length));
+        table[i] = QLatin1Char(calcuate(postfix, letters, digits.constData()));
+    }
+    return table;
+}
+
+/// Whether `calcuate` gets to the end of the text whatever the values are, and its letters are the
+/// first `count` ones. Only then is a text worth what it says.
+bool isWalkedThrough(char const* postfix, int count)
+{
+    for (int i = 0; postfix[i]; ++i) {
+        char const character = postfix[i];
+        // a letter turns into a digit, and the lower digit ends the walk sooner
+        if (!isWithin(i, isLetter(character) ? '0' : character))
+            return false;
+        if (isLetter(character) && character >= 'A' + count)
+            return false;
+    }
+    return true;
+}
+
+/// Whether the stack of `calcuate` ends with one value, which depends on the text only.
+bool leavesOneValue(char const* postfix)
+{
+    int depth = 0;
+    for (; *postfix; ++postfix) {
+        if (isLetter(*postfix) || *postfix == '0' || *postfix == '1')
+            ++depth;
+        else if (*postfix == '!' && depth < 1)
+            return false;
+        else if (std::strchr("&|^", *postfix) && depth-- < 2)
+            return false;
+    }
+    return depth == 1;
+}
+
+/// Bit `bit` of the row numbers from 64 * `block` on.
+quint64 rowBits(int bit, int block)
+{
+    constexpr quint64 LowBits[] = {0xAAAAAAAAAAAAAAAAu, 0xCCCCCCCCCCCCCCCCu, 0xF0F0F0F0F0F0F0F0u,
+                                   0xFF00FF00FF00FF00u, 0xFFFF0000FFFF0000u, 0xFFFFFFFF00000000u};
+    constexpr int Count = int(std::size(LowBits));
+    return bit < Count ? LowBits[bit] : 0 - quint64((block >> (bit - Count)) & 1);
+}
+
+/// The values of 64 rows. The text leaves one value, and `calcuate` would walk through it.
+quint64 evaluateBlock(char const* postfix, int count, int block)
+{
+    quint64 stack[64]; // no value stands behind position 48 of such a text
+    quint64* top = stack;
+    for (; *postfix; ++postfix) {
+        char const character = *postfix;
+        if (isLetter(character)) {
+            *top++ = rowBits(count - 1 - (character - 'A'), block);
+            continue;
+        }
+        switch (character) {
+        case '0':
+        case '1':
+            *top++ = 0 - quint64(character - '0');
+            break;
+        case '!':
+            top[-1] = ~top[-1];
+            break;
+        case '&':
+            --top;
+            top[-1] &= *top;
+            break;
+        case '|':
+            --top;
+            top[-1] |= *top;
+            break;
+        case '^':
+            --top;
+            top[-1] ^= *top;
+            break;
+        }
+    }
+    return stack[0];
+}
+
+/// 64 rows at a time.
+QString parallelTable(char const* postfix, int count, int rows)
+{
+    std::vector<quint64> words;
+    for (int block = 0; block * 64 < rows; ++block)
+        words.push_back(qToLittleEndian(evaluateBlock(postfix, count, block)));
+    return bit2str(QBitArray::fromBits(reinterpret_cast<char const*>(words.data()), rows));
 }
 
 } // namespace
@@ -181,19 +287,11 @@ QString logicTruthTable(QString const& expression)
     getOperand(postfix.constData(), letters);
     sort(letters);
     int const count = int(std::strlen(letters));
-    int const rows = count < 16 ? 1 << count : MaxTruthTable;
-    QString table(rows, Qt::Uninitialized);
-    QByteArray digits(count, '0');
-    char text[40];
-    for (int i = 0; i < rows; ++i) {
-        itoa(i, text, 2);
-        int const length = int(std::strlen(text));
-        std::fill(digits.begin(), digits.end(), '0');
-        if (count)
-            std::memcpy(digits.data() + count - length, text, std::size_t(length));
-        table[i] = QLatin1Char(calcuate(postfix.constData(), letters, digits.constData()));
-    }
-    return table;
+    int const rows = count < CoreUnitCount ? 1 << count : MaxTruthTable;
+    if (!isWalkedThrough(postfix.constData(), count))
+        return plainTable(postfix.constData(), letters, rows);
+    return leavesOneValue(postfix.constData()) ? parallelTable(postfix.constData(), count, rows)
+                                               : QString(rows, QLatin1Char('x'));
 }
 
 } // namespace VEK

@@ -4,8 +4,10 @@
 #include <QDataStream>
 #include <QIODevice>
 #include <QStringList>
+#include <QVarLengthArray>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstring>
 
 namespace VEK {
@@ -19,14 +21,15 @@ constexpr int MaxDepth = 2;
 class BodyReader
 {
 public:
-    explicit BodyReader(QByteArray const& body) : m_at(body.constData()), m_left(body.size()) {}
+    BodyReader(char const* body, int size) : m_at(body), m_left(size) {}
 
     bool pack(CmdPack& pack)
     {
         quint32 const count = number<quint32>();
         for (quint32 i = 0; m_ok && i < count; ++i) {
             QString const key = string();
-            pack.insert(key, variant(0));
+            pack.insert(pack.cbegin(), key,
+                        variant(0)); // where it belongs: the greatest come first
         }
         return m_ok;
     }
@@ -160,9 +163,110 @@ private:
     bool m_ok = true;
 };
 
-} // namespace
+bool readPack(char const* body, int size, CmdPack& pack)
+{
+    pack.clear();
+    if (BodyReader(body, size).pack(pack))
+        return true;
+    pack.clear();
+    return false;
+}
 
-QByteArray frameFromPack(CmdPack const& pack)
+constexpr int EntryOverhead = 4 + 4 + 1; // key length, type, null flag
+
+/// The value inside, which is of that type.
+template <typename T>
+T const& stored(QVariant const& value)
+{
+    return *static_cast<T const*>(value.constData());
+}
+
+/// Bytes of a plain value in a frame, behind its type and null flag. -1 for any other, also for
+/// whatever is null in some sense.
+qint64 plainSize(QVariant const& value)
+{
+    if (value.isNull())
+        return -1;
+    switch (value.userType()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+        return 4;
+    case QMetaType::QString:
+        return 4 + 2 * qint64(stored<QString>(value).size());
+    case QMetaType::QBitArray:
+        return 4 + (qint64(stored<QBitArray>(value).size()) + 7) / 8;
+    default:
+        return -1;
+    }
+}
+
+/// The same for a whole frame, and -1 as well for one that no byte array holds.
+qint64 plainSize(CmdPack const& pack)
+{
+    qint64 size = LengthBytes + 4;
+    for (auto entry = pack.begin(); entry != pack.end(); ++entry) {
+        qint64 const payload = plainSize(entry.value());
+        if (payload < 0 || entry.key().isNull())
+            return -1;
+        size += EntryOverhead + 2 * qint64(entry.key().size()) + payload;
+    }
+    return size <= MaxFrameBody ? size : -1;
+}
+
+/// Writes a frame of plain values. A run sends tens of thousands of them.
+class PlainWriter
+{
+public:
+    explicit PlainWriter(char* at) : m_at(at) {}
+
+    void pack(CmdPack const& pack)
+    {
+        number(quint32(pack.size()));
+        for (auto entry = pack.end(); entry != pack.begin();) {
+            --entry;
+            string(entry.key());
+            number(quint32(entry.value().userType()));
+            *m_at++ = 0; // not null
+            value(entry.value());
+        }
+    }
+
+    void number(quint32 number)
+    {
+        qToBigEndian(number, m_at);
+        m_at += sizeof number;
+    }
+
+private:
+    void value(QVariant const& value)
+    {
+        switch (value.userType()) {
+        case QMetaType::QString:
+            return string(stored<QString>(value));
+        case QMetaType::QBitArray:
+            return bits(stored<QBitArray>(value));
+        default:
+            return number(value.toUInt());
+        }
+    }
+
+    void string(QString const& text)
+    {
+        number(2 * quint32(text.size()));
+        qToBigEndian<quint16>(text.utf16(), text.size(), m_at);
+        m_at += 2 * text.size();
+    }
+
+    void bits(QBitArray const& bits)
+    {
+        number(quint32(bits.size()));
+        m_at = std::copy_n(bits.bits(), (bits.size() + 7) / 8, m_at);
+    }
+
+    char* m_at;
+};
+
+QByteArray streamedFrame(CmdPack const& pack)
 {
     QByteArray frame;
     QDataStream stream(&frame, QIODevice::WriteOnly);
@@ -173,13 +277,23 @@ QByteArray frameFromPack(CmdPack const& pack)
     return frame;
 }
 
+} // namespace
+
+QByteArray frameFromPack(CmdPack const& pack)
+{
+    qint64 const size = plainSize(pack);
+    if (size < 0)
+        return streamedFrame(pack);
+    QByteArray frame(int(size), Qt::Uninitialized);
+    PlainWriter writer(frame.data());
+    writer.number(quint32(size - LengthBytes));
+    writer.pack(pack);
+    return frame;
+}
+
 bool packFromBody(QByteArray const& body, CmdPack& pack)
 {
-    pack.clear();
-    if (BodyReader(body).pack(pack))
-        return true;
-    pack.clear();
-    return false;
+    return readPack(body.constData(), body.size(), pack);
 }
 
 FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack)
@@ -187,7 +301,9 @@ FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack)
     if (blockSize == 0) {
         if (device.bytesAvailable() < LengthBytes)
             return FrameState::Incomplete;
-        blockSize = qFromBigEndian<quint32>(device.read(LengthBytes).constData());
+        char length[LengthBytes] = {};
+        device.read(length, LengthBytes);
+        blockSize = qFromBigEndian<quint32>(length);
     }
     if (blockSize > MaxFrameBody) {
         device.readAll();
@@ -195,9 +311,11 @@ FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack)
     }
     if (device.bytesAvailable() < qint64(blockSize))
         return FrameState::Incomplete;
-    QByteArray const body = device.read(blockSize);
+    auto const awaited = int(blockSize);
+    QVarLengthArray<char, 1024> body(awaited);
+    int const size = int(std::max<qint64>(0, device.read(body.data(), body.size())));
     blockSize = 0;
-    return packFromBody(body, pack) ? FrameState::Complete : FrameState::Malformed;
+    return readPack(body.constData(), size, pack) ? FrameState::Complete : FrameState::Malformed;
 }
 
 } // namespace VEK

@@ -14,14 +14,12 @@ using Protocol::Key::RequestId;
 /// to the most tasks that were ever in flight, so the lowest free one is either that of an empty
 /// entry or the map's size.
 template <typename Callback>
-unsigned int store(QMap<unsigned int, Callback>& callbacks, std::set<unsigned int>& freeIds,
-                   Callback callback)
+unsigned int store(QMap<unsigned int, Callback>& callbacks, FreeIds& freeIds, Callback callback)
 {
-    auto const lowest = freeIds.begin();
     unsigned int id = unsigned(callbacks.size());
-    if (lowest != freeIds.end()) {
-        id = *lowest;
-        freeIds.erase(lowest);
+    if (!freeIds.empty()) {
+        id = freeIds.top();
+        freeIds.pop();
     }
     callbacks[id] = std::move(callback);
     return id;
@@ -30,14 +28,23 @@ unsigned int store(QMap<unsigned int, Callback>& callbacks, std::set<unsigned in
 /// Moves a callback out, leaving an empty one. An id that is not there leaves the map as it is: a
 /// new entry would change the ids to come.
 template <typename Callback>
-Callback release(QMap<unsigned int, Callback>& callbacks, std::set<unsigned int>& freeIds,
-                 unsigned int id)
+Callback release(QMap<unsigned int, Callback>& callbacks, FreeIds& freeIds, unsigned int id)
 {
     auto const entry = callbacks.find(id);
-    if (entry == callbacks.end())
+    if (entry == callbacks.end() || !entry.value())
         return Callback();
-    freeIds.insert(id);
+    freeIds.push(id);
     return std::exchange(entry.value(), Callback());
+}
+
+CmdPack without(QString const& key, CmdPack const& pack)
+{
+    CmdPack rest;
+    for (auto entry = pack.begin(); entry != pack.end(); ++entry) {
+        if (entry.key() != key)
+            rest.insert(rest.cend(), entry.key(), entry.value());
+    }
+    return rest;
 }
 
 /// The first connection that serves a cable, or null.
@@ -121,11 +128,11 @@ void JtagSession::cancelAll()
     {
         QMutexLocker const locker(&taskLock);
         tasks.swap(taskCallbacks);
-        freeTaskIds.clear();
+        freeTaskIds = {};
     }
     QMutexLocker const locker(&dataTaskLock);
     dataTasks.swap(dataTaskCallbacks);
-    freeDataTaskIds.clear();
+    freeDataTaskIds = {};
     ++cancelCount;
 }
 
@@ -137,21 +144,21 @@ void JtagSession::dataReturned(CmdPack const& pack)
         returnToDataTask(pack);
 }
 
-void JtagSession::returnToTask(CmdPack pack)
+void JtagSession::returnToTask(CmdPack const& pack)
 {
-    unsigned int const id = pack.take(RequestId).toUInt();
+    unsigned int const id = pack.value(RequestId).toUInt();
     TaskCallback callback;
     {
         QMutexLocker const locker(&taskLock);
         callback = release(taskCallbacks, freeTaskIds, id);
     }
     if (callback)
-        callback(pack);
+        callback(without(RequestId, pack));
 }
 
-void JtagSession::returnToDataTask(CmdPack pack)
+void JtagSession::returnToDataTask(CmdPack const& pack)
 {
-    unsigned int const id = pack.take(DataRequestId).toUInt();
+    unsigned int const id = pack.value(DataRequestId).toUInt();
     DataTaskCallback callback; // a copy: the entry stays for further replies
     unsigned int cancelsBefore = 0;
     {
@@ -162,7 +169,7 @@ void JtagSession::returnToDataTask(CmdPack pack)
     if (!callback)
         return;
     bool finished = false;
-    callback(pack, &finished);
+    callback(without(DataRequestId, pack), &finished);
     if (!finished)
         return;
     DataTaskCallback done; // dies outside the lock

@@ -9,11 +9,16 @@
 #include <QMutex>
 #include <QPair>
 
-#include <set>
+#include <functional>
+#include <queue>
+#include <vector>
 
 class QProcess;
 
 namespace VEK {
+
+/// Ids of requests that may be given again, the lowest on top.
+using FreeIds = std::priority_queue<unsigned int, std::vector<unsigned int>, std::greater<>>;
 
 /// The one object through which the program talks to JTAG servers. It keeps the live connections,
 /// selects the one that requests go to, numbers the requests and routes each reply to the callback
@@ -176,8 +181,8 @@ public slots:
 private:
     JtagSession() = default;
 
-    void returnToTask(CmdPack pack);
-    void returnToDataTask(CmdPack pack);
+    void returnToTask(CmdPack const& pack);
+    void returnToDataTask(CmdPack const& pack);
     void startServer(QString const& program, QStringList const& arguments, JtagServer const& server,
                      QList<JtagServer>& started);
 
@@ -186,8 +191,8 @@ private:
     QMutex dataTaskLock;
     QMap<unsigned int, TaskCallback> taskCallbacks; // a finished task leaves an empty function
     QMap<unsigned int, DataTaskCallback> dataTaskCallbacks;
-    std::set<unsigned int> freeTaskIds; // ids of the empty functions
-    std::set<unsigned int> freeDataTaskIds;
+    FreeIds freeTaskIds; // ids of the empty functions
+    FreeIds freeDataTaskIds;
     unsigned int cancelCount = 0; // guarded by dataTaskLock
     JtagClient* client = nullptr;
     JtagClientNlc* nlcClient = nullptr;

@@ -1,7 +1,5 @@
 #include "model/bits.h"
 
-#include <QtEndian>
-
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -43,6 +41,21 @@ constexpr std::array<Byte, 256> makeMirrorTable()
 }
 
 constexpr std::array<Byte, 256> MirrorTable = makeMirrorTable();
+
+/// The characters of eight bits, the lowest first.
+using EightCharacters = std::array<ushort, 8>;
+
+constexpr std::array<EightCharacters, 256> makeTextTable()
+{
+    std::array<EightCharacters, 256> table{};
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        for (std::size_t k = 0; k < 8; ++k)
+            table[i][k] = ushort('0' + (i >> k & 1));
+    }
+    return table;
+}
+
+constexpr std::array<EightCharacters, 256> TextTable = makeTextTable();
 
 /// Up to 64 bits of `bytes` from bit `start` on; `size` bits are there, none is read beyond them.
 quint64 loadBits(Byte const* bytes, qint64 size, qint64 start)
@@ -98,9 +111,37 @@ QBitArray slice(QBitArray const& bits, qint64 start, int length)
     return bitsOf(bytes, length);
 }
 
+/// Swaps the halves off the diagonal of each square of 2 * `Half` words.
+template <int Half>
+void swapSquares(BitBlock& block, quint64 mask)
+{
+    for (int square = 0; square < 64; square += 2 * Half) {
+        for (int k = square; k < square + Half; ++k) {
+            quint64 const swap = ((block[k] >> Half) ^ block[k + Half]) & mask;
+            block[k + Half] ^= swap;
+            block[k] ^= swap << Half;
+        }
+    }
+}
+
 } // namespace
 
-quint64 packedBits(QBitArray const& bits, qint64 start, int count)
+char* storageOf(QBitArray& bits)
+{
+    return const_cast<char*>(bits.bits()); // Qt has no other way than bit by bit
+}
+
+void transpose(BitBlock& block)
+{
+    swapSquares<32>(block, 0x00000000FFFFFFFFu);
+    swapSquares<16>(block, 0x0000FFFF0000FFFFu);
+    swapSquares<8>(block, 0x00FF00FF00FF00FFu);
+    swapSquares<4>(block, 0x0F0F0F0F0F0F0F0Fu);
+    swapSquares<2>(block, 0x3333333333333333u);
+    swapSquares<1>(block, 0x5555555555555555u);
+}
+
+quint64 Detail::packedBitsAtEdge(QBitArray const& bits, qint64 start, int count)
 {
     qint64 const size = bits.size();
     if (size == 0 || start >= size || start <= -64 || count < 1)
@@ -127,12 +168,12 @@ QString bit2str(QBitArray const& bits)
 {
     QString text(bits.size(), Qt::Uninitialized);
     ushort* out = reinterpret_cast<ushort*>(text.data());
-    for (int i = 0; i < bits.size(); i += 64) {
-        quint64 word = packedBits(bits, i);
-        int const end = std::min(bits.size(), i + 64);
-        for (int k = i; k < end; ++k, word >>= 1)
-            out[k] = ushort('0' + (word & 1));
-    }
+    Byte const* const bytes = storage(bits);
+    int const whole = bits.size() / 8;
+    for (int i = 0; i < whole; ++i, out += 8)
+        std::memcpy(out, TextTable[bytes[i]].data(), sizeof(EightCharacters));
+    if (int const left = bits.size() % 8)
+        std::copy_n(TextTable[bytes[whole]].begin(), left, out);
     return text;
 }
 

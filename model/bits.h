@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QtEndian>
 
 /// Bit vectors as they travel between the host and the capture core.
 ///
@@ -64,6 +65,44 @@ QBitArray int16ToBit(unsigned short value);
 
 /// Up to 64 bits from `start` on, packed so that the bit at `start` is bit 0 of the result.
 /// Positions beyond either end of the vector read as 0. For loops over many samples.
-quint64 packedBits(QBitArray const& bits, qint64 start, int count = 64);
+inline quint64 packedBits(QBitArray const& bits, qint64 start, int count = 64);
+
+/// The bits of a word in reverse order.
+inline quint64 mirrored(quint64 word)
+{
+    word = ((word >> 1) & 0x5555555555555555u) | ((word & 0x5555555555555555u) << 1);
+    word = ((word >> 2) & 0x3333333333333333u) | ((word & 0x3333333333333333u) << 2);
+    word = ((word >> 4) & 0x0f0f0f0f0f0f0f0fu) | ((word & 0x0f0f0f0f0f0f0f0fu) << 4);
+    return qbswap(word);
+}
+
+/// The bytes of a vector, to be filled: position i is bit i % 8 of byte i / 8, the bits behind the
+/// last position stay 0. For a vector that was just made, and has no copies.
+char* storageOf(QBitArray& bits);
+
+/// 64 words of 64 bits each.
+using BitBlock = quint64[64];
+
+/// Mirrors a block at its diagonal: bit c of word r becomes bit r of word c.
+void transpose(BitBlock& block);
+
+namespace Detail {
+
+/// `packedBits` near the ends of a vector.
+quint64 packedBitsAtEdge(QBitArray const& bits, qint64 start, int count);
+
+} // namespace Detail
+
+inline quint64 packedBits(QBitArray const& bits, qint64 start, int count)
+{
+    constexpr int MostTouched = 72; // bits of the nine bytes that 64 bits may lie in
+    if (start < 0 || start + MostTouched > bits.size() || count < 1)
+        return Detail::packedBitsAtEdge(bits, start, count);
+    char const* const bytes = bits.bits() + start / 8;
+    int const shift = int(start % 8);
+    quint64 const word = qFromLittleEndian<quint64>(bytes) >> shift |
+                         quint64(static_cast<unsigned char>(bytes[8])) << 1 << (63 - shift);
+    return count >= 64 ? word : word & ((quint64(1) << count) - 1);
+}
 
 } // namespace VEK

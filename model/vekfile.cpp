@@ -2,9 +2,7 @@
 
 #include <QFile>
 #include <QStringList>
-#include <QXmlDefaultHandler>
 #include <QXmlInputSource>
-#include <QXmlSimpleReader>
 #include <QXmlStreamWriter>
 
 #include <algorithm>
@@ -21,101 +19,106 @@ QString parseError(QString const& message, int line, int column)
         .arg(message, QString::number(line), QString::number(column));
 }
 
-// The DOM is built with this parser, so what it meets here is what the DOM will be made of.
-QT_WARNING_PUSH
-QT_WARNING_DISABLE_DEPRECATED
-
-/// Refuses, ahead of the DOM, elements that are nested so deeply that building or destroying them
-/// would exhaust the stack.
-class Gatekeeper : public QXmlDefaultHandler
+/// Looks through the markup ahead of the parser for what would exhaust the stack or the time:
+/// parser and DOM recurse into nested elements, and so does the parser into declarations, whose
+/// entities hide elements besides. Goes along with the parser up to the first mistake in the
+/// document, where the parser ends.
+class MarkupScan
 {
 public:
-    /// Reads through the whole source; false when it is refused or malformed.
-    bool lets(QXmlInputSource const& source)
+    explicit MarkupScan(QString const& text) : m_text(text) {}
+
+    /// "message at line:column", null when there is nothing to refuse.
+    QString refusal() const
     {
-        QXmlSimpleReader reader;
-        // as the DOM sets it up without namespaces
-        reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
-        reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
-        reader.setContentHandler(this);
-        reader.setErrorHandler(this);
-        return reader.parse(source);
+        int depth = 0;
+        for (int at = find('<', 0); at < m_text.size(); at = find('<', at)) {
+            int const start = at;
+            if (skips(at, "<!--", "-->") || skips(at, "<![CDATA[", "]]>") || skips(at, "<?", "?>"))
+                continue;
+            if (skips(at, "</", ">")) {
+                --depth;
+                continue;
+            }
+            bool const isDocumentType = stands("<!DOCTYPE", at);
+            at = tagEnd(at);
+            if (isDocumentType && charAt(at) == '[')
+                return refusalOf("declarations in the document type are not allowed", at);
+            if (isDocumentType)
+                continue;
+            if (depth == MaxNesting)
+                return refusalOf("elements nested too deeply", start);
+            depth += charAt(at - 1) != '/';
+        }
+        return QString();
     }
 
-    bool startElement(QString const&, QString const&, QString const&,
-                      QXmlAttributes const&) override
+private:
+    ushort charAt(int at) const { return at < m_text.size() ? m_text.at(at).unicode() : 0; }
+
+    int find(char character, int from) const
     {
-        return ++m_depth <= MaxNesting;
+        int const at = m_text.indexOf(QLatin1Char(character), from);
+        return at < 0 ? m_text.size() : at;
     }
 
-    bool endElement(QString const&, QString const&, QString const&) override
+    bool stands(char const* head, int at) const
     {
-        --m_depth;
+        return m_text.midRef(at).startsWith(QLatin1String(head));
+    }
+
+    /// Moves behind what begins with `head` and goes to the next `tail`, if it stands here.
+    bool skips(int& at, char const* head, char const* tail) const
+    {
+        if (!stands(head, at))
+            return false;
+        int const end = m_text.indexOf(QLatin1String(tail), at + int(qstrlen(head)));
+        at = end < 0 ? m_text.size() : end + int(qstrlen(tail));
         return true;
     }
 
-    QString errorString() const override { return QStringLiteral("elements nested too deeply"); }
-
-    bool fatalError(QXmlParseException const& exception) override
+    /// The end of a tag, or where the declarations of a document type begin. Neither stands in
+    /// quotes.
+    int tagEnd(int at) const
     {
-        m_error = parseError(exception.message(), exception.lineNumber(), exception.columnNumber());
-        return false;
+        for (; at < m_text.size(); ++at) {
+            ushort const character = m_text.at(at).unicode();
+            if (character == '"' || character == '\'')
+                at = find(char(character), at + 1);
+            else if (character == '>' || character == '[')
+                return at;
+        }
+        return m_text.size();
     }
 
-    /// "message at line:column", null when nothing was wrong.
-    QString error() const { return m_error; }
+    QString refusalOf(char const* what, int at) const
+    {
+        QStringRef const before = m_text.leftRef(at);
+        return parseError(QLatin1String(what), before.count(QLatin1Char('\n')) + 1,
+                          at - before.lastIndexOf(QLatin1Char('\n')));
+    }
 
-private:
-    int m_depth = 0;
-    QString m_error;
+    QString const& m_text;
 };
 
-/// The place of the declarations inside a document type, -1 when there are none. No configuration
-/// has any; the parser recurses into content models, and entities hide elements and cost a lot.
-int declarationsAt(QString const& text)
-{
-    QString const head = QStringLiteral("<!DOCTYPE");
-    for (int at = text.indexOf(head); at >= 0; at = text.indexOf(head, at)) {
-        QChar quote;
-        for (at += head.size(); at < text.size(); ++at) {
-            QChar const c = text.at(at);
-            if (!quote.isNull())
-                quote = c == quote ? QChar() : quote;
-            else if (c == QLatin1Char('"') || c == QLatin1Char('\''))
-                quote = c;
-            else if (c == QLatin1Char('['))
-                return at;
-            else if (c == QLatin1Char('>'))
-                break;
-        }
-    }
-    return -1;
-}
-
-QString declarationsError(QString const& text, int at)
-{
-    QString const before = text.left(at + 1);
-    return parseError(QStringLiteral("declarations in the document type are not allowed"),
-                      before.count(QLatin1Char('\n')) + 1,
-                      at - before.lastIndexOf(QLatin1Char('\n')));
-}
+// QXmlInputSource: the DOM of Qt 5 is built on it
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED
 
 template <typename Text>
 ParsedDocument parse(Text const& text)
 {
-    ParsedDocument parsed;
-    QXmlInputSource source;
+    QXmlInputSource source; // reads bytes in the encoding that they declare
     source.setData(text);
-    Gatekeeper gatekeeper;
+    QString const decoded = source.data();
+    ParsedDocument parsed;
+    parsed.error = MarkupScan(decoded).refusal();
+    if (!parsed.isOk())
+        return parsed;
     QString message;
     int line = 0;
     int column = 0;
-    int const declarations = declarationsAt(source.data());
-    if (declarations >= 0)
-        parsed.error = declarationsError(source.data(), declarations);
-    else if (!gatekeeper.lets(source))
-        parsed.error = gatekeeper.error();
-    else if (!parsed.document.setContent(text, &message, &line, &column))
+    if (!parsed.document.setContent(decoded, &message, &line, &column))
         parsed.error = parseError(message, line, column);
     return parsed;
 }

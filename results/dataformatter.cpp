@@ -5,6 +5,7 @@
 
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -45,14 +46,14 @@ bool isKnown(int type)
     return type >= 0 && type < int(Names.size());
 }
 
-/// `digits` digits of the value's tail, each of `DigitBits` bits, between `margin` places that are
-/// left to the caller. `write` writes the digits of up to 64 bits.
+/// `digits` digits of the value's tail, each of `DigitBits` bits. `write` writes the digits of up
+/// to 64 bits.
 template <int DigitBits, typename Write>
-QString grouped(QBitArray const& bits, qint64 digits, Write write, int margin = 0)
+QString grouped(QBitArray const& bits, qint64 digits, Write write)
 {
     constexpr int PerWord = 64 / DigitBits;
-    QString text(int(digits) + 2 * margin, Qt::Uninitialized);
-    ushort* out = reinterpret_cast<ushort*>(text.data()) + margin;
+    QString text(int(digits), Qt::Uninitialized);
+    ushort* out = reinterpret_cast<ushort*>(text.data());
     qint64 at = bits.size() - digits * DigitBits;
     while (digits > 0) {
         int const count = digits % PerWord ? int(digits % PerWord) : PerWord;
@@ -63,14 +64,21 @@ QString grouped(QBitArray const& bits, qint64 digits, Write write, int margin = 
     return text;
 }
 
-ushort* writeAscii(ushort* out, quint64 value, int characters)
+/// The characters of all bytes, a blank for what is no printable ASCII. A byte is read as it lies
+/// in a vector, its highest bit lowest.
+constexpr std::array<ushort, 256> makeAsciiTable()
 {
-    for (int i = characters - 1; i >= 0; --i) {
-        unsigned const byte = (value >> (8 * i)) & 0xff;
-        *out++ = ushort(byte >= 32 && byte < 127 ? byte : ' ');
+    std::array<ushort, 256> table{};
+    for (unsigned i = 0; i < table.size(); ++i) {
+        unsigned byte = 0;
+        for (unsigned k = 0; k < 8; ++k)
+            byte |= (i >> k & 1) << (7 - k);
+        table[i] = byte >= 32 && byte < 127 ? ushort(byte) : ushort(' ');
     }
-    return out;
+    return table;
 }
+
+constexpr std::array<ushort, 256> AsciiTable = makeAsciiTable();
 
 QString decimalText(qint64 value)
 {
@@ -177,9 +185,17 @@ QString DataFormatter::toHexString(QBitArray const& bits) const
 
 QString DataFormatter::toAsciiString(QBitArray const& bits) const
 {
-    QString text = grouped<8>(bits, (qint64(bits.size()) + 7) / 8, writeAscii, 1);
-    QChar* characters = text.data();
-    characters[0] = characters[text.size() - 1] = QLatin1Char('"');
+    int const count = int((qint64(bits.size()) + 7) / 8);
+    QString text(count + 2, Qt::Uninitialized);
+    ushort* out = reinterpret_cast<ushort*>(text.data());
+    *out++ = '"';
+    qint64 at = bits.size() - qint64(count) * 8;
+    for (int left = count; left > 0; left -= 8, at += 64) {
+        quint64 word = VEK::packedBits(bits, at);
+        for (int k = std::min(8, left); k > 0; --k, word >>= 8)
+            *out++ = AsciiTable[word & 0xff];
+    }
+    *out = '"';
     return text;
 }
 

@@ -14,6 +14,7 @@ __extension__ typedef unsigned __int128 Wide;
 using Limbs = QVarLengthArray<quint64, 72>;
 constexpr quint64 Chunk = 10'000'000'000'000'000'000u;
 constexpr int ChunkDigits = 19;
+constexpr int Lanes = 2; ///< Divisions side by side, as many chunks as come out at a time.
 constexpr quint64 Reciprocal = quint64(~Wide(0) / Chunk - (Wide(1) << 64));
 
 /// Divides high * 2^64 + low by `Chunk` with two multiplications (the division by an invariant
@@ -23,11 +24,11 @@ inline quint64 divideByChunk(quint64& high, quint64 low)
     Wide const estimate = Wide(Reciprocal) * high + ((Wide(high) << 64) | low);
     quint64 quotient = quint64(estimate >> 64) + 1;
     quint64 remainder = low - quotient * Chunk;
-    if (remainder > quint64(estimate)) {
-        --quotient;
-        remainder += Chunk;
-    }
-    if (remainder >= Chunk) {
+    // as good as random, so without a branch
+    quint64 const tooFar = remainder > quint64(estimate);
+    quotient -= tooFar;
+    remainder += Chunk & (0 - tooFar);
+    if (Q_UNLIKELY(remainder >= Chunk)) {
         ++quotient;
         remainder -= Chunk;
     }
@@ -49,14 +50,22 @@ QString decimalOf(Limbs& limbs, QLatin1String prefix)
 {
     Limbs chunks;
     int used = limbs.size();
-    do {
-        quint64 remainder = 0;
+    while (used > 0) {
+        // one division of all limbs after the other would wait for each limb's quotient; so they
+        // go over the limbs side by side, each one dividing what the one before it has made
+        quint64 remainders[Lanes] = {};
+        for (int i = used - 1; i >= 0; --i) {
+            quint64 limb = limbs[i];
+            for (quint64& remainder : remainders)
+                limb = divideByChunk(remainder, limb);
+            limbs[i] = limb;
+        }
+        chunks.append(remainders, Lanes);
         while (used > 0 && !limbs[used - 1])
             --used;
-        for (int i = used - 1; i >= 0; --i)
-            limbs[i] = divideByChunk(remainder, limbs[i]);
-        chunks.append(remainder);
-    } while (used > 1 || (used == 1 && limbs[0]));
+    }
+    while (chunks.size() > 1 && !chunks.last())
+        chunks.removeLast();
 
     quint64 const top = chunks.last();
     int const digits = decimalDigits(top) + ChunkDigits * (chunks.size() - 1);

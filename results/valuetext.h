@@ -2,8 +2,6 @@
 
 #include "model/bits.h"
 
-#include <QtEndian>
-
 #include <algorithm>
 #include <array>
 
@@ -15,11 +13,7 @@ namespace VEK {
 /// Positions outside the vector read as 0.
 inline quint64 numberAt(QBitArray const& bits, qint64 start, int count)
 {
-    quint64 word = packedBits(bits, start, count);
-    word = ((word >> 1) & 0x5555555555555555u) | ((word & 0x5555555555555555u) << 1);
-    word = ((word >> 2) & 0x3333333333333333u) | ((word & 0x3333333333333333u) << 2);
-    word = ((word >> 4) & 0x0f0f0f0f0f0f0f0fu) | ((word & 0x0f0f0f0f0f0f0f0fu) << 4);
-    return qbswap(word) >> (64 - count);
+    return mirrored(packedBits(bits, start, count)) >> (64 - count);
 }
 
 /// For every number of `Digits` digits in a radix of 2 to the power of `DigitBits`, its digits.
@@ -67,7 +61,7 @@ Char* writeBinary(Char* out, quint64 value, int digits)
 template <typename Char>
 Char* writeOctal(Char* out, quint64 value, int digits)
 {
-    return writeDigits<Char, 3, 2>(out, value, digits);
+    return writeDigits<Char, 3, 3>(out, value, digits);
 }
 
 template <typename Char>

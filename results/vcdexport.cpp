@@ -1,5 +1,6 @@
 #include "results/vcdexport.h"
 
+#include "model/bits.h"
 #include "results/outputbuffer.h"
 #include "results/packedtext.h"
 #include "results/valuetext.h"
@@ -7,6 +8,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QtAlgorithms>
 
 #include <algorithm>
 #include <cmath>
@@ -24,10 +26,7 @@ struct Variable
     QByteArray code;
     QByteArray label;
     PackedText samples;
-
-    // For the block of samples at hand:
-    quint64 word = 0;    ///< Samples.
-    quint64 changes = 0; ///< Samples to write.
+    quint64 word = 0; ///< Of the block of samples at hand.
 };
 
 std::vector<Variable> variablesOf(QDomElement const& window)
@@ -123,31 +122,58 @@ void writeComments(OutputBuffer& out, int i, int count, int triggerIndex)
         comment(triggerIndex, "Trigger");
 }
 
-void loadBlock(std::vector<Variable>& variables, int block)
+/// Which variables to write at each sample of a block. They are few of many.
+class Changes
 {
-    int place = 0;
-    for (Variable& variable : variables) {
-        variable.word = variable.samples.word(block);
-        variable.changes = changedSamples(variable.samples, block, place++);
-    }
-}
+public:
+    explicit Changes(std::vector<Variable> const& variables)
+        : m_groups((variables.size() + Block - 1) / Block)
+    {}
 
-void writeChanges(OutputBuffer& out, int i, std::vector<Variable> const& variables)
-{
-    int const bit = i % Block;
-    for (Variable const& variable : variables) {
-        if (!((variable.changes >> bit) & 1))
-            continue;
-        if (!variable.samples.isBinary()) {
-            out.append(QString(variable.samples.at(i)).toUtf8() + variable.code + '\n');
-            continue;
+    /// Takes over the samples of a block, which also go into the variables.
+    void load(std::vector<Variable>& variables, int block)
+    {
+        m_groups.assign(m_groups.size(), Group());
+        for (std::size_t i = 0; i < variables.size(); ++i) {
+            variables[i].word = variables[i].samples.word(block);
+            m_groups[i / Block].changed[i % Block] =
+                changedSamples(variables[i].samples, block, int(i));
         }
-        char* place = out.reserve(variable.code.size() + 2);
-        *place++ = char('0' + ((variable.word >> bit) & 1));
-        place = std::copy(variable.code.begin(), variable.code.end(), place);
-        *place++ = '\n';
-        out.commit(place);
+        for (Group& group : m_groups)
+            transpose(group.changed);
     }
+
+    /// Calls `write` with the place of each variable that changes at sample `bit` of the block.
+    template <typename Write>
+    void forEach(int bit, Write write) const
+    {
+        for (std::size_t i = 0; i < m_groups.size(); ++i) {
+            for (quint64 left = m_groups[i].changed[bit]; left; left &= left - 1)
+                write(i * Block + qCountTrailingZeroBits(left));
+        }
+    }
+
+private:
+    /// First a word of samples for each of 64 variables, then a word of variables for each sample.
+    struct Group
+    {
+        BitBlock changed = {};
+    };
+
+    std::vector<Group> m_groups;
+};
+
+void writeChange(OutputBuffer& out, int i, Variable const& variable)
+{
+    if (!variable.samples.isBinary()) {
+        out.append(QString(variable.samples.at(i)).toUtf8() + variable.code + '\n');
+        return;
+    }
+    char* place = out.reserve(variable.code.size() + 2);
+    *place++ = char('0' + ((variable.word >> (i % Block)) & 1));
+    place = std::copy(variable.code.begin(), variable.code.end(), place);
+    *place++ = '\n';
+    out.commit(place);
 }
 
 } // namespace
@@ -195,14 +221,16 @@ bool exportVCD(QString const& path, QString const& moduleName, QString const& cl
     OutputBuffer out(file);
     writeHeader(out, moduleName, clockName, timeUnit, variables);
     writeStart(out, level, variables);
+    Changes changes(variables);
     int const count = variables.empty() ? 0 : variables.front().samples.size();
     for (int i = 0; i < count && !out.failed(); ++i) {
         if (i % Block == 0)
-            loadBlock(variables, i / Block);
+            changes.load(variables, i / Block);
         writeTime(out, halfStepTime(i, timeStep));
         writeComments(out, i, count, triggerIndex);
         out.append(edgeAway);
-        writeChanges(out, i, variables);
+        changes.forEach(i % Block,
+                        [&](std::size_t place) { writeChange(out, i, variables[place]); });
         writeTime(out, timeStep * (static_cast<unsigned long long>(i) + 1));
         out.append(edgeBack);
     }
