@@ -1,6 +1,7 @@
 #include "acquire/litedatamanager.h"
 #include "model/litefile.h"
-#include "tests/support/scriptedserver.h"
+
+#include "requests.h"
 
 #include <QSocketNotifier>
 #include <QTemporaryDir>
@@ -17,21 +18,13 @@ namespace {
 // a core of three signals: every field has three bits
 const QStringList PollInit{"CMD='WRITE' DATA=011010000000000000010 OPRATE='OP_SELECT_CAPTURE_INIT'",
                            "CMD='READ' OPRATE='OP_READ_CAPTURE_INIT' SIZE=3"};
-const QStringList PollStart{"CMD='WRITE' DATA=011010000000000000000 OPRATE='WRITE_START_REG'",
-                            "CMD='READ' OPRATE='READ_START_REG' SIZE=3"};
+const QStringList PollStart = askStart(3);
 const QString Arm = "CMD='WRITE' DATA=010010000000000000000001 OPRATE='WRITE_START_REG'";
 const QString Stop = "CMD='WRITE' DATA=010010000000000000000000 OPRATE='WRITE_START_REG'";
-const QString Close = "CMD='CLOSE'";
 
 QStringList section(int i, int count, int burst)
 {
-    QString const place = QStringLiteral("SECTION=%1 SECTION_COUNT=%2").arg(i).arg(count);
-    return {QStringLiteral("CMD='WRITE' DATA=00111%1%2 OPRATE='BRUST_READ' %3 WINDOW=0")
-                .arg(i * burst % 65536, 16, 2, QLatin1Char('0'))
-                .arg("000", place),
-            QStringLiteral("CMD='READ' OPRATE='READ_RAM' %1 SIZE=%2 WINDOW=0")
-                .arg(place)
-                .arg(3 * burst + 1)};
+    return askSection(i, count, 0, i * burst % 65536, "000", 3 * burst + 1);
 }
 
 } // namespace
@@ -90,8 +83,8 @@ private slots:
         QCOMPARE(m_server->takeLines(), section(0, 2, 128) + section(1, 2, 128));
 
         // only the tail is cut, and the section that came last stands first
-        answer(first, "1010");
-        answer(last, "0110");
+        answerSection(first, "1010");
+        answerSection(last, "0110");
         QCOMPARE(m_captures.size(), 1);
         QCOMPARE(bit2str(combine(m_captures.first())), QStringLiteral("011101"));
         QTRY_COMPARE(m_ends, QList<int>{0});
@@ -115,19 +108,6 @@ private slots:
         QCOMPARE(m_server->takeLines(), section(0, 1, 1));
     }
 
-    void captureThatIsThereAlready()
-    {
-        load(1);
-        m_manager->startDataTrigger(0);
-        m_manager->forceDataTrigger(); // once too often: still one read only
-        CmdPack const first = m_server->packs.at(1);
-        CmdPack const second = m_server->packs.last();
-        QCOMPARE(m_server->takeLines(), PollInit + PollInit);
-        ScriptedServer::replyData(first, "000");
-        ScriptedServer::replyData(second, "000");
-        QCOMPARE(m_server->takeLines(), section(0, 1, 1));
-    }
-
     void delays()
     {
         load(1);
@@ -146,30 +126,17 @@ private slots:
         QCOMPARE(m_server->takeLines(), PollInit);
     }
 
-    void sections_data()
-    {
-        QTest::addColumn<int>("depth");
-        QTest::addColumn<int>("count");
-        QTest::newRow("0") << 0 << 0;
-        QTest::newRow("1") << 1 << 1;
-        QTest::newRow("127") << 127 << 1;
-        QTest::newRow("128") << 128 << 1;
-        QTest::newRow("129") << 129 << 2;
-        QTest::newRow("1000") << 1000 << 8;
-        QTest::newRow("65536") << 65536 << 512;
-        QTest::newRow("65665") << 65665 << 514;
-    }
-
     void sections()
     {
-        QFETCH(int, depth);
-        QFETCH(int, count);
         m_manager->setStatus(AnalyzerReading);
-        m_manager->readRamData(3, depth);
-        QStringList expected;
-        for (int i = 0; i < count; ++i)
-            expected += section(i, count, std::min(depth, 128));
-        QCOMPARE(m_server->takeLines(), expected);
+        for (int depth : {0, 1, 128, 129, 65665}) {
+            m_manager->readRamData(3, depth);
+            int const count = (depth + 127) / 128;
+            QStringList expected;
+            for (int i = 0; i < count; ++i)
+                expected += section(i, count, std::min(depth, 128));
+            QCOMPARE(m_server->takeLines(), expected);
+        }
     }
 
     /// A socket announces its data by a queued call; the pause delivers that call too.
@@ -180,7 +147,7 @@ private slots:
         QSocketNotifier socket(pipeEnds[0], QSocketNotifier::Read);
         QList<CmdPack> waiting;
         QList<int> unanswered; // when a section is asked for
-        auto const answerNext = [&waiting] { answer(waiting.takeFirst(), "0001"); };
+        auto const answerNext = [&waiting] { answerSection(waiting.takeFirst(), "0001"); };
         connect(&socket, &QSocketNotifier::activated, this, [&] {
             char byte;
             QCOMPARE(read(pipeEnds[0], &byte, 1), ssize_t(1));
@@ -211,8 +178,8 @@ private slots:
             QCOMPARE(m_manager->autoRunCount(), run);
             CmdPack const read = m_server->packs.last();
             m_server->packs.clear();
-            answer(read, "1111");
-            QCOMPARE(m_server->takeLines().size(), 2); // the flag is asked for again
+            answerSection(read, "1111");
+            QCOMPARE(m_server->takeLines(), PollInit); // the flag is asked for again
             m_manager->forceDataTrigger();
         }
         QCOMPARE(m_captures.size(), 2);
@@ -221,55 +188,19 @@ private slots:
         QCOMPARE(m_ends, QList<int>{0});
     }
 
-    void failedOpenAndNoCore()
-    {
-        m_manager->startDataTrigger(0);
-        m_manager->sendTestMsg();
-        m_manager->forceDataTrigger();
-        QVERIFY(m_server->packs.isEmpty());
-        m_manager->initDeviceChain({0});
-        ScriptedServer::reply(m_server->packs.last(), {{"RES", 7}});
-        QCOMPARE(m_ends, (QList<int>{0, 7}));
-    }
-
-    void takesOneCoreOnly()
-    {
-        QTemporaryDir folder;
-        SXCore_Lite a, b;
-        a.index = 4;
-        QString error;
-        QString const one = folder.filePath("one.vek");
-        QString const two = folder.filePath("two.vek");
-        QVERIFY(writeVEKConfigToXml_Lite({&a}, one));
-        QVERIFY(writeVEKConfigToXml_Lite({&a, &b}, two));
-        QVERIFY(m_manager->readVekFile(one, error));
-        QVERIFY(!m_manager->readVekFile(two, error));
-        QVERIFY(!m_manager->readVekFile(folder.filePath("none.vek"), error));
-        QCOMPARE(m_manager->core()->index, 4);
-    }
-
 private:
     void load(int amount)
     {
         SXCore_Lite core;
         core.captureAmount = amount;
-        for (char const* name : {"a", "b", "c"}) {
-            SignalItem item;
-            item.name = name;
-            item.captureEnable = true;
-            core.allSignalList.append(item);
-        }
+        SignalItem item;
+        item.name = "s";
+        item.captureEnable = true;
+        core.allSignalList = {item, item, item};
         QTemporaryDir folder;
         QString error;
         QVERIFY(writeVEKConfigToXml_Lite({&core}, folder.filePath("lite.vek")));
         QVERIFY(m_manager->readVekFile(folder.filePath("lite.vek"), error));
-    }
-
-    static void answer(CmdPack const& request, QString const& bits)
-    {
-        ScriptedServer::reply(request, {{"DATA", str2bit(bits)},
-                                        {"WINDOW", 0},
-                                        {"SECTION_COUNT", request.value("SECTION_COUNT")}});
     }
 
     std::unique_ptr<ScriptedServer> m_server;

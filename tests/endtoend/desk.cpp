@@ -90,7 +90,7 @@ QString Desk::problem(QStringList const& arguments, Outcome const& expected) con
 {
     QProcess process;
     start(process, arguments);
-    if (!process.waitForFinished(60000))
+    if (!process.waitForFinished(30000))
         return "did not end; printed " + QString(process.readAllStandardOutput());
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != expected.status)
         return QString("status %1").arg(process.exitCode());

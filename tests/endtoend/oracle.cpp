@@ -165,7 +165,7 @@ QByteArray csv(QDomElement const& core, Waves const& waves, QVector<int> const& 
 {
     QString groups;
     QStringList titles;
-    QStringList lines = QVector<QString>(rows.size()).toList();
+    QVector<QString> lines(rows.size());
     for (QDomElement entry = core.firstChildElement("SignalList").firstChildElement();
          !entry.isNull(); entry = entry.nextSiblingElement()) {
         if (entry.attribute("capture_enable") == "false")

@@ -62,15 +62,16 @@ private:
                 noise(m_random, 2 + draw(12));
     }
 
-    /// With a port of the same number.
+    /// With a port of its own, numbered from the other end.
     void drawUnit()
     {
         int const index = draw(16);
-        if (core.ports.contains(index))
+        int const port = 15 - index;
+        if (core.ports.contains(port))
             return;
         int const width = 1 + draw(7);
         for (int i = 0; i < width; ++i)
-            core.ports[index] += Setup::entry(waves.keys()[draw(waves.size())]);
+            core.ports[port] += Setup::entry(waves.keys()[draw(waves.size())]);
         int const type = draw(6); // with edges or without, for two, six or eight functions
         int const func = draw(QVector<int>{2, 6, 8}[type / 2]);
         // Mostly "don't care", or wide ports would never match.
@@ -80,7 +81,7 @@ private:
             "match_type='%d' func='%d' value1='%s' counter_enable='%d' counter_width='6' "
             "counter='%d' countinuous='%d'",
             type, func, qPrintable(value("01", width)), chance(35), 1 + draw(40), chance(30));
-        core.units += Setup::unit(index, index, low, more);
+        core.units += Setup::unit(index, port, low, more);
     }
 
     QString value(QString const& alphabet, int width)
@@ -94,7 +95,7 @@ private:
     QString expression(int depth)
     {
         if (depth == 0 || chance(20))
-            return QString("M%1").arg(pick(core.ports.keys().toVector()));
+            return QString("M%1").arg(15 - pick(core.ports.keys().toVector()));
         QString const inner = expression(depth - 1) + "&|^"[draw(3)] + expression(depth - 1);
         // Without parentheses the operators' own order decides.
         return chance(25) ? inner : (chance(30) ? "!(" : "(") + inner + ')';

@@ -31,16 +31,10 @@ private slots:
     /// Two cores with two windows each, the first of them in two sections: many replies.
     void initTestCase()
     {
-        Setup::Core core;
-        core.amount = 256;
-        core.position = 20;
-        core.windows = 2;
-        core.entries = core.ports[0] = Setup::entry("count", 10);
-        core.units = Setup::unit(0, 0, "XXX1000000");
-        Setup::Core other = core;
-        other.amount = 64;
-        other.dynamic = true;
-        m_vek = Setup::vek({core, other});
+        QString const count = Setup::entry("count", 10);
+        QString const unit = Setup::unit(0, 0, "XXX1000000");
+        m_vek = Setup::vek({{256, 20, 2, false, false, count, {{0, count}}, unit},
+                            {64, 20, 2, true, false, count, {{0, count}}, unit}});
     }
 
     /// The bench that the row tells, and the setup under other names and with changes.

@@ -13,6 +13,24 @@ QStringList tokens(QString const& text)
     return text.split(' ', Qt::SkipEmptyParts);
 }
 
+/// The table of an expression, one evaluation a row.
+QString tableRowByRow(QString const& expression)
+{
+    QByteArray const infix = changeExpItem(expression).toLatin1();
+    QByteArray postfix(infix.size() + 1, 'z');
+    translet(infix.constData(), postfix.data());
+    char letters[27];
+    getOperand(postfix.constData(), letters);
+    sort(letters);
+    int const count = int(qstrlen(letters));
+    QString table;
+    for (int i = 0; i < std::min(1 << count, MaxTruthTable); ++i) {
+        QString const values = QString::number(i, 2).rightJustified(count, '0');
+        table += calcuate(postfix.constData(), letters, count ? qPrintable(values) : "");
+    }
+    return table;
+}
+
 } // namespace
 
 class tst_Expression : public QObject
@@ -29,6 +47,7 @@ private slots:
     void truthTables_data();
     void truthTables();
     void tablesLikeTheEvaluator();
+    void tablesRowByRow();
 };
 
 void tst_Expression::bracketErrors()
@@ -209,6 +228,33 @@ void tst_Expression::tablesLikeTheEvaluator()
         QString spaced = expression;
         QVERIFY2(isOk(tokens(spaced.replace(QRegExp("(M\\d+|\\W)"), "\\1 "))),
                  qPrintable(expression));
+    }
+}
+
+void tst_Expression::tablesRowByRow()
+{
+    randomcore::Draw draw(78);
+    for (int round = 0; round < 3000; ++round) {
+        // up to and beyond the lengths at which the bounds of the loops show
+        QString expression = oracle::randomExpression(
+            draw, {draw.below(16), draw.below(16), draw.below(16)}, 3 + round % 3);
+        for (int i = draw.chance(20) ? draw.below(4) : 0; i > 0; --i)
+            expression.insert(draw.below(expression.size()), draw.oneOf("01 ()!&|x~\u00ffBC"));
+        QVERIFY2(logicTruthTable(expression) == tableRowByRow(expression), qPrintable(expression));
+    }
+    for (char const* expression : {"M0^M1^M2^M3^M4^M5^M6^M7^M8^M9^M10^M11^M12^M13^M14^M15",
+                                   "A^B^C^D^E^F^G^H^I^J^K^L^M^N^O^P^Q", "0|A", "1&A", "Z", "01|"})
+        QVERIFY2(logicTruthTable(expression) == tableRowByRow(expression), expression);
+    for (char const op : QByteArray("&|^")) { // each length, over all borders
+        QByteArray chain = "M0", turned = "!M0", nested = "M0";
+        for (int i = 0; i < 70; ++i) {
+            QByteArray const unit = "M" + QByteArray::number(i % 3);
+            chain = chain + op + unit;
+            turned = turned + op + unit;
+            nested = unit + op + '(' + nested + ')';
+            for (QByteArray const& text : {chain, turned, nested})
+                QVERIFY2(logicTruthTable(text) == tableRowByRow(text), text);
+        }
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "windows.h"
 
-#include <QLoggingCategory>
 #include <QtTest>
 
 #include <limits>
@@ -68,23 +67,21 @@ private slots:
     void format() { compareTexts(); }
     void widths();
     void helpers();
-    void hexDebugLines();
-    void realTypes();
 };
 
 void TestDataFormatter::names()
 {
-    QCOMPARE(DataFormat::typeDescription(DataFormat::UnsignedBarChart), "Unsigend Bar Chart");
-    QCOMPARE(DataFormat::stringFromType(DataFormat::UnsignedBarChart), "Unsigned Bar Chart");
     for (int i = -1; i < 14; ++i) {
         auto const type = DataFormat::Type(i);
         QString const key = DataFormat::stringFromType(type);
         QCOMPARE(key.isEmpty(), i < 0 || i > 11);
         QCOMPARE(DataFormat::typeFromString(key), key.isEmpty() ? DataFormat::Hexadecimal : type);
-        QCOMPARE(DataFormat::typeDescription(type).isEmpty(), i < 0 || i > 12);
     }
-    for (char const* key : {"0", "4", "Binary", "HEX", "binary ", "Row Height Setting"})
-        QCOMPARE(DataFormat::typeFromString(key), DataFormat::Hexadecimal);
+    QCOMPARE(DataFormat::stringFromType(DataFormat::UnsignedBarChart), "Unsigned Bar Chart");
+    QCOMPARE(DataFormat::typeDescription(DataFormat::UnsignedBarChart), "Unsigend Bar Chart");
+    QCOMPARE(DataFormat::typeFromString("Binary"), DataFormat::Hexadecimal);
+    QCOMPARE(int(RealType::FixedFloatingtypeFromString("double")), 1);
+    QVERIFY(RealType().equal({0, 2, 0, 11, 53})); // The widths are not compared.
 }
 
 void TestDataFormatter::format_data()
@@ -100,7 +97,7 @@ void TestDataFormatter::format_data()
     auto const real = [&add](RealType const& real, int size, Rows rows) {
         add(7, size, rows, real);
     };
-    for (int type = -1; type < 14; ++type) {
+    for (int type : {-1, 0, 11, 12}) {
         add(type, 0, {{"", "0"}});
         add(type, 1, {{"0", "0"}, {"1", "1"}});
     }
@@ -116,7 +113,6 @@ void TestDataFormatter::format_data()
     QString const tricky =
         QString::number(9999999999999999632u, 2) + QString::number(18401819125114994688u, 2);
     add(3, 128, {{tricky, "184467440737095509390000000000000000000"}});
-    add(4, 5, {{"10011", "13"}});
     add(4, 20, {{"00001010101111001101", "0ABCD"}});
     add(5, 15, {{"100000101111110", "\"A~\""}, {"100000101111111", "\"A \""}});
     add(6, 4, {{"1000", "0"}, {"1011", "-3"}});
@@ -162,7 +158,7 @@ void TestDataFormatter::widths()
 {
     std::mt19937 random{1};
     QStringList values;
-    for (int size : {2, 3, 5, 8, 9, 31, 32, 33, 53, 54, 63, 64, 65, 66, 127, 128, 129, 500}) {
+    for (int size : {2, 3, 8, 9, 31, 32, 33, 53, 54, 63, 64, 65, 128, 129, 500}) {
         QString const zeros(size - 1, '0');
         QString const ones(size - 1, '1');
         values += {"0" + zeros, "1" + ones, "1" + zeros, "0" + ones, zeros + "1"};
@@ -197,28 +193,12 @@ void TestDataFormatter::widths()
 void TestDataFormatter::helpers()
 {
     DataFormatter const formatter(DataFormat::Hexadecimal);
-    QCOMPARE(formatter.rowHeight(), 90);
-    QCOMPARE(formatter.sumStringValues("0", "0"), "0");
     QCOMPARE(formatter.sumStringValues("999", "1"), "1000");
-    QCOMPARE(formatter.sumStringValues("", "007"), "007");
     QCOMPARE(formatter.sumStringValues("x9z", "1"), "091");
     QCOMPARE(formatter.shiftLeftString("3", 54), "54043195528445952");
 
-    unsigned char bytes[3] = {9, 9, 9};
-    formatter.changeBitToByte(bytes, 3, bitsOf("1000000001"));
-    QCOMPARE(QByteArray(reinterpret_cast<char*>(bytes), 3), QByteArray("\0\2\1", 3));
-
-    QMap<QString, int> const judged{{"", -1}, {"0", 0}, {"111111111", 1}, {"111111110", -1}};
-    for (QString const& text : judged.keys()) {
-        QBitArray bits = bitsOf(text);
-        QCOMPARE(formatter.judge0or1(bits), judged[text]);
-    }
-
-    QMap<QString, QString> const kept{{"", ""},
-                                      {"12345.12345", "12345.12345"},
-                                      {"12345.123456", "12345.12345"},
+    QMap<QString, QString> const kept{{"12345.123456", "12345.12345"},
                                       {"1234567890.5", "1234567890.0"},
-                                      {"1.40129846e-45", "1.40129846e"},
                                       {"1.401298464e-45", "1.401298464"}};
     for (QString text : kept.keys())
         QCOMPARE(formatter.toRetainPoint(text), kept[text]);
@@ -227,47 +207,10 @@ void TestDataFormatter::helpers()
     QCOMPARE(formatter.toDec(bitsOf(QString(1002, '0') + "1" + QString(53, '0'))),
              9007199254740992.0);
 
-    QBitArray const none;
-    QCOMPARE(formatter.toBinString(none) + formatter.toHexString(none), QString());
-    QCOMPARE(formatter.toAsciiString(none), "\"\"");
+    QBitArray const none; // Which format() never hands on.
+    QCOMPARE(formatter.toHexString(none) + formatter.toAsciiString(none), "\"\"");
     QCOMPARE(formatter.toSignedString(none) + formatter.toSignedMagnitudeString(none), "00");
-    QCOMPARE(formatter.toMinusSigned54AndMoreString(bitsOf("1")), "-1");
     QCOMPARE(formatter.toSignedReal(none) + formatter.toCustomReal(none), "0.0NA");
-}
-
-void TestDataFormatter::hexDebugLines()
-{
-    static QStringList messages;
-    QtMessageHandler const before =
-        qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const& message) {
-            messages.append(message);
-        });
-    formatted(4, "10011");
-    messages.append("on");
-    QLoggingCategory::setFilterRules("vek.results.formatter.debug=true");
-    formatted(4, "10011");
-    QLoggingCategory::setFilterRules("");
-    qInstallMessageHandler(before);
-    QCOMPARE(messages, QStringList({"on", "10011", "00010011"}));
-}
-
-void TestDataFormatter::realTypes()
-{
-    QStringList const keys{"single", "double", "signed", "unsigned", ""};
-    for (int type = 0; type < keys.size(); ++type) {
-        QCOMPARE(RealType::stringFromFixedFloatingType(type), keys.at(type));
-        QCOMPARE(int(RealType::FixedFloatingtypeFromString(keys.at(type))), type < 4 ? type : 2);
-    }
-    QCOMPARE(RealType::stringFromFixedFloatingType(-1), "");
-
-    RealType const fixed;
-    RealType const floating{1, 0};
-    QVERIFY(fixed.equal({0, 2, 0, 11, 53})); // The widths are not compared.
-    QVERIFY(!fixed.equal({0, 2, 3}) && !fixed.equal({0, 3}) && !fixed.equal({1, 2}));
-    QVERIFY(floating.equal({1, 0, 3}) && !floating.equal({1, 1}));
-    RealType other{1, 1, 1, 1, 1};
-    other.initial();
-    QVERIFY(fixed.equal(other) && other.exponentWidth == 8 && other.fractionWidth == 24);
 }
 
 QTEST_GUILESS_MAIN(TestDataFormatter)

@@ -43,7 +43,6 @@ void TestPrnExport::texts_data()
     char const* const none = "time unit: us\t";
     char const* const first = "time unit: us\tT\n0\t0 \n1\t2 \n2\t1 \n";
     char const* const second = "time unit: us\tU\n0\t00 \n1\t01 \n2\t10 \n";
-    char const* const both = "time unit: us\tT\tU\n0\t0\t00 \n1\t2\t01 \n2\t1\t10 \n";
 
     addTextColumns();
     row("mode 0", prn(window, 0),
@@ -54,24 +53,16 @@ void TestPrnExport::texts_data()
     row("plain signal, largest step", prn(plain, 1, std::numeric_limits<unsigned>::max()),
         "time unit: us\t/a\n0\t1 \n4294967295\t0 \n");
     row("mode 2", prn(window, 2), none);
-    row("mode -1", prn(window, -1), none);
-    row("no columns", prn("", 0), none);
-    row("first column without samples", prn(windowXml("", busXml("b", "", "", "")), 0),
-        "time unit: us\tb\n");
     row("unequal lengths, other characters, UTF-8",
         prn(windowXml(signalXml("0", "a", "é水", "1é0") + signalXml("1", "b", "", "1"),
                       nodeXml("0") + nodeXml("1", "б")),
             0),
         "time unit: us\t/é水\t/б\n0\t1\t1 \n1\té\t \n2\t0\t \n");
-    row("both buses", prn(window, Selection{0, 1}), both);
-    row("second", prn(window, Selection{1}), second);
     row("beyond the last", prn(window, Selection{1, 2, 9}), second);
     row("unsorted: what stands before the cursor is never met", prn(window, Selection{1, 0}),
         second);
     row("duplicate: the cursor stays on it", prn(window, Selection{0, 0, 1}), first);
     row("negative: the cursor stays on it", prn(window, Selection{-1, 0}), none);
-    row("nothing selected", prn(window, Selection{}), none);
-    row("no buses", prn(plain, Selection{0}), none);
 }
 
 void TestPrnExport::badPaths()

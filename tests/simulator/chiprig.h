@@ -1,9 +1,7 @@
 #pragma once
 
+#include "bittext.h"
 #include "simulator/standardchip.h"
-
-#include <QByteArray>
-#include <QList>
 
 /// A chip with one core, spoken to in words that are put together here from the bit layout, and
 /// read back as text. Texts hold one '0' or '1' a bit, first on the wire first.
@@ -103,44 +101,7 @@ public:
         return result;
     }
 
-    static QByteArray number(quint64 value, int size)
-    {
-        QByteArray text(size, '0');
-        for (int i = size - 1; i >= 0; --i, value >>= 1)
-            text[i] = char('0' + (value & 1));
-        return text;
-    }
-
 private:
-    static QBitArray bits(QByteArray const& text)
-    {
-        QBitArray result(text.size());
-        for (int i = 0; i < text.size(); ++i)
-            result.setBit(i, text.at(i) == '1');
-        return result;
-    }
-    static QByteArray text(QBitArray const& bits)
-    {
-        QByteArray result;
-        for (int i = 0; i < bits.size(); ++i)
-            result += char('0' + bits.testBit(i));
-        return result;
-    }
-    static VEK::Simulator::SampleTable table(QByteArrayList const& rows)
-    {
-        using VEK::Simulator::SampleTable;
-        SampleTable result(rows.first().size());
-        for (QByteArray const& row : rows) {
-            std::vector<quint64> words(std::size_t(result.wordsPerRow()));
-            for (int i = 0; i < row.size(); ++i) {
-                if (row.at(i) == '1')
-                    words[std::size_t(i / 64)] |= SampleTable::bitOf(i);
-            }
-            result.append(words.data());
-        }
-        return result;
-    }
-
     VEK::Simulator::BuiltCore m_core;
     VEK::Simulator::StandardChip m_chip;
 };

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QBitArray>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "bittext.h"
 #include "jtag/protocol.h"
 
 /// Files of a desk in a folder of their own, and requests to what serves it.
@@ -22,9 +22,8 @@ public:
     }
 
     /// A static core of index 0 with the data signals d[1] and d[0], unit M0 over both, depth 16.
-    static QByteArray
-    vek(QByteArray const& attributes = "sample_clock=\"clk\" storage_depth=\"16\"",
-        QByteArray const& expressions = "<Expression>M0</Expression>")
+    static QByteArray vek(QByteArray const& attributes = R"(sample_clock="clk" storage_depth="16")",
+                          QByteArray const& expression = "M0")
     {
         QByteArray const list = "<SignalList><Signal>d[1]</Signal><Signal>d[0]</Signal>"
                                 "</SignalList>";
@@ -33,10 +32,8 @@ public:
                attributes + ">" + list + "<Triggers><Trigger index=\"3\">" + list +
                "</Trigger></Triggers><MatchUnits>"
                "<MatchUnit index=\"0\" enabled=\"1\" trigger=\"3\"/></MatchUnits>"
-               "<Expressions type=\"Static\">" +
-               expressions +
-               "</Expressions></SxCore>"
-               "</VEK_CONFIG>";
+               "<Expressions type=\"Static\"><Expression>" +
+               expression + "</Expression></Expressions></SxCore></VEK_CONFIG>";
     }
 
     /// At the edges of tb.clk d counts up from 1, other counts down from 3.
@@ -52,16 +49,13 @@ public:
     }
 
     static CmdPack request(QString const& command, QString const& operation = QString(),
-                           QByteArray const& bits = QByteArray(), int size = -1)
+                           QByteArray const& data = QByteArray(), int size = -1)
     {
         CmdPack pack{{"CMD", command}};
         if (!operation.isEmpty())
             pack.insert("OPRATE", operation);
-        QBitArray data(bits.size());
-        for (int i = 0; i < bits.size(); ++i)
-            data.setBit(i, bits.at(i) == '1');
-        if (!bits.isEmpty())
-            pack.insert("DATA", data);
+        if (!data.isEmpty())
+            pack.insert("DATA", bits(data));
         if (size >= 0)
             pack.insert("SIZE", size);
         return pack;
@@ -71,24 +65,13 @@ public:
     /// last request is the only one with a reply.
     static QList<CmdPack> capture()
     {
-        QByteArrayList words{"10000"};
-        auto const add = [&words](int address, int value) {
-            words.append("01001" + QByteArray::number(address, 2).rightJustified(16, '0') +
-                         QByteArray::number(value, 2).rightJustified(16, '0'));
-        };
-        for (auto const& word : {std::pair<int, int>(32, 0),
-                                 {33, 7},
-                                 {34, 5},
-                                 {35, 0},
-                                 {256, 3},
-                                 {257, 3},
-                                 {258, 0},
-                                 {259, 0},
-                                 {0, 1}})
-            add(word.first, word.second);
-        QList<CmdPack> requests;
-        for (QByteArray const& word : words)
-            requests.append(request("WRITE", "WRITE_REGISTOR", word));
+        int const registers[][2] = {{32, 0},  {33, 7},  {34, 5},  {35, 0}, {256, 3},
+                                    {257, 3}, {258, 0}, {259, 0}, {0, 1}};
+        QList<CmdPack> requests{request("WRITE", "WRITE_REGISTOR", "10000")};
+        for (auto const& row : registers)
+            requests.append(
+                request("WRITE", "WRITE_REGISTOR",
+                        "01001" + number(unsigned(row[0]), 16) + number(unsigned(row[1]), 16)));
         requests.append(request("WRITE", "BRUST_READ", "00111" + QByteArray(28, '0') + "1000"));
         CmdPack read = request("READ", "READ_RAM", QByteArray(), 33 + 8 * 16);
         read.insert("SECTION_COUNT", 1);

@@ -3,11 +3,9 @@
 #include "jtag/frame.h"
 
 #include <QElapsedTimer>
-#include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QSignalSpy>
-#include <QTcpSocket>
 
 #include <csignal>
 
@@ -117,263 +115,126 @@ class TestScanbridge : public QObject
     Q_OBJECT
 
 private slots:
-    void sockets_data();
-    void sockets();
-    void tcp();
-    void badArguments();
-    void brokenBench();
-    void listensBeforeItLoads();
-    void clients();
-    void sameBytes();
-    void hostileFrames();
-    void takenSocket();
-    void endsWithItsParent();
-    void endsWithoutParent();
-    void lateReplies();
-    void cutReplies();
-    void heldReplies();
-    void endings();
-};
-
-void TestScanbridge::sockets_data()
-{
-    QTest::addColumn<QString>("socket");
-    QTest::newRow("scanbridge") << "vek1";
-    QTest::newRow("scanbridge_lpt") << "vek";
-    QTest::newRow("scanbridge_7qz") << "vek7qz";
-}
-
-void TestScanbridge::sockets()
-{
-    QFETCH(QString, socket);
-    Program program;
-    program.start({Local}, QTest::currentDataTag());
-    Client client(program, socket);
-    QCOMPARE(client.open(), QVariant(-20));
-    QCOMPARE(program.process.readAllStandardError(), QByteArray());
-}
-
-void TestScanbridge::tcp()
-{
-    Program program;
-    program.start({});
-    CmdPack pack;
-    for (int i = 0; i < 50 && pack.isEmpty(); ++i) {
-        if (program.process.waitForFinished(50))
-            QSKIP("the port is taken on this machine");
-        QTcpSocket socket;
-        socket.connectToHost("127.0.0.1", 36547);
-        socket.write(frameFromPack(DeskFiles::request("OPEN")));
-        quint32 blockSize = 0;
-        while (takeFrame(socket, blockSize, pack) != FrameState::Complete) {
-            if (!socket.waitForReadyRead(500))
-                break; // not there yet, or the server of another run
+    void sockets()
+    {
+        char const* const rows[][2] = {
+            {"scanbridge", "vek1"}, {"scanbridge_lpt", "vek"}, {"scanbridge_7qz", "vek7qz"}};
+        for (auto const& row : rows) {
+            Program program;
+            program.start({Local}, row[0]);
+            Client client(program, row[1]);
+            QCOMPARE(client.open(), QVariant(-20));
+            QCOMPARE(program.process.readAllStandardError(), QByteArray());
         }
     }
-    QCOMPARE(pack, (CmdPack{{"RES", -20}}));
-}
 
-void TestScanbridge::badArguments()
-{
-    for (QStringList const& line : {QStringList{"scanbridge_lpt"},
-                                    {"scanbridge_7qz"},
-                                    {"scanbridge", "-local", "x"},
-                                    {"scanbridge", "-remote"}}) {
+    void listensBeforeItLoads()
+    {
         Program program;
-        program.start(line.mid(1), line.first());
+        QByteArray const pipe = program.files.path("s.vcd").toLocal8Bit();
+        QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+        program.files.write("d.vek", DeskFiles::vek());
+        program.files.write("bench.json",
+                            R"({"device": "D", "design": "d.vek", "stimulus": {"vcd": "s.vcd"}})");
+        program.start();
+        Client client(program);
+        client.send(DeskFiles::request("OPEN"));
+        QCOMPARE(client.reply(100), CmdPack());
+        program.files.write("s.vcd", DeskFiles::vcd(50));
+        QCOMPARE(client.reply(), (CmdPack{{"RES", 0}}));
+        QCOMPARE(client.capture(), QByteArray("30123012"));
+    }
+
+    void hostileFrames()
+    {
+        Program program;
+        program.start();
+        Client client(program);
+        client.socket.write(QByteArray("\0\0\0\4\xff\xff\xff\xff", 8)); // no message
+        QByteArray const frame = frameFromPack(DeskFiles::request("OPEN"));
+        client.socket.write(frame + frame.left(9)); // one and a half
+        QCOMPARE(client.reply().value("RES"), QVariant(-20));
+        client.socket.write(frame.mid(9));
+        QCOMPARE(client.reply().value("RES"), QVariant(-20));
+        client.socket.write(QByteArray(8, '\xff')); // a length beyond reason
+        QVERIFY(client.socket.waitForDisconnected(5000));
+        Client next(program);
+        QCOMPARE(next.open(), QVariant(-20));
+    }
+
+    /// What a killed server left is replaced; what lives is not.
+    void takenSocket()
+    {
+        Program program;
+        program.start();
+        Client client(program);
+        program.process.kill();
+        QVERIFY(program.process.waitForFinished());
+        QVERIFY(QFile::exists(program.files.path("vek1")));
+        program.start();
+        client.socket.abort();
+        QVERIFY(client.connectTo(program));
+        QCOMPARE(client.open(), QVariant(-20));
+
+        QProcess rival;
+        rival.setProcessEnvironment(program.process.processEnvironment());
+        rival.start(Program::path("scanbridge"), {Local});
+        QVERIFY(rival.waitForFinished(5000));
+        QCOMPARE(rival.exitCode(), 1);
+        QCOMPARE(client.open(), QVariant(-20));
+    }
+
+    void endsWithItsParent()
+    {
+        Program shell;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TMPDIR", shell.files.path(""));
+        shell.process.setProcessEnvironment(environment);
+        shell.process.start("sh",
+                            {"-c", "\"$0\" -local & echo $!; wait", Program::path("scanbridge")});
+        Client client(shell);
+        QTRY_VERIFY(shell.process.canReadLine());
+        QString const server = "/proc/" + shell.process.readLine().trimmed() + "/exe";
+        QVERIFY(QFile::symLinkTarget(server).endsWith("/scanbridge"));
+        shell.process.kill();
+        QTRY_COMPARE(QFile::symLinkTarget(server), QString());
+    }
+
+    void faultsOfReplies()
+    {
+        Program late(R"("faults": {"delay": 300, "byte_by_byte": true, "silent_from": 2})");
+        Client client(late);
+        QElapsedTimer clock;
+        clock.start();
+        QSignalSpy pieces(&client.socket, &QLocalSocket::readyRead);
+        QCOMPARE(client.open(), QVariant(0));
+        QVERIFY(clock.elapsed() >= 300 && pieces.size() > 10);
+        client.send(DeskFiles::request("OPEN"));
+        QCOMPARE(client.reply(600), CmdPack());
+        QCOMPARE(client.socket.state(), QLocalSocket::ConnectedState);
+
+        Program held(R"("faults": {"together": 2})");
+        Client pair(held);
+        pair.send(DeskFiles::request("QUERY"));
+        QCOMPARE(pair.reply(200), CmdPack());
+        pair.send(DeskFiles::request("OPEN"));
+        QVERIFY(pair.reply().contains("CABLES"));
+        QCOMPARE(pair.reply(0).value("RES"), QVariant(0)); // has come with it
+    }
+
+    void faultsThatEnd()
+    {
+        Program program(R"("faults": {"close_after": 2, "die_after": 4})");
+        Client client(program);
+        QVERIFY(client.open() == 0 && client.open() == 0);
+        QTRY_COMPARE(client.socket.state(), QLocalSocket::UnconnectedState);
+        QVERIFY(client.connectTo(program));
+        QCOMPARE(client.open(), QVariant(0));
+        client.send(DeskFiles::request("OPEN"));
         QVERIFY(program.process.waitForFinished(5000));
         QCOMPARE(program.process.exitCode(), 1);
-        QVERIFY(program.process.readAllStandardError().contains("usage: "));
     }
-}
-
-void TestScanbridge::brokenBench()
-{
-    Program program;
-    program.files.write("bench.json", "{\"desk\": 1}");
-    program.start();
-    Client client(program);
-    QCOMPARE(client.open(), QVariant(-100));
-    program.process.setReadChannel(QProcess::StandardError);
-    QTRY_VERIFY(program.process.canReadLine());
-    QVERIFY(program.process.readLine().contains("there is no \"desk\" here"));
-}
-
-void TestScanbridge::listensBeforeItLoads()
-{
-    Program program;
-    QByteArray const pipe = program.files.path("s.vcd").toLocal8Bit();
-    QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
-    program.files.write("d.vek", DeskFiles::vek());
-    program.files.write("bench.json",
-                        R"({"device": "D", "design": "d.vek", "stimulus": {"vcd": "s.vcd"}})");
-    program.start();
-    Client client(program);
-    client.send(DeskFiles::request("OPEN"));
-    QCOMPARE(client.reply(100), CmdPack());
-    program.files.write("s.vcd", DeskFiles::vcd(50));
-    QCOMPARE(client.reply(), (CmdPack{{"RES", 0}}));
-    QCOMPARE(client.capture(), QByteArray("30123012"));
-}
-
-/// Clients share the desk, at once and one after the other.
-void TestScanbridge::clients()
-{
-    Program program(R"("stimulus": {"pattern": "counter"})");
-    Client second(program);
-    {
-        Client first(program);
-        QCOMPARE(first.open(), QVariant(0));
-        QCOMPARE(second.capture(), QByteArray("30123012"));
-    }
-    second.send(DeskFiles::capture().last()); // a lost connection changes nothing
-    QCOMPARE(DeskFiles::values(second.reply()), QByteArray("30123012"));
-    second.socket.abort();
-    Client third(program);
-    third.send(DeskFiles::request("CLOSE"));
-    third.send(DeskFiles::capture().last());
-    QCOMPARE(third.open(), QVariant(0)); // the only reply
-}
-
-void TestScanbridge::sameBytes()
-{
-    QByteArrayList captures;
-    for (int seed : {7, 7, 8}) {
-        Program program(R"("stimulus": {"pattern": "lfsr", "seed": )" + QByteArray::number(seed) +
-                        "}");
-        Client client(program);
-        QCOMPARE(client.open(), QVariant(0));
-        captures.append(client.capture());
-    }
-    QCOMPARE(captures.at(0).size(), 8);
-    QCOMPARE(captures.at(0), captures.at(1));
-    QVERIFY(captures.at(0) != captures.at(2));
-}
-
-void TestScanbridge::hostileFrames()
-{
-    Program program;
-    program.start();
-    Client client(program);
-    client.socket.write(QByteArray("\0\0\0\4\xff\xff\xff\xff", 8)); // no message
-    QByteArray const frame = frameFromPack(DeskFiles::request("OPEN"));
-    client.socket.write(frame + frame.left(9)); // one and a half
-    QCOMPARE(client.reply().value("RES"), QVariant(-20));
-    client.socket.write(frame.mid(9));
-    QCOMPARE(client.reply().value("RES"), QVariant(-20));
-    client.socket.write(QByteArray(8, '\xff')); // a length beyond reason
-    QVERIFY(client.socket.waitForDisconnected(5000));
-    Client next(program);
-    QCOMPARE(next.open(), QVariant(-20));
-}
-
-/// What a killed server left is replaced; what lives, or is no socket, is not.
-void TestScanbridge::takenSocket()
-{
-    Program killed;
-    killed.start();
-    Client client(killed);
-    killed.process.kill();
-    QVERIFY(killed.process.waitForFinished());
-    QVERIFY(QFile::exists(killed.files.path("vek1")));
-    killed.start();
-    client.socket.abort();
-    QVERIFY(client.connectTo(killed));
-    QCOMPARE(client.open(), QVariant(-20));
-
-    QProcess rival;
-    rival.setProcessEnvironment(killed.process.processEnvironment());
-    rival.start(Program::path("scanbridge"), {Local});
-    QVERIFY(rival.waitForFinished(5000));
-    QCOMPARE(rival.exitCode(), 1);
-    QCOMPARE(client.open(), QVariant(-20));
-
-    Program blocked;
-    blocked.files.write("vek1", "mine");
-    blocked.start();
-    QVERIFY(blocked.process.waitForFinished(5000));
-    QCOMPARE(blocked.process.exitCode(), 1);
-    QCOMPARE(QFileInfo(blocked.files.path("vek1")).size(), 4);
-}
-
-void TestScanbridge::endsWithItsParent()
-{
-    Program shell;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TMPDIR", shell.files.path(""));
-    shell.process.setProcessEnvironment(environment);
-    shell.process.start("sh", {"-c", "\"$0\" -local & echo $!; wait", Program::path("scanbridge")});
-    Client client(shell);
-    QTRY_VERIFY(shell.process.canReadLine());
-    QString const server = "/proc/" + shell.process.readLine().trimmed() + "/exe";
-    QVERIFY(QFile::symLinkTarget(server).endsWith("/scanbridge"));
-    shell.process.kill();
-    QTRY_COMPARE(QFile::symLinkTarget(server), QString());
-}
-
-/// A server whose parent went before it could look sees that nobody is at its pipes.
-void TestScanbridge::endsWithoutParent()
-{
-    QProcess shell;
-    shell.start(
-        "sh", {"-c", "true | (sleep 0.2; exec \"$0\" -local) | true", Program::path("scanbridge")});
-    QVERIFY(shell.waitForFinished(10000));
-}
-
-void TestScanbridge::lateReplies()
-{
-    Program program(R"("faults": {"delay": 300, "silent_from": 3})");
-    Client client(program);
-    QElapsedTimer clock;
-    clock.start();
-    client.send(DeskFiles::request("QUERY"));
-    QVERIFY(client.open().isValid() && client.reply().contains("RES"));
-    QVERIFY(clock.elapsed() >= 300);
-    client.send(DeskFiles::request("OPEN"));
-    QCOMPARE(client.reply(600), CmdPack());
-    QCOMPARE(client.socket.state(), QLocalSocket::ConnectedState);
-}
-
-void TestScanbridge::cutReplies()
-{
-    Program program(R"("faults": {"byte_by_byte": true})");
-    Client client(program);
-    QSignalSpy pieces(&client.socket, &QLocalSocket::readyRead);
-    QCOMPARE(client.open(), QVariant(0));
-    QCOMPARE(client.capture(), QByteArray("30123012"));
-    QVERIFY(pieces.size() > 10);
-}
-
-void TestScanbridge::heldReplies()
-{
-    Program program(R"("faults": {"together": 2})");
-    Client client(program);
-    client.send(DeskFiles::request("QUERY"));
-    QCOMPARE(client.reply(200), CmdPack());
-    client.send(DeskFiles::request("OPEN"));
-    QVERIFY(client.reply().contains("CABLES"));
-    QCOMPARE(client.reply(0).value("RES"), QVariant(0)); // has come with it
-    client.send(DeskFiles::request("OPEN"));
-    QVERIFY(!client.reply().isEmpty()); // alone, but in the end
-}
-
-void TestScanbridge::endings()
-{
-    Program program(R"("faults": {"close_after": 2, "die_after": 4})");
-    Client client(program);
-    QVERIFY(client.open() == 0 && client.open() == 0);
-    QTRY_COMPARE(client.socket.state(), QLocalSocket::UnconnectedState);
-    QVERIFY(client.connectTo(program));
-    QCOMPARE(client.open(), QVariant(0));
-    QCOMPARE(program.process.state(), QProcess::Running);
-    client.send(DeskFiles::request("OPEN"));
-    QVERIFY(program.process.waitForFinished(5000));
-    QCOMPARE(program.process.exitCode(), 1);
-
-    Program deaf(R"("faults": {"never_listen": true})");
-    QVERIFY(!deaf.process.waitForFinished(500));
-    QVERIFY(!QFile::exists(deaf.files.path("vek1")));
-}
+};
 
 QTEST_GUILESS_MAIN(TestScanbridge)
 #include "tst_scanbridge.moc"
