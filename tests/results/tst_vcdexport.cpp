@@ -32,6 +32,20 @@ QString dump(QString const& signalElements, bool level, unsigned long long step,
         .section("$enddefinitions\n$end\n", 1);
 }
 
+/// For one code the changes of a dump with step 2, as "sample:value".
+QStringList changes(QString const& text, QChar code)
+{
+    QStringList found;
+    QString time;
+    for (QString const& line : text.section("$end\n", 1).split('\n')) {
+        if (line.startsWith('#'))
+            time = QString::number(line.mid(1).toInt() / 2);
+        else if (line.size() == 2 && line.endsWith(code))
+            found.append(time + ':' + line.at(0));
+    }
+    return found;
+}
+
 } // namespace
 
 class TestVcdExport : public QObject
@@ -41,8 +55,9 @@ class TestVcdExport : public QObject
 private slots:
     void texts_data();
     void texts() { compareTexts(); }
-    void manySignals();
-    void codesAndBadPaths();
+    void manySamples();
+    void codes();
+    void badPaths();
 };
 
 void TestVcdExport::texts_data()
@@ -67,6 +82,9 @@ void TestVcdExport::texts_data()
     row("one sample: all comments", dump(one, true, 3, 0),
         lines("#0|$dumpvars|1!|X'|$end|#1|$comment Sample 0 (Start) $end|"
               "$comment Sample 1 (End) $end|$comment Sample 0 (Trigger) $end|0!|1'|#3|1!||#6|"));
+    row("no signals, trigger outside", dump("", true, 7, 0), lines("#0|$dumpvars|1!|$end|#7|"));
+    row("a first signal without samples", dump(signalXml("0", "a", "", "") + one, true, 7, 0),
+        lines("#0|$dumpvars|1!|X'|X#|$end|#7|"));
     row("a step beyond a double, trigger just outside", dump(one, true, 6148914691236517203u, 1),
         lines("#0|$dumpvars|1!|X'|$end|#3074457345618258601|$comment Sample 0 (Start) $end|"
               "$comment Sample 1 (End) $end|0!|1'|#6148914691236517203|1!||"
@@ -80,47 +98,47 @@ void TestVcdExport::texts_data()
         lines("#0|$dumpvars|1!|X'|X#|X$|X%|$end|#1|$comment Sample 0 (Start) $end|0!|0'|1$|1%|"
               "#2|1!||#3|0!|0$|0%|#4|1!||#5|0!|1$|#6|1!||"
               "#7|$comment Sample 4 (End) $end|0!|#8|1!||#10|"));
+    row("other characters", dump(signalXml("0", "a", "", "zzé1"), true, 2, -1),
+        lines("#0|$dumpvars|1!|X'|$end|#1|$comment Sample 0 (Start) $end|0!|z'|#2|1!||#3|0!|#4|1!||"
+              "#5|0!|é'|#6|1!||#7|$comment Sample 4 (End) $end|0!|1'|#8|1!||#10|"));
 }
 
-/// Against a writer that looks at every sample of every signal. Samples are compared in blocks, so
-/// every other signal changes seldom.
-void TestVcdExport::manySignals()
+/// Samples are compared in blocks: changes within, at and across the borders.
+void TestVcdExport::manySamples()
 {
-    std::mt19937 random{5};
-    for (int count : {1, 63, 64, 65, 150}) {
-        QStringList samples;
-        QString elements;
-        for (int j = 0; j < count; ++j) {
-            QString text = randomSamples(random, 100 + int(random() % 100));
-            for (int i = 0; j % 2 == 1 && i < text.size(); ++i)
-                text[i] = QLatin1Char(random() % 32 ? '0' : '1');
-            if (j % 7 == 3)
-                text[int(random() % 100)] = 'x';
-            samples.append(text);
-            elements += signalXml(QString::number(j), "s", "", text);
-        }
-        QString expected;
-        for (int i = 0; i < samples.first().size(); ++i) {
-            expected += QStringLiteral("#%1\n0!\n").arg(2 * i + 1);
-            for (int j = 0; j < count; ++j) {
-                QString const& text = samples.at(j);
-                if (j < text.size() && i < text.size() && (i == 0 || text.at(i) != text.at(i - 1)))
-                    expected += text.at(i) + VCD::vcdIDForSignalAtIndex(j + 1) + '\n';
-            }
-            expected += QStringLiteral("#%1\n1!\n\n").arg(2 * i + 2);
-        }
-        QString text = dump(elements, true, 2, -1);
-        text = text.mid(text.indexOf("#1\n")).remove(QRegularExpression("\\$comment.*\\$end\n"));
-        QCOMPARE(text, expected + QStringLiteral("#%1\n").arg(2 * samples.first().size() + 2));
+    for (char other : {'1', 'x'}) {
+        QString samples(130, '0');
+        for (int at : {0, 62, 64, 127, 129})
+            samples[at] = other;
+        QString const text =
+            dump(signalXml("0", "a", "", samples) + signalXml("1", "b", "", samples + "1010") +
+                     signalXml("2", "c", "", samples.left(128)),
+                 true, 2, -1);
+        QString const common = QString("0:? 1:0 62:? 63:0 64:? 65:0 127:?").replace('?', other);
+        QCOMPARE(changes(text, '"').join(' '), common + " 128:0 129:" + other);
+        QCOMPARE(changes(text, '#'), changes(text, '"'));
+        QCOMPARE(changes(text, '$').join(' '), common);
     }
 }
 
-void TestVcdExport::codesAndBadPaths()
+void TestVcdExport::codes()
 {
-    QMap<int, QString> const codes{{0, "!"},    {93, "~"},    {94, "\"!"},    {187, "\"~"},
+    QMap<int, QString> const codes{{0, "!"},    {1, "\""},    {93, "~"},
+                                   {94, "\"!"}, {95, "\"\""}, {187, "\"~"},
                                    {188, "#!"}, {8835, "~~"}, {8836, "\x7f!"}};
     for (int value : codes.keys())
         QCOMPARE(VCD::vcdIDForSignalAtIndex(value), codes[value]);
+
+    for (int count : {93, 94, 95}) {
+        QString const text =
+            dump(signalXml("0", "s", "", QString(100, '1')).repeated(count), true, 2, -1);
+        QVERIFY(text.contains("X" + codes[count] + "\n$end\n#1\n"));
+        QVERIFY(text.contains("\n1" + codes[count] + "\n#2\n1!\n\n#3\n0!\n#4\n"));
+    }
+}
+
+void TestVcdExport::badPaths()
+{
     for (QString const& path : BadPaths)
         QVERIFY(!exportVCD(path, "m", "c", true, "us", 1, 0, Window("").element));
 }
