@@ -19,8 +19,10 @@ struct BenchCable
 /// Ways to misbehave, all off by default. Requests count from 1 over the life of the server.
 struct Faults
 {
-    int delay = 0;      ///< ms that each reply comes late.
-    int silentFrom = 0; ///< The first request that gets no reply any more; 0: none.
+    QString of;          ///< Operation or command of the requests that count; empty: all do.
+    int delay = 0;       ///< ms that each reply comes late.
+    int silentFrom = 0;  ///< The first request that gets no reply any more; 0: none.
+    int garbledFrom = 0; ///< The first request whose reply is no message any more; 0: none.
     bool byteByByte = false;
     int together = 1;   ///< Replies that are held and sent at once.
     int closeAfter = 0; ///< The request after which the connection is closed; 0: none.

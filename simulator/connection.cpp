@@ -18,6 +18,14 @@ constexpr quint32 MaxRequest = 16 << 20;
 /// A client that does not take its replies gets no further requests served.
 constexpr qint64 MaxUnsent = 64 << 20;
 
+/// A frame as long as this one whose body is no message.
+QByteArray garbled(QByteArray frame)
+{
+    for (int i = int(sizeof(quint32)); i < frame.size(); ++i)
+        frame[i] = char(~frame.at(i));
+    return frame;
+}
+
 } // namespace
 
 Connection::Connection(QLocalSocket* socket, BridgeServer& server)
@@ -68,8 +76,10 @@ void Connection::serve(CmdPack const& request)
 {
     CmdPack reply;
     bool closes = false;
-    if (m_server.serve(request, reply, closes))
-        m_replies.push(frameFromPack(reply));
+    if (m_server.serve(request, reply, closes)) {
+        QByteArray const frame = frameFromPack(reply);
+        m_replies.push(m_server.garbles() ? garbled(frame) : frame);
+    }
     if (m_server.dies())
         std::_Exit(EXIT_FAILURE);
     if (closes)

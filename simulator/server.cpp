@@ -38,8 +38,11 @@ bool BridgeServer::listenTcp(quint16 port, QString& error)
 
 bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)
 {
-    ++m_requests;
-    closes = m_requests == m_faults.closeAfter;
+    QString const oprate = request.value(Protocol::Key::Oprate).toString();
+    QString const word = oprate.isEmpty() ? request.value(Protocol::Key::Cmd).toString() : oprate;
+    bool const counts = m_faults.of.isEmpty() || m_faults.of == word;
+    m_requests += counts;
+    closes = counts && m_requests == m_faults.closeAfter;
     bool const hasReply = m_bridge.serve(request, reply);
     return hasReply && (m_faults.silentFrom == 0 || m_requests < m_faults.silentFrom);
 }

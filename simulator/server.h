@@ -27,6 +27,8 @@ public:
     bool serve(CmdPack const& request, CmdPack& reply, bool& closes);
     /// Whether the process ends with the request that was served last.
     bool dies() const { return m_faults.dieAfter > 0 && m_requests >= m_faults.dieAfter; }
+    /// Whether the reply to it must not be readable.
+    bool garbles() const { return m_faults.garbledFrom > 0 && m_requests >= m_faults.garbledFrom; }
     Faults const& faults() const { return m_faults; }
 
 private:

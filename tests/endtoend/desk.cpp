@@ -58,7 +58,7 @@ QMap<QString, QByteArray> Desk::results() const
 {
     QMap<QString, QByteArray> results;
     QDir const folder(m_folder.filePath("run"));
-    for (QString const& name : folder.entryList({"*.csv"})) {
+    for (QString const& name : folder.entryList({"*.csv"}, QDir::Files | QDir::NoSymLinks)) {
         QFile file(folder.filePath(name));
         file.open(QIODevice::ReadOnly);
         results[name] = file.readAll();
@@ -76,20 +76,25 @@ bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more
                                    more + "}");
 }
 
-void Desk::start(QProcess& process, QStringList const& arguments) const
+void Desk::start(QProcess& process, QStringList const& arguments, QString const& name) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("TMPDIR", m_folder.filePath("tmp"));
     environment.insert("VEK_BENCH", bench);
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(m_folder.filePath("run"));
-    process.start(program("Analyzer/bin/veksh"), arguments);
+    process.start(program(name), arguments);
 }
 
 QString Desk::problem(QStringList const& arguments, Outcome const& expected) const
 {
     QProcess process;
     start(process, arguments);
+    return problem(process, expected);
+}
+
+QString Desk::problem(QProcess& process, Outcome const& expected) const
+{
     if (!process.waitForFinished(30000))
         return "did not end; printed " + QString(process.readAllStandardOutput());
     if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != expected.status)

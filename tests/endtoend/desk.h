@@ -26,6 +26,7 @@ public:
 
     /// A file of the folder that the runs work in.
     bool write(QString const& name, QByteArray const& content) const;
+    /// The regular files that runs have left there, by name.
     QMap<QString, QByteArray> results() const;
 
     /// Writes "setup.vek", its stimulus, and a bench file with both, an FT2CH cable at location 7
@@ -35,9 +36,12 @@ public:
     /// Where a program of the root lies, such as "Programmer/bin/scanbridge".
     QString program(QString const& name) const { return m_folder.filePath(name); }
 
-    void start(QProcess& process, QStringList const& arguments) const;
+    void start(QProcess& process, QStringList const& arguments,
+               QString const& name = "Analyzer/bin/veksh") const;
     /// Runs the batch tool to its end, and says what was not as expected; empty when all was.
     QString problem(QStringList const& arguments, Outcome const& expected) const;
+    /// The same for a run that was started before.
+    QString problem(QProcess& process, Outcome const& expected) const;
     /// Processes that run a program of this desk, the batch tool and servers alike.
     QStringList processes() const;
 

@@ -40,4 +40,14 @@ QByteArray vek(QVector<Core> const& cores)
     return (text + "</VEK_CONFIG>\n").toLatin1();
 }
 
+QByteArray lite(int amount, int implemention, bool initial, QString const& entries)
+{
+    QString const core = "<SxCore_Lite index='0' sample_clock='clk' capture_amount='%1' "
+                         "implemention='%2' capture_init_data_enabled='%3'><SignalList>%4"
+                         "</SignalList></SxCore_Lite>";
+    return ("<VEK_CONFIG><Version>3.0</Version><Mode>Lite</Mode>" +
+            core.arg(amount).arg(implemention).arg(initial).arg(entries) + "</VEK_CONFIG>")
+        .toLatin1();
+}
+
 } // namespace Setup

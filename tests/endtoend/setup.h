@@ -32,4 +32,7 @@ QString unit(int index, int port, QString const& value, QString const& more = "f
 /// The text of a Standard file. A core's place is its index, its clock is "clk".
 QByteArray vek(QVector<Core> const& cores);
 
+/// The text of a Lite file with one core, on clock "clk".
+QByteArray lite(int amount, int implemention, bool initial, QString const& entries);
+
 } // namespace Setup

@@ -4,24 +4,13 @@
 #include <QtTest>
 
 #include <memory>
-#include <signal.h>
 
 namespace {
 
 constexpr int Width = 9;
+QString const Entries = Setup::entry("data", Width) + Setup::entry("flag");
 QByteArray const Started = "Start running VEK Lite analyzer.\n";
 QByteArray const Ended = "Running VEK analyzer complete.\n";
-
-QByteArray liteVek(int amount, int implemention, bool initial)
-{
-    QString const core = "<SxCore_Lite index='0' sample_clock='clk' capture_amount='%1' "
-                         "implemention='%2' capture_init_data_enabled='%3'><SignalList>%4"
-                         "</SignalList></SxCore_Lite>";
-    QString const entries = Setup::entry("data", Width) + Setup::entry("flag");
-    return ("<VEK_CONFIG><Version>3.0</Version><Mode>Lite</Mode>" +
-            core.arg(amount).arg(implemention).arg(initial).arg(entries) + "</VEK_CONFIG>")
-        .toLatin1();
-}
 
 /// A bus that counts, and a signal that changes with every third sample.
 Waves stimulus(int count)
@@ -97,7 +86,8 @@ private slots:
         QFETCH(bool, initial);
         QFETCH(int, first);
         QFETCH(QString, fault);
-        QVERIFY(m_desk->lay(liteVek(amount, implemention, initial), stimulus(amount + 20)));
+        QVERIFY(m_desk->lay(Setup::lite(amount, implemention, initial, Entries),
+                            stimulus(amount + 20)));
         QVERIFY(m_desk->write("bench.json", R"({"design": "setup.vek", "device": ")" +
                                                 onDesk.toLatin1() +
                                                 R"(", "stimulus": {"vcd": "stimulus.vcd"},
@@ -116,51 +106,11 @@ private slots:
 
     void failedOpen()
     {
-        QVERIFY(m_desk->lay(liteVek(20, 0, true), stimulus(20), R"(, "open_result": -20)"));
+        QVERIFY(m_desk->lay(Setup::lite(20, 0, true, Entries), stimulus(20),
+                            R"(, "open_result": -20)"));
         Outcome expected;
         expected.out = Started + Ended + "Error: No fs file downloaded.\n";
         QCOMPARE(m_desk->problem({"-vek", "setup.vek"}, expected), QString());
-    }
-
-    void waitsForEver_data()
-    {
-        QTest::addColumn<QByteArray>("vek");
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<QByteArray>("error");
-        QByteArray const good = liteVek(20, 0, false);
-        QByteArray const core =
-            good.mid(good.indexOf("<SxCore"), good.indexOf("</VEK") - good.indexOf("<SxCore"));
-        QByteArray const invalid = "Error: Invalid VEK file lite.vek.\n";
-        for (char const* fault :
-             {R"("die_after": 5)", R"("silent_from": 5)", R"("close_after": 6)"})
-            QTest::newRow(fault) << good << fault << QByteArray();
-        QTest::newRow("no core") << QByteArray(good).replace(core, "") << "" << invalid;
-        QTest::newRow("two cores") << QByteArray(good).replace(core, core + core) << "" << invalid;
-    }
-
-    /// The run neither ends nor burns a core, and leaves no server behind when it is ended.
-    void waitsForEver()
-    {
-        QFETCH(QByteArray, vek);
-        QFETCH(QString, fault);
-        QFETCH(QByteArray, error);
-        QVERIFY(m_desk->lay(liteVek(20, 0, false), stimulus(20),
-                            ", \"faults\": {" + fault.toLatin1() + "}"));
-        QVERIFY(m_desk->write("lite.vek", vek)); // what the host reads
-        QProcess process;
-        m_desk->start(process, {"-vek", "lite.vek"});
-        QTRY_COMPARE_WITH_TIMEOUT(process.bytesAvailable(), qint64((error + Started).size()),
-                                  10000);
-        QVERIFY(!process.waitForFinished(1500));
-        QFile stat(QStringLiteral("/proc/%1/stat").arg(process.processId()));
-        QVERIFY(stat.open(QIODevice::ReadOnly));
-        QByteArrayList const fields = stat.readAll().split(' ');
-        QVERIFY(fields.at(13).toInt() + fields.at(14).toInt() < 60); // ticks of 10 ms
-        ::kill(pid_t(process.processId()), SIGKILL);
-        QVERIFY(process.waitForFinished());
-        QCOMPARE(process.readAllStandardOutput(), error + Started);
-        QCOMPARE(process.readAllStandardError(), QByteArray());
-        QTRY_COMPARE(m_desk->processes(), QStringList());
     }
 
 private:

@@ -5,7 +5,6 @@
 #include <QtTest>
 
 #include <memory>
-#include <signal.h>
 
 Q_DECLARE_METATYPE(Outcome)
 
@@ -46,11 +45,9 @@ private slots:
             return QByteArray(m_vek).replace(from, to);
         };
         QVERIFY(m_desk->lay(m_vek, m_waves, bench.toUtf8()));
-        QVERIFY(m_desk->write("setup.VEK", m_vek));
-        QVERIFY(m_desk->write("v31.vek", changed("3.0", "3.1")));
+        QVERIFY(QFile::link("/dev/full", m_desk->program("run/full_core0_window0.csv")));
         QVERIFY(m_desk->write("othermode.vek", changed("Standard", "standard")));
         QVERIFY(m_desk->write("top.v2.rsx", changed("<Mode>Standard</Mode>", "")));
-        QVERIFY(m_desk->write("nocore.vek", "<VEK_CONFIG><Version>3.0</Version></VEK_CONFIG>"));
         QVERIFY(m_desk->write("noxml.vek", "not <XML") && m_desk->write("empty.vek", "\n"));
     }
 
@@ -76,6 +73,11 @@ private slots:
         Outcome unwritable = captured(captures, "no/x");
         unwritable.files.clear();
         row("", Plain + "-out no/x", unwritable);
+        unwritable.out.replace("Export no/x", "Export setup.vek/x");
+        row("", Plain + "-out setup.vek/x", unwritable);
+        Outcome full = captured(captures, "full");
+        full.files.remove("full_core0_window0.csv"); // is a link to a disk that is full
+        row("", Plain + "-out full", full);
 
         // The stop that a failed open brings about says "complete" before the error is told.
         QByteArray const stopped = Started + "Running VEK analyzer complete.\nError: ";
@@ -100,39 +102,6 @@ private slots:
         QVERIFY(expected.status != 1 ||
                 QFile::remove(m_desk->program("Programmer/bin/scanbridge")));
         QCOMPARE(m_desk->problem(arguments.split(' ', Qt::SkipEmptyParts), expected), QString());
-    }
-
-    void waitsForEver_data()
-    {
-        QTest::addColumn<QString>("bench");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("error");
-
-        // Request 26 is the first look at a start register, 28 and 30 read the first window.
-        for (char const* fault :
-             {R"("silent_from": 30)", R"("die_after": 10)", R"("die_after": 29)"})
-            QTest::newRow(fault) << faults(fault) << "setup.vek" << QString();
-        QTest::newRow("wrong ending") << QString() << "setup.VEK" << QString();
-        for (char const* file : {"./v31.vek", "nocore.vek"})
-            QTest::newRow(file) << "" << file << QString("Error: Invalid VEK file %1.\n").arg(file);
-    }
-
-    /// The run neither ends nor says anything more, and leaves no server behind when it is ended.
-    void waitsForEver()
-    {
-        QFETCH(QString, file);
-        QFETCH(QString, error);
-        QByteArray const out = error.toUtf8() + Started;
-        QProcess process;
-        m_desk->start(process, {"-vek", file});
-        QTRY_COMPARE_WITH_TIMEOUT(process.bytesAvailable(), qint64(out.size()), 10000);
-        QVERIFY(!process.waitForFinished(1500)); // three ticks of the poll
-        ::kill(pid_t(process.processId()), SIGKILL);
-        QVERIFY(process.waitForFinished());
-        QCOMPARE(process.readAllStandardOutput(), out);
-        QCOMPARE(process.readAllStandardError(), QByteArray());
-        QVERIFY(m_desk->results().isEmpty());
-        QTRY_COMPARE(m_desk->processes(), QStringList());
     }
 
 private:

@@ -224,8 +224,10 @@ private slots:
 
     void faultsThatEnd()
     {
-        Program program(R"("faults": {"close_after": 2, "die_after": 4})");
+        Program program(R"("faults": {"of": "OPEN", "close_after": 2, "die_after": 4})");
         Client client(program);
+        client.send(DeskFiles::request("QUERY")); // doesn't count
+        QVERIFY(client.reply().contains("CABLES"));
         QVERIFY(client.open() == 0 && client.open() == 0);
         QTRY_COMPARE(client.socket.state(), QLocalSocket::UnconnectedState);
         QVERIFY(client.connectTo(program));

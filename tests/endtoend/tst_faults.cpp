@@ -1,0 +1,302 @@
+#include "desk.h"
+#include "setup.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QtTest>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr int Watch = 1200;   // ms, two ticks of the poll
+constexpr int IdleTicks = 20; // of 10 ms in that time; a run that waits asks twice a second
+
+QByteArray const Started = "Start running VEK analyzer.\n";
+QByteArray const StartedLite = "Start running VEK Lite analyzer.\n";
+
+/// User and system time of a process, in ticks.
+int cpuTime(QProcess const& process)
+{
+    QFile stat(QString("/proc/%1/stat").arg(process.processId()));
+    stat.open(QIODevice::ReadOnly);
+    QByteArrayList const fields = stat.readAll().split(' ');
+    return fields.value(13).toInt() + fields.value(14).toInt();
+}
+
+/// A run of the batch tool on a desk of its own.
+struct Run
+{
+    /// Brings it to where it has printed what is expected of it.
+    void settle()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (tool.bytesAvailable() < expected.out.size() && clock.elapsed() < 20000)
+            QTest::qWait(20);
+        cpuBefore = cpuTime(tool);
+    }
+
+    /// Puts a new server into the place of one that is gone.
+    void replaceServer()
+    {
+        if (replaces && server.state() == QProcess::NotRunning &&
+            desk.processes().filter("scanbridge").isEmpty())
+            desk.start(server, {"-local"}, "Programmer/bin/scanbridge");
+    }
+
+    /// What is wrong with a run that should wait, idle, and end at once when it is told to.
+    QString problem()
+    {
+        if (tool.waitForFinished(0))
+            return "ended";
+        if (cpuTime(tool) - cpuBefore > IdleTicks)
+            return QString("used %1 ticks").arg(cpuTime(tool) - cpuBefore);
+        if (replaces && server.state() != QProcess::Running)
+            return "no server was replaced";
+        tool.terminate();
+        server.kill();
+        server.waitForFinished();
+        if (!tool.waitForFinished(1000))
+            return "goes on after the signal to end";
+        QElapsedTimer clock;
+        clock.start();
+        while (!desk.processes().isEmpty() && clock.elapsed() < 5000)
+            QTest::qWait(20);
+        if (!desk.processes().isEmpty())
+            return "left " + desk.processes().join(", ");
+        QByteArray const out = tool.readAllStandardOutput() + tool.readAllStandardError();
+        if (out != expected.out)
+            return "printed " + out;
+        return desk.results() == expected.files ? QString() : "result files differ";
+    }
+
+    QString name;
+    Desk desk;
+    QProcess tool;
+    QProcess server; ///< Started by the test, if it replaces one.
+    bool replaces = false;
+    Outcome expected;
+    int cpuBefore = 0;
+};
+
+/// Runs that go on side by side.
+class Runs
+{
+public:
+    /// A new one, on a desk with this setup.
+    Run& add(QString const& name, QByteArray const& vek, QString const& fault = QString())
+    {
+        m_runs.push_back(std::make_unique<Run>());
+        Run& run = *m_runs.back();
+        run.name = name;
+        QString const faults = fault.isEmpty() ? "" : ", \"faults\": {" + fault + "}";
+        if (!run.desk.lay(vek, Stimulus::counter("count", 10, 1024), faults.toLatin1()))
+            qFatal("no desk");
+        return run;
+    }
+
+    void start(QString const& file = "setup.vek")
+    {
+        m_runs.back()->desk.start(m_runs.back()->tool, {"-vek", file});
+    }
+
+    /// What is wrong with runs that should all wait.
+    QString problems()
+    {
+        for (auto const& run : m_runs)
+            run->settle();
+        QElapsedTimer clock;
+        for (clock.start(); clock.elapsed() < Watch; QTest::qWait(50))
+            for (auto const& run : m_runs)
+                run->replaceServer();
+        return text([](Run& run) { return run.problem(); });
+    }
+
+    /// What is wrong with runs that should all end as expected.
+    QString problemsOfEnded()
+    {
+        return text([](Run& run) { return run.desk.problem(run.tool, run.expected); });
+    }
+
+private:
+    template <typename Problem>
+    QString text(Problem problem) const
+    {
+        QString all;
+        for (auto const& run : m_runs)
+            if (QString const one = problem(*run); !one.isEmpty())
+                all += run->name + ": " + one + '\n';
+        return all;
+    }
+
+    std::vector<std::unique_ptr<Run>> m_runs;
+};
+
+/// A number as the stream has it.
+QByteArray number(quint32 value)
+{
+    QByteArray bytes;
+    QDataStream(&bytes, QIODevice::WriteOnly) << value;
+    return bytes;
+}
+
+} // namespace
+
+/// Servers that break at each step of a run, and files that leave nothing to do. Such a run waits
+/// for ever, which is what it is meant to do; it must do so quietly.
+class TestFaults : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    /// Two cores, the first with two windows, and a lite core; each read takes two sections.
+    void initTestCase()
+    {
+        QString const count = Setup::entry("count", 10);
+        QString const unit = Setup::unit(0, 0, "XXX1000000");
+        m_vek[false] = Setup::vek({{256, 20, 2, false, false, count, {{0, count}}, unit},
+                                   {256, 20, 1, true, false, count, {{0, count}}, unit}});
+        m_vek[true] = Setup::lite(200, 0, false, count);
+        for (bool lite : {false, true}) {
+            Runs runs;
+            Run& run = runs.add("undisturbed", m_vek[lite]);
+            runs.start();
+            QVERIFY(run.tool.waitForFinished());
+            m_whole[lite] = {0, run.tool.readAllStandardOutput(), run.desk.results()};
+            QCOMPARE(m_whole[lite].files.size(), lite ? 1 : 3);
+        }
+    }
+
+    void breaksAt_data()
+    {
+        QTest::addColumn<bool>("lite");
+        QTest::addColumn<QString>("request");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("files"); ///< Exported before; -1: the run ends well all the same.
+        auto const row = [](bool lite, char const* request, int count, int files) {
+            QTest::addRow("%s %s %d", lite ? "lite" : "standard", request, count)
+                << lite << request << count << files;
+        };
+        row(false, "OPEN", 1, 0);
+        row(false, "WRITE_REGISTOR", 3, 0);
+        row(false, "WRITE_START_REG", 2, 0);
+        row(false, "READ_START_REG", 1, 0);
+        row(false, "BRUST_READ", 1, 0);
+        row(false, "READ_RAM", 1, 0);
+        row(false, "READ_RAM", 3, 1);
+        row(false, "READ_START_REG", 2, 2);
+        row(false, "READ_RAM", 5, 2);
+        row(false, "CLOSE", 1, -1);
+        row(true, "OPEN", 1, 0);
+        row(true, "OP_READ_CAPTURE_INIT", 1, 0);
+        row(true, "READ_START_REG", 1, 0);
+        row(true, "BRUST_READ", 1, 0);
+        row(true, "READ_RAM", 1, 0);
+        row(true, "CLOSE", 1, -1);
+    }
+
+    /// The server breaks in every way at this request, each way on a desk of its own.
+    void breaksAt()
+    {
+        QFETCH(bool, lite);
+        QFETCH(QString, request);
+        QFETCH(int, count);
+        QFETCH(int, files);
+        Outcome expected = m_whole[lite];
+        if (files >= 0) {
+            expected = Outcome();
+            for (QByteArray const& line : m_whole[lite].out.split('\n').mid(0, 1 + files)) {
+                expected.out += line + '\n';
+                QString const name = line.mid(qstrlen("Export "));
+                if (line.startsWith("Export "))
+                    expected.files[name] = m_whole[lite].files[name];
+            }
+        }
+        Runs runs;
+        auto const add = [&](QString const& way) -> Run& {
+            QString const fault = QString(R"("of": "%1", "%2": %3)").arg(request, way).arg(count);
+            Run& run = runs.add(way, m_vek[lite], fault);
+            run.expected = expected;
+            runs.start();
+            return run;
+        };
+        for (char const* way : {"die_after", "close_after", "silent_from", "garbled_from"})
+            add(way);
+        if (files >= 0)
+            add("die_after").replaces = true;
+        QCOMPARE(files < 0 ? runs.problemsOfEnded() : runs.problems(), QString());
+    }
+
+    /// Another program has the socket: the run's own server finds no place, and ends.
+    void foreignServer()
+    {
+        QByteArray const bits = QByteArray::fromHex("0000000800440041005400410000000d00");
+        QMap<QString, QByteArray> const greetings{
+            {"text", QByteArray("HTTP/1.1 400 Bad Request\r\n\r\n").repeated(1000)},
+            {"no length", QByteArray(4096, '\0')},
+            {"length", number(0xffffffff) + QByteArray(1 << 20, 'x')},
+            {"entries", number(4) + number(0xffffffff)},
+            {"bits",
+             number(quint32(bits.size()) + 9) + number(1) + bits + number(0xffffffff) + 'x'},
+            {"hangs up", QByteArray()}};
+        std::vector<std::unique_ptr<QLocalServer>> servers;
+        Runs runs;
+        for (QString const& name : greetings.keys()) {
+            Run& run = runs.add(name, m_vek[false]);
+            run.expected.out = Started;
+            servers.push_back(std::make_unique<QLocalServer>());
+            QLocalServer* const foreign = servers.back().get();
+            QVERIFY(foreign->listen(run.desk.program("tmp/vek1")));
+            QByteArray const greeting = greetings[name];
+            connect(foreign, &QLocalServer::newConnection, this, [foreign, greeting] {
+                QLocalSocket* socket = foreign->nextPendingConnection();
+                socket->write(greeting);
+                if (greeting.isEmpty())
+                    socket->abort();
+            });
+            runs.start();
+        }
+        QCOMPARE(runs.problems(), QString());
+    }
+
+    /// Files that hold no core for the run, and one whose windows never come.
+    void nothingToDo()
+    {
+        QByteArray const standard = m_vek[false];
+        QByteArray const lite = m_vek[true];
+        int const core = lite.indexOf("<SxCore");
+        int const end = lite.indexOf("</VEK_CONFIG");
+        Runs runs;
+        auto const add = [&](QString const& file, QByteArray const& vek, QByteArray const& out) {
+            Run& run = runs.add(file, standard);
+            run.expected.out = out;
+            QVERIFY(run.desk.write(file, vek));
+            runs.start(file);
+        };
+        QByteArray const error = "Error: Invalid VEK file ";
+        add("ending.VEK", standard, Started);
+        add("./v31.vek", QByteArray(standard).replace("3.0", "3.1"),
+            error + "./v31.vek.\n" + Started);
+        add("nocore.vek", "<VEK_CONFIG><Version>3.0</Version></VEK_CONFIG>",
+            error + "nocore.vek.\n" + Started);
+        add("noneoflite.vek", lite.left(core) + lite.mid(end),
+            error + "noneoflite.vek.\n" + StartedLite);
+        add("twolite.vek", lite.left(end) + lite.mid(core), error + "twolite.vek.\n" + StartedLite);
+        add("windows0.vek", QByteArray(standard).replace("window_num='2'", "window_num='0'"),
+            Started);
+        add("amount0.vek",
+            QByteArray(standard).replace("capture_amount='256'", "capture_amount='0'"), Started);
+        QCOMPARE(runs.problems(), QString());
+    }
+
+private:
+    QByteArray m_vek[2]; ///< By whether it is lite.
+    Outcome m_whole[2];  ///< Of an undisturbed run.
+};
+
+QTEST_GUILESS_MAIN(TestFaults)
+#include "tst_faults.moc"
