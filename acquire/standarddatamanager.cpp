@@ -97,7 +97,7 @@ void VekStandardDataManager::startTrigger(SxCore* core)
 {
     core->status = CoreArmed;
     writeRegisters(generateRegisterBit(core, m_deviceName, m_fileKind));
-    writeRegisters(generateExpressionBit(core));
+    forEachExpressionTable(core, [this](QList<QBitArray> const& words) { writeRegisters(words); });
     writeStartRegister(*core, StartValue::Arm);
 }
 

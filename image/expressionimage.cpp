@@ -104,9 +104,9 @@ QVector<int> tablePlaces(QBitArray const& mask, int siteCount)
     return places;
 }
 
-void appendTable(QList<QBitArray>& words, QString const& expression, int base, Sites const& sites,
-                 int width)
+QList<QBitArray> tableWords(QString const& expression, int base, Sites const& sites, int width)
 {
+    QList<QBitArray> words;
     QString const table = logicTruthTable(expression);
     QVector<int> const places = tablePlaces(siteMask(expression, sites), sites.count);
     TableWord const output0(base, width);
@@ -116,28 +116,38 @@ void appendTable(QList<QBitArray>& words, QString const& expression, int base, S
             places.at(k) < table.size() && table.at(places.at(k)) == QLatin1Char('1');
         words.append((fires ? output1 : output0).forCombination(k));
     }
+    return words;
 }
 
 } // namespace
 
-QList<QBitArray> generateExpressionBit(SxCore const* core)
+void forEachExpressionTable(SxCore const* core,
+                            std::function<void(QList<QBitArray> const&)> const& take)
 {
-    QList<QBitArray> words;
     if (core->expressionType == ExpressionStatic)
-        return words;
+        return;
     Sites const sites = usedSites(*core);
     int const width = core->dataOutShiftWidth();
     QStringList const expressions = chosenExpressions(*core);
     bool const flagsMatch = core->expressions.size() == core->expressionEnabled.size();
     if (expressions.isEmpty() && flagsMatch) {
         TableWord const always(Register::ExpressionTable + 1, width);
+        QList<QBitArray> words;
         for (int k = 0; k < 1 << sites.count; ++k)
             words.append(always.forCombination(k));
-        return words;
+        take(words);
+        return;
     }
     for (int e = 0; e < expressions.size(); ++e)
-        appendTable(words, expressions.at(e),
-                    Register::ExpressionTable + e * Register::ExpressionTableStep, sites, width);
+        take(tableWords(expressions.at(e),
+                        Register::ExpressionTable + e * Register::ExpressionTableStep, sites,
+                        width));
+}
+
+QList<QBitArray> generateExpressionBit(SxCore const* core)
+{
+    QList<QBitArray> words;
+    forEachExpressionTable(core, [&](QList<QBitArray> const& table) { words += table; });
     return words;
 }
 

@@ -11,6 +11,10 @@ namespace {
 
 Q_LOGGING_CATEGORY(jtagLog, "vek.jtag", QtCriticalMsg)
 
+/// Bytes that wait for a slow server before the sender waits too, several times what the image of
+/// an ordinary design takes.
+constexpr qint64 MaxUnsent = 64 << 20;
+
 template <typename Client>
 void prepare(Client* client)
 {
@@ -32,6 +36,10 @@ void send(Client* client, CmdPack const& pack)
         return;
     client->write(frameFromPack(pack));
     client->flush();
+    // Only a design with dozens of full trigger tables comes here, if the server takes them slowly.
+    // What the server answers meanwhile is delivered later, by the event loop.
+    while (client->bytesToWrite() > MaxUnsent && client->waitForBytesWritten(-1))
+        ;
 }
 
 template <typename Client>

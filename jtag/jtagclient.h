@@ -18,7 +18,8 @@ public:
     explicit JtagClient(QObject* parent = nullptr);
 
     /// Writes `pack` as one frame with one call, and flushes. While the socket is not connected the
-    /// pack is dropped; what becomes of a written one is not looked at.
+    /// pack is dropped; what becomes of a written one is not looked at. Waits only while tens of
+    /// megabytes are still to be taken by the server: until it takes them, or is gone.
     void sendCmdPack(CmdPack const& pack);
 
     /// Length of the frame body that is awaited, 0 while the length itself is.
