@@ -1,9 +1,11 @@
 #include "simulator/parentwatch.h"
 
 #include <QCoreApplication>
+#include <QSocketNotifier>
 
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace VEK::Simulator {
@@ -38,6 +40,12 @@ void ParentWatch::start()
             QCoreApplication::quit();
     });
     m_timer.start(LookInterval);
+    // At once where the system can tell: the next run must not come upon a server that is to end.
+    int const parent = int(::syscall(SYS_pidfd_open, m_parent, 0));
+    if (parent < 0)
+        return;
+    auto* const end = new QSocketNotifier(parent, QSocketNotifier::Read, this);
+    connect(end, &QSocketNotifier::activated, this, &QCoreApplication::quit);
 }
 
 } // namespace VEK::Simulator

@@ -8,8 +8,8 @@ namespace VEK::Simulator {
 
 /// Ends the process when the one that started it has gone, so that no server outlives its host.
 ///
-/// Looks at the parent's number from time to time rather than asking for a signal: that signal
-/// comes when the parent's thread ends, which need not be the parent's end.
+/// Watches the parent's process, and looks at its number from time to time, rather than asking for
+/// a signal: that signal comes when the parent's thread ends, which need not be the parent's end.
 class ParentWatch : public QObject
 {
     Q_OBJECT

@@ -263,6 +263,32 @@ private slots:
         QCOMPARE(runs.problems(), QString());
     }
 
+    /// A second run on the machine keeps off the server of the first. When that is ended the next
+    /// run comes upon its socket file, and perhaps upon the server that is about to end.
+    void twoRuns()
+    {
+        Runs runs;
+        Run& first = runs.add("first", m_vek[false], R"("of": "READ_RAM", "silent_from": 1)");
+        first.expected.out = Started;
+        runs.start();
+        first.settle();
+        QStringList const arguments{"-vek", "setup.vek", "-out", "second"};
+        QProcess second;
+        first.desk.start(second, arguments);
+        QVERIFY(second.waitForFinished());
+        QCOMPARE(second.readAllStandardOutput(),
+                 QByteArray("Error: Can not connect to JTAG server.\n"));
+        QCOMPARE(second.exitCode(), 2);
+        QVERIFY(first.desk.write("bench.json", R"({"design": "setup.vek", "device": "TK-501",
+                                                   "stimulus": {"vcd": "stimulus.vcd"}})"));
+        first.tool.terminate();
+        QVERIFY(first.tool.waitForFinished());
+        QCOMPARE(first.desk.problem({"-vek", "setup.vek"}, m_whole[false]), QString());
+        QCOMPARE(QDir(first.desk.program("tmp"))
+                     .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+                 QStringList{"vek1"});
+    }
+
     /// Files that hold no core for the run, and one whose windows never come.
     void nothingToDo()
     {
