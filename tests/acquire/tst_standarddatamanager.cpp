@@ -267,9 +267,16 @@ private slots:
         m_manager->checkState();
         ScriptedServer::replyData(m_server->packs.last(), Zeros16);
         CmdPack const read = m_server->packs.last();
-        for (QVariant const& window : {QVariant(-1), QVariant(1), QVariant(2147483647)}) {
-            CmdPack hostile = read;
-            hostile.insert("WINDOW", window);
+        // Each to a section of its own, which is every other request, and each twice.
+        QList<QPair<QString, int>> const nonsense{
+            {"WINDOW", -1},        {"WINDOW", 1},        {"WINDOW", 2147483647},
+            {"SECTION_COUNT", -1}, {"SECTION_COUNT", 0}, {"SECTION_COUNT", 2147483647}};
+        int at = m_server->packs.size() - 1;
+        for (auto const& entry : nonsense) {
+            CmdPack hostile = m_server->packs.at(at -= 2);
+            QCOMPARE(hostile.value("OPRATE"), QVariant("READ_RAM"));
+            hostile.insert(entry.first, entry.second);
+            answer(hostile);
             answer(hostile);
         }
         QVERIFY(m_windows.isEmpty());
