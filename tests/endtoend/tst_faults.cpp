@@ -51,8 +51,8 @@ struct Run
     /// What is wrong with a run that should wait, idle, and end at once when it is told to.
     QString problem()
     {
-        if (tool.waitForFinished(0))
-            return "ended";
+        if (tool.waitForFinished(0) || tool.state() == QProcess::NotRunning)
+            return "ended, printed " + tool.readAll();
         if (cpuTime(tool) - cpuBefore > IdleTicks)
             return QString("used %1 ticks").arg(cpuTime(tool) - cpuBefore);
         if (replaces && server.state() != QProcess::Running)
