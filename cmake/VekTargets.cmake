@@ -18,6 +18,9 @@ if(VEK_SANITIZE)
     -O1 -fno-omit-frame-pointer -fsanitize=address,undefined -fno-sanitize-recover=all)
   target_link_options(vek_flags INTERFACE -fsanitize=address,undefined)
 endif()
+if(VEK_FUZZ)
+  target_compile_options(vek_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # vek_add_library(NAME Model SOURCES ... PUBLIC ... PRIVATE ...): target vek_model, alias Vek::Model.
 function(vek_add_library)

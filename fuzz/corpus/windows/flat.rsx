@@ -1,0 +1,1 @@
+<Window index="0"><TriggerPosition segments="2">1</TriggerPosition><Signals><Signal name="a" id="0" text="">0110</Signal><Signal name="d[1]" id="1" text="x">011</Signal><Signal name="d[0]" id="2" text="">01z0</Signal></Signals><Layout></Layout></Window>
