@@ -12,6 +12,9 @@ namespace VEK {
 namespace {
 
 constexpr int BlockSize = 64;
+/// A bit array's bytes begin one behind a whole word of memory. Behind a first block of seven bytes
+/// all others are whole words, none of which is split between two cache lines.
+constexpr int FirstBlockSize = BlockSize - 8;
 
 /// Fills the columns of up to 64 signals, of which `signal` is the first.
 void decodeColumns(QBitArray const& stream, RecordLayout const& layout, int start, int signal,
@@ -20,9 +23,10 @@ void decodeColumns(QBitArray const& stream, RecordLayout const& layout, int star
     qint64 const row0 = layout.firstSignal + signal;
     int const width = int(columns.size());
     qint64 row = start;
-    for (qint64 first = 0; first < layout.rows; first += BlockSize) {
+    int rows = 0;
+    for (int first = 0; first < layout.rows; first += rows) {
         BitBlock block = {};
-        int const rows = int(std::min<qint64>(BlockSize, layout.rows - first));
+        rows = std::min(first ? BlockSize : FirstBlockSize, layout.rows - first);
         for (int i = 0; i < rows; ++i) {
             block[i] = packedBits(stream, row0 - row * layout.stride, width);
             row = row + 1 == layout.rows ? 0 : row + 1;

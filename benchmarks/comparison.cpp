@@ -52,16 +52,13 @@ public:
         }
     }
 
-    /// Seconds, the median of the repetitions; 0 if there were none.
-    double median(Comparison const& comparison, Part part, int size)
+    /// Seconds, the least of the repetitions: other programs only ever add to it. 0 if there were
+    /// none.
+    double least(Comparison const& comparison, Part part, int size)
     {
-        std::vector<double>& times =
+        std::vector<double> const& times =
             m_times[benchmarkName(comparison, part) + '/' + std::to_string(size)];
-        if (times.empty())
-            return 0;
-        auto const middle = times.begin() + std::ptrdiff_t(times.size() / 2);
-        std::nth_element(times.begin(), middle, times.end());
-        return *middle;
+        return times.empty() ? 0 : *std::min_element(times.begin(), times.end());
     }
 
 private:
@@ -84,15 +81,15 @@ void enter(Comparison const& comparison, Part part)
 
 void printComparison(Comparison const& comparison, Collector& times)
 {
-    double const work = times.median(comparison, Part::Work, comparison.size);
-    double const limit = times.median(comparison, Part::Limit, comparison.size);
+    double const work = times.least(comparison, Part::Work, comparison.size);
+    double const limit = times.least(comparison, Part::Limit, comparison.size);
     if (work == 0 || limit == 0)
         return; // filtered out
     double const ratio = work / limit;
     double growth = 0;
     if (comparison.otherSize) {
-        double const other = times.median(comparison, Part::Work, comparison.otherSize) /
-                             times.median(comparison, Part::Limit, comparison.otherSize);
+        double const other = times.least(comparison, Part::Work, comparison.otherSize) /
+                             times.least(comparison, Part::Limit, comparison.otherSize);
         growth = comparison.otherSize < comparison.size ? ratio / other : other / ratio;
     }
     bool const inAim = ratio <= comparison.aim || work - limit <= comparison.slack;

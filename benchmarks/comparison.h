@@ -24,9 +24,9 @@ struct Comparison
     Body limit;
     /// Whether work and limit give the same result. A limit that does less would be none.
     std::function<bool()> agree;
-    double slack = 0;    ///< Seconds that the work may take more than its limit, whatever the aim.
-    int repetitions = 9; ///< The table shows their medians.
-    double minTime = 0.05; ///< Seconds of a repetition.
+    double slack = 0;     ///< Seconds that the work may take more than its limit, whatever the aim.
+    int repetitions = 15; ///< The table shows the least of them.
+    double minTime = 0.03; ///< Seconds of a repetition.
     bool realTime =
         false; ///< By the clock on the wall and once a repetition, not by processor time.
 };

@@ -46,9 +46,9 @@ private slots:
                 QTest::addRow("%s, %d signals", what, n) << n << amount << bits << pos << mark;
             };
             add("ring", 200, 200 * shift, 50, 77);
-            add("mark in row 0", 65, 65 * shift, 0, 0);
-            add("no mark", 64, 64 * shift, 10, -1);
-            add("cut record", 128, 63 * shift + 5, 127, 62);
+            add("mark in row 0", 57, 57 * shift, 0, 0);
+            add("no mark", 56, 56 * shift, 10, -1);
+            add("cut record", 128, 119 * shift + 5, 127, 62);
             add("one bit", 8, 1, 4, -1);
             add("position far out", 7, 7 * shift, 2000000000, 3);
         }
