@@ -57,15 +57,26 @@ constexpr std::array<EightCharacters, 256> makeTextTable()
 
 constexpr std::array<EightCharacters, 256> TextTable = makeTextTable();
 
+/// Up to seven bytes as a number, the first of them lowest. Two loads, which may overlap, do.
+quint64 loadFew(Byte const* bytes, int count)
+{
+    if (count >= 4)
+        return qFromLittleEndian<quint32>(bytes) |
+               quint64(qFromLittleEndian<quint32>(bytes + count - 4)) << (8 * (count - 4));
+    if (count >= 2)
+        return qFromLittleEndian<quint16>(bytes) | quint64(bytes[count - 1]) << (8 * (count - 1));
+    return *bytes;
+}
+
 /// Up to 64 bits of `bytes` from bit `start` on; `size` bits are there, none is read beyond them.
 quint64 loadBits(Byte const* bytes, qint64 size, qint64 start)
 {
     qint64 const first = start / 8;
     int const shift = int(start % 8);
     qint64 const available = (size + 7) / 8 - first;
-    quint64 low = 0;
-    std::memcpy(&low, bytes + first, std::size_t(std::min<qint64>(8, available)));
-    low = qFromLittleEndian(low) >> shift;
+    if (available < 8)
+        return loadFew(bytes + first, int(available)) >> shift;
+    quint64 low = qFromLittleEndian<quint64>(bytes + first) >> shift;
     if (shift && available > 8)
         low |= quint64(bytes[first + 8]) << (64 - shift);
     return low;

@@ -61,7 +61,7 @@ Char* writeBinary(Char* out, quint64 value, int digits)
 template <typename Char>
 Char* writeOctal(Char* out, quint64 value, int digits)
 {
-    return writeDigits<Char, 3, 3>(out, value, digits);
+    return writeDigits<Char, 3, 2>(out, value, digits);
 }
 
 template <typename Char>

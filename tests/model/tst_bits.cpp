@@ -37,7 +37,7 @@ private slots:
     void likeTheModel_data()
     {
         QTest::addColumn<int>("size");
-        for (int size : {0, 1, 8, 9, 63, 64, 65, 129, 4097})
+        for (int size : {0, 1, 8, 9, 23, 31, 47, 63, 64, 65, 129, 4097})
             QTest::addRow("%d", size) << size;
     }
 
