@@ -165,6 +165,7 @@ void TestDataFormatter::widths()
         for (int i = 0; i < 20; ++i)
             values += randomSamples(random, size);
     }
+    values += '1' + randomSamples(random, 4699); // More limbs than stand on the stack.
 
     DataFormatter const formatter(DataFormat::Binary);
     for (QString const& value : qAsConst(values)) {
