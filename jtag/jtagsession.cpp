@@ -138,15 +138,16 @@ void JtagSession::cancelAll()
 
 void JtagSession::dataReturned(CmdPack const& pack)
 {
-    if (pack.contains(RequestId))
-        returnToTask(pack);
-    else if (pack.contains(DataRequestId))
-        returnToDataTask(pack);
+    auto const task = pack.constFind(RequestId);
+    if (task != pack.constEnd())
+        return returnToTask(task->toUInt(), pack);
+    auto const dataTask = pack.constFind(DataRequestId);
+    if (dataTask != pack.constEnd())
+        returnToDataTask(dataTask->toUInt(), pack);
 }
 
-void JtagSession::returnToTask(CmdPack const& pack)
+void JtagSession::returnToTask(unsigned int id, CmdPack const& pack)
 {
-    unsigned int const id = pack.value(RequestId).toUInt();
     TaskCallback callback;
     {
         QMutexLocker const locker(&taskLock);
@@ -156,9 +157,8 @@ void JtagSession::returnToTask(CmdPack const& pack)
         callback(without(RequestId, pack));
 }
 
-void JtagSession::returnToDataTask(CmdPack const& pack)
+void JtagSession::returnToDataTask(unsigned int id, CmdPack const& pack)
 {
-    unsigned int const id = pack.value(DataRequestId).toUInt();
     DataTaskCallback callback; // a copy: the entry stays for further replies
     unsigned int cancelsBefore = 0;
     {

@@ -181,8 +181,8 @@ public slots:
 private:
     JtagSession() = default;
 
-    void returnToTask(CmdPack const& pack);
-    void returnToDataTask(CmdPack const& pack);
+    void returnToTask(unsigned int id, CmdPack const& pack);
+    void returnToDataTask(unsigned int id, CmdPack const& pack);
     void startServer(QString const& program, QStringList const& arguments, JtagServer const& server,
                      QList<JtagServer>& started);
 
