@@ -80,7 +80,6 @@ Comparison comparisonOf(Kind const& kind, std::string const& size, int rows,
     comparison.aim = 3;
     comparison.size = rows;
     comparison.otherSize = rows / 10;
-    comparison.repetitions = 7;
     comparison.work = [=](benchmark::State& state) {
         QDomElement const& window = inputs->at(int(state.range(0)))->window.element;
         for (auto _ : state) {

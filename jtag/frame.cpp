@@ -253,8 +253,10 @@ private:
     void string(QString const& text)
     {
         number(2 * quint32(text.size()));
-        qToBigEndian<quint16>(text.utf16(), text.size(), m_at);
-        m_at += 2 * text.size();
+        for (QChar const character : text) { // of a word: a call would take longer
+            *m_at++ = char(character.row());
+            *m_at++ = char(character.cell());
+        }
     }
 
     void bits(QBitArray const& bits)
