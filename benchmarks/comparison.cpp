@@ -87,9 +87,9 @@ void printComparison(Comparison const& comparison, Collector& times)
         return; // filtered out
     double const ratio = work / limit;
     double growth = 0;
-    if (comparison.otherSize) {
-        double const other = times.least(comparison, Part::Work, comparison.otherSize) /
-                             times.least(comparison, Part::Limit, comparison.otherSize);
+    double const otherLimit = times.least(comparison, Part::Limit, comparison.otherSize);
+    if (otherLimit > 0) { // neither without another size nor filtered out
+        double const other = times.least(comparison, Part::Work, comparison.otherSize) / otherLimit;
         growth = comparison.otherSize < comparison.size ? ratio / other : other / ratio;
     }
     bool const inAim = ratio <= comparison.aim || work - limit <= comparison.slack;
