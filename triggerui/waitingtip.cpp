@@ -1,0 +1,1 @@
+#include "triggerui/waitingtip.h"
