@@ -1,0 +1,163 @@
+#pragma once
+
+#include "results/dataformatter.h"
+#include "results/signaldata.h"
+#include "wavemonitor/localized.h"
+
+#include <QBitArray>
+#include <QDomElement>
+#include <QList>
+#include <QVector>
+#include <QWidget>
+
+class QLabel;
+class QSplitter;
+
+namespace WaveMonitor {
+
+struct BusData;
+struct DrawConfig;
+class Notification;
+class RulerView;
+class SignalTreeModel;
+class SignalTreeView;
+class WaveView;
+
+/// A monitor as a host embeds it: the tree of rows, the ruler and the waves, which scroll, zoom and
+/// select together. The host gives it a capture, row by row or as a "Window" element, and saves and
+/// restores it; everything else happens through the context menus inside.
+///
+/// Times count in samples. Monitors of one process are told apart by their `domain`, which must
+/// differ. Parts of the monitor are children of the widget.
+class WaveMonitorWidget : public QWidget, public Localized
+{
+    Q_OBJECT
+    Q_PROPERTY(qreal zoomRate READ zoomRate WRITE setZoomRate)
+    Q_PROPERTY(quint64 domain READ domain WRITE setDomain)
+
+public:
+    /// `config` may be null; only its column widths are used, for the first width of the tree.
+    explicit WaveMonitorWidget(unsigned long long domain, QWidget* parent = nullptr,
+                               DrawConfig* config = nullptr);
+    ~WaveMonitorWidget() override;
+
+    /// Adds a row to the capture. A signal whose id is there already replaces its data.
+    void addData(SignalData const& signal);
+    void addData(BusData const& bus);
+
+    /// The number of windows that lie one after the other in the data; less than 1 counts as 1.
+    void setWindowsNum(int count);
+    int windowsNum() const { return m_windowsNum; }
+
+    /// The trigger's sample within one window. The cursor goes there.
+    void setTriggerPosition(int time);
+
+    /// The default format of the monitor.
+    void setDataFormat(DataFormat::Type type);
+    DataFormat::Type dataFormat() const;
+
+    /// New samples for the signals with the ids from 0 on; ignored unless there is a vector for
+    /// each signal.
+    void updataWaveDatas(QList<QBitArray> const& datas);
+
+    void updateAutoCounter(int count);
+
+    /// The window title says the core, or the window where `core` is -1.
+    void setTitle(int window, int core);
+
+    /// Centres the waves on a sample, at most the ruler's length.
+    void jump(int time);
+
+    /// The element "Window" with data and arrangement, made in the document but not placed in it.
+    /// It has no attribute "index": whoever places it sets that.
+    QDomElement save(QDomDocument& document) const;
+
+    /// The element "Layout" alone, made in the document but not placed in it.
+    QDomElement saveLayout(QDomDocument& document) const;
+
+    /// Takes a "Window" element. Index 0 replaces everything; any other index, or none, appends its
+    /// samples to the present signals.
+    void restore(QDomElement const& window);
+
+    /// Takes a "Layout" element: rows as they were arranged, over the present data.
+    void restoreLayout(QDomElement const& layout);
+
+    /// A new record, the caller's.
+    DrawConfig* getDrawConfigs() const;
+
+    /// Takes column widths, layout, format and zoom; null is ignored.
+    void setWindowConfig(DrawConfig* config);
+
+    double zoomRate() const { return m_zoomRate; }
+
+    /// Stores the rate and tells nobody; `zoomTo` zooms. Ignored unless finite and above 0.
+    void setZoomRate(double rate);
+
+    /// Zooms to a rate, which is held within 1/256 and 16. Ignored unless finite and above 0.
+    void zoomTo(double rate);
+
+    /// Puts the model's wave items one below the other, 30 apart, or takes all of them away.
+    void rearrangeWaveItems();
+    void removeAllWaveItems();
+
+    SignalTreeModel* model() const { return m_model; }
+    SignalTreeView* treeView() const { return m_treeView; }
+    WaveView* waveView() const { return m_waveView; }
+    RulerView* rulerView() const { return m_rulerView; }
+
+    Q_INVOKABLE void handleEvents(Notification* note);
+
+    /// Swallows the key presses of the objects that it watches: the wave view and the ruler.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+Q_SIGNALS:
+    void updateMarkerAct();
+
+public Q_SLOTS:
+    void zoomIn();
+    void zoomOut();
+
+    /// Shows the whole capture, as far as the least zoom rate goes. Without data nothing changes.
+    void zoomFit();
+
+    void slots_sectionResized(int index, int oldSize, int newSize);
+    void gotoCursor();
+    void gotoTime0();
+    void gotoLastTime();
+    void previousTransition();
+    void nextTransition();
+
+    /// On the first sample from the cursor on that has neither a marker nor the trigger.
+    void addMarker();
+
+    /// The cursor goes to the next marked sample, a marker or a trigger.
+    void previousMarker();
+    void nextMarker();
+    void deleteAllMarkers();
+    void onUpdateCursorTime();
+
+private:
+    void makeTree(int width);
+    void makeCaptions();
+    void placeCaptions();
+    void makeViews();
+    void layOut();
+    void dataChanged();
+    void zoomBy(double rate);
+    int cursorTime() const;
+    void moveCursor(int time);
+
+    SignalTreeModel* m_model = nullptr;
+    SignalTreeView* m_treeView = nullptr;
+    WaveView* m_waveView = nullptr;
+    RulerView* m_rulerView = nullptr;
+    QLabel* m_autoCounterLabel = nullptr;
+    QList<QLabel*> m_headerLabels;
+    QVector<int> m_captionShifts; // of each caption against its section, in pixels
+    double m_zoomRate = 1.0;
+    int m_coreIndex = 0;
+    int m_windowIndex = 0;
+    int m_windowsNum = 1;
+};
+
+} // namespace WaveMonitor
