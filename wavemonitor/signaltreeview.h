@@ -10,7 +10,6 @@
 
 namespace VEK {
 class RealDialog;
-struct RealType;
 } // namespace VEK
 
 namespace WaveMonitor {
@@ -108,8 +107,7 @@ private:
     void postNotification(int type);
     void askRowHeight();
     void askRealType();
-    void setRealType(VEK::RealType const& type);
-    void finishFormatChange(int changedBuses);
+    void finishFormatChange();
 
     std::unique_ptr<DragDropDelegate> m_delegate; // the drag in progress
     std::unique_ptr<ContextMenuDelegate> m_menu;

@@ -11,13 +11,12 @@
 #include <QWidget>
 
 class QLabel;
-class QSplitter;
 
 namespace WaveMonitor {
 
 struct BusData;
 struct DrawConfig;
-class Notification;
+struct Notification;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
@@ -143,7 +142,6 @@ private:
     void makeViews();
     void layOut();
     void dataChanged();
-    void zoomBy(double rate);
     int cursorTime() const;
     void moveCursor(int time);
 
