@@ -1,0 +1,139 @@
+#include "wavemonitor/timeslider.h"
+
+#include "wavemonitor/constants.h"
+
+#include <QCursor>
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace WaveMonitor {
+
+namespace {
+
+constexpr double kFlagHeight = 15.0;
+constexpr double kMinWidth = 10.0;
+constexpr int kFontPoints = 9;
+
+QSizeF timeTextSize(int time)
+{
+    QFontMetricsF const metrics(monitorFontOfPointSize(kFontPoints));
+    return QSizeF(metrics.horizontalAdvance(QString::number(time)), metrics.height());
+}
+
+QRectF sliderRect(int time)
+{
+    QSizeF const text = timeTextSize(time);
+    double const height = text.height() + kFlagHeight;
+    return QRectF(0.0, -height, std::max(text.width(), kMinWidth), height);
+}
+
+void paintSlider(QPainter* painter, QPainterPath const& shape, int time, QColor const& outline,
+                 QColor const& filling)
+{
+    painter->save();
+    painter->setPen(outline);
+    painter->setBrush(filling);
+    painter->drawPath(shape);
+    painter->setFont(monitorFontOfPointSize(kFontPoints));
+    QSizeF const text = timeTextSize(time);
+    painter->drawText(QRectF(QPointF(0.0, -kFlagHeight - text.height()), text), Qt::AlignCenter,
+                      QString::number(time));
+    painter->restore();
+}
+
+} // namespace
+
+int heldTime(int time, int length)
+{
+    return std::max(length > 0 ? std::min(time, length - 1) : time, 0);
+}
+
+QPainterPath sliderShape()
+{
+    QPainterPath path;
+    path.addPolygon(QPolygonF({{0.0, -15.0}, {8.0, -15.0}, {8.0, -5.0}, {0.0, 0.0}}));
+    path.closeSubpath();
+    return path;
+}
+
+TimeSliderItem::TimeSliderItem(QGraphicsItem* parent)
+    : QGraphicsObject(parent), m_shape(sliderShape())
+{
+    setFlags(ItemIgnoresTransformations | ItemIsSelectable);
+    setCursor(Qt::SizeHorCursor);
+}
+
+void TimeSliderItem::setTime(int time)
+{
+    prepareGeometryChange();
+    m_time = heldTime(time, m_length);
+    update();
+}
+
+void TimeSliderItem::setMain(bool main)
+{
+    m_main = main;
+    update();
+}
+
+QRectF TimeSliderItem::boundingRect() const
+{
+    return sliderRect(m_time);
+}
+
+void TimeSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
+{
+    paintSlider(painter, m_shape, m_time, Qt::white, m_main ? Qt::white : Qt::red);
+}
+
+CursorSliderItem::CursorSliderItem(QGraphicsItem* parent)
+    : QGraphicsObject(parent), m_shape(sliderShape())
+{
+    setFlags(ItemIgnoresTransformations | ItemIsSelectable);
+}
+
+void CursorSliderItem::setTime(int time)
+{
+    prepareGeometryChange();
+    m_time = heldTime(time, m_length);
+    setX(m_time * Constants::Graphics::kSampleWidth);
+    update();
+}
+
+void CursorSliderItem::setLength(int length)
+{
+    m_length = length;
+    setTime(m_time);
+}
+
+QRectF CursorSliderItem::boundingRect() const
+{
+    return sliderRect(m_time);
+}
+
+void CursorSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
+{
+    paintSlider(painter, m_shape, m_time, QColor(0xFFA500), QColor(0xFFA500));
+}
+
+TimeSliderData::~TimeSliderData()
+{
+    delete m_item;
+}
+
+TimeSliderItem* TimeSliderData::sliderItem()
+{
+    if (m_item.isNull()) {
+        m_item = new TimeSliderItem;
+    }
+    return m_item;
+}
+
+int TimeSliderData::time() const
+{
+    return m_item.isNull() ? 0 : m_item->time();
+}
+
+} // namespace WaveMonitor
