@@ -19,7 +19,7 @@ namespace WaveMonitor {
 namespace {
 
 constexpr int kHeight = 50;
-constexpr int kScaleTop = 30; // viewport y of the scale; flags and red ticks stand above it
+constexpr int kScaleTop = 30; // room above the scale, for flags and red ticks
 
 } // namespace
 

@@ -90,7 +90,9 @@ void WaveView::setZoomRate(double rate)
     NotificationCenter* hub = NotificationCenter::shared();
     hub->sendEvent(new Notification(ZoomAboutToChange, this), this);
     m_zoomRate = rate;
+    int const vertical = verticalScrollBar()->value();
     setTransform(QTransform::fromScale(rate, 1.0));
+    verticalScrollBar()->setValue(vertical); // the anchor may have moved it by a pixel
     hub->postEvent(new Notification(ZoomChanged, this), this);
     hub->postEvent(new Notification(HorizontalScrollChanged, this), this);
 }

@@ -140,10 +140,11 @@ void WaveView::wheelEvent(QWheelEvent* event)
     event->accept();
 }
 
-/// Installed on the ruler's viewport, whose wheel is the wave view's.
+/// Installed on the ruler's viewport, whose wheel is the wave view's; the base class watches the
+/// view's own scroll bars, to which it hands the wheel on.
 bool WaveView::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::Wheel) {
+    if (event->type() == QEvent::Wheel && !isAncestorOf(qobject_cast<QWidget*>(watched))) {
         wheelEvent(static_cast<QWheelEvent*>(event));
         return true;
     }

@@ -15,6 +15,7 @@ namespace WaveMonitor {
 namespace {
 
 constexpr int kDistanceFontPoints = 9;
+constexpr int kDistanceHeight = 12; // no higher than its place, so that no font is cut off below
 constexpr QRgb kCursorColor = 0xFFFFA500;
 
 } // namespace
@@ -50,13 +51,13 @@ void WaveView::paintDistance(QPainter& painter, int time, int from, QColor const
     double const x = deviceX(time);
     QString const text = QString::number(qint64(time) - from);
     QFontMetricsF const metrics(painter.font(), viewport());
-    QSizeF const size(metrics.horizontalAdvance(text), metrics.height());
-    if (x + 3.0 + size.width() < 0.0 || x > viewport()->width()) {
+    double const width = metrics.horizontalAdvance(text);
+    if (x + 3.0 + width < 0.0 || x > viewport()->width()) {
         return;
     }
+    QRectF const box(qRound(x) + 3, viewport()->height() - kDistanceHeight, width, kDistanceHeight);
     painter.setPen(color);
-    painter.drawText(QRectF(QPointF(qRound(x) + 3, viewport()->height() - 12), size),
-                     Qt::AlignCenter, text);
+    painter.drawText(box, Qt::AlignCenter | Qt::TextDontClip, text);
 }
 
 void WaveView::paintTriggers(QPainter& painter) const
