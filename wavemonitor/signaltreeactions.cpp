@@ -206,7 +206,7 @@ void SignalTreeView::askRealType()
     if (!dialog)
         return;
     dialog->deleteLater();
-    if (dialog->confirmed())
+    if (dialog->confirmed)
         onRealApply();
     m_realDialog = nullptr;
 }
@@ -217,7 +217,7 @@ void SignalTreeView::onRealApply()
         return;
     for (LayoutNode* bus : selectedBuses()) {
         bus->formatter->setFormatType(DataFormat::Real);
-        bus->formatter->setRealType(m_realDialog->realType());
+        bus->formatter->setRealType(m_realDialog->realType);
     }
     postNotification(DataFormatChanged);
     finishFormatChange();

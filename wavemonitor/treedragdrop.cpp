@@ -1,11 +1,13 @@
 #include "wavemonitor/treedragdrop.h"
 
+#include "wavemonitor/layoutnode.h"
 #include "wavemonitor/mlog.h"
 #include "wavemonitor/signaltreemodel.h"
 
 #include <QApplication>
 #include <QDropEvent>
 #include <QPainter>
+#include <QSet>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -143,9 +145,15 @@ void SignalTreeView::DragDropDelegate::complete(QEvent* event)
         return;
     leaveDraggedRows();
     MLog() << "drop " << positionText(m_position);
-    QItemSelectionModel* selection = m_view->selectionModel();
-    for (QModelIndex const& moved : moveRows())
-        selection->select(moved, QItemSelectionModel::Select);
+    QSet<LayoutNode const*> open; // rows that are taken away and put back come back collapsed
+    for (QPersistentModelIndex const& index : qAsConst(m_dragged)) {
+        if (m_view->isExpanded(index))
+            open.insert(nodeAt(index));
+    }
+    for (QModelIndex const& moved : moveRows()) {
+        m_view->selectionModel()->select(moved, QItemSelectionModel::Select);
+        m_view->setExpanded(moved, open.contains(nodeAt(moved)));
+    }
     m_view->setStyle(nullptr);
     invalidate();
 }

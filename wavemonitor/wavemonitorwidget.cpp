@@ -200,6 +200,7 @@ DataFormat::Type WaveMonitorWidget::dataFormat() const
 void WaveMonitorWidget::updataWaveDatas(QList<QBitArray> const& datas)
 {
     m_model->updataSingalDatas(datas);
+    m_waveView->updateAllItems(); // the capture may be longer or shorter now
     dataChanged();
 }
 
