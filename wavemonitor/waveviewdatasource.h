@@ -10,7 +10,7 @@ namespace WaveMonitor {
 
 class BusWaveItem;
 class DividerWaveItem;
-class LayoutNode;
+struct LayoutNode;
 class ModelLayout;
 class SignalTreeModel;
 class SignalWaveItem;

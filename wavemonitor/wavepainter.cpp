@@ -1,0 +1,108 @@
+#include "wavemonitor/wavepainter.h"
+
+#include <QPaintEngine>
+
+namespace WaveMonitor {
+
+namespace {
+
+/// Beyond this size of a picture lines are left to the painter.
+constexpr double MostPixels = 1 << 15;
+
+} // namespace
+
+WavePainter::WavePainter(QPainter* painter, QRectF const& exposed)
+    : m_painter(painter), m_itemTransform(painter->worldTransform()),
+      m_map(painter->deviceTransform())
+{
+    painter->save();
+    m_exact = setUpExact(exposed);
+}
+
+WavePainter::~WavePainter()
+{
+    m_painter->restore();
+}
+
+bool WavePainter::setUpExact(QRectF const& exposed)
+{
+    if (m_painter->paintEngine()->type() != QPaintEngine::Raster ||
+        m_painter->testRenderHint(QPainter::Antialiasing) || m_map.type() > QTransform::TxScale ||
+        !(m_map.m11() > 0) || !(m_map.m22() > 0))
+        return false;
+    QRectF const area = m_map.mapRect(exposed);
+    if (!(area.width() <= MostPixels && area.height() <= MostPixels &&
+          std::abs(area.x()) <= MostPixels && std::abs(area.y()) <= MostPixels))
+        return false;
+    // Lines reach half a pixel beyond their ends.
+    m_window = QRect(QPoint(int(std::floor(area.left())) - 1, int(std::floor(area.top())) - 1),
+                     QPoint(int(std::floor(area.right())) + 1, int(std::floor(area.bottom())) + 1));
+    m_painter->resetTransform();
+    m_painter->setWorldTransform(m_painter->deviceTransform().inverted());
+    return true;
+}
+
+void WavePainter::fillPixels(QColor const& color)
+{
+    m_painter->setPen(Qt::NoPen);
+    m_painter->setBrush(color);
+    m_painter->drawRects(m_pixels);
+    m_pixels.clear();
+}
+
+void WavePainter::fillRect(QRectF const& rect, QColor const& color)
+{
+    m_painter->fillRect(mapped(rect), color);
+}
+
+void WavePainter::drawLines(QVector<QLineF> const& lines, QPen const& pen)
+{
+    if (lines.isEmpty())
+        return;
+    m_painter->setPen(pen);
+    if (!m_exact) {
+        m_painter->drawLines(lines);
+        return;
+    }
+    for (QLineF const& line : lines)
+        m_painter->drawLine(m_map.map(line));
+}
+
+void WavePainter::drawHorizontalLine(double left, double right, double y, QColor const& color)
+{
+    if (m_exact) {
+        addPixels(column(left), column(right), row(y), row(y));
+        fillPixels(color);
+    } else {
+        drawLines({QLineF(left, y, right, y)}, QPen(color, 0));
+    }
+}
+
+void WavePainter::drawRect(QRectF const& rect, QPen const& pen, QColor const& brush)
+{
+    if (m_exact) {
+        addPixels(column(rect.left()), column(rect.right()), row(rect.top()), row(rect.bottom()));
+        fillPixels(brush);
+        return;
+    }
+    m_painter->setPen(pen);
+    m_painter->setBrush(brush);
+    m_painter->drawRect(rect);
+}
+
+void WavePainter::setEllipseStyle(QPen const& pen, QColor const& brush)
+{
+    m_painter->setPen(pen);
+    m_painter->setBrush(brush);
+}
+
+QPainter* WavePainter::unscaledPainter(QPen const& pen, QFont const& font)
+{
+    QTransform const& t = m_itemTransform;
+    m_painter->setWorldTransform(QTransform(1, t.m12(), t.m21(), 1, t.dx(), t.dy()));
+    m_painter->setPen(pen);
+    m_painter->setFont(font);
+    return m_painter;
+}
+
+} // namespace WaveMonitor
