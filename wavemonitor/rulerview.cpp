@@ -141,20 +141,16 @@ void RulerView::activeMarker(TimeSliderItem* item)
     }
     if (TimeSliderData* head = timeMarker()) {
         head->sliderItem()->setMain(false);
+        head->sliderItem()->setZValue(0.0);
     }
     item->setMain(true);
     item->setZValue(1.0);
-    int found = -1;
-    for (int i = 0; i < m_timeMarkers.size(); ++i) {
-        if (m_timeMarkers.at(i)->item() == item) {
-            found = i;
-        } else {
-            m_timeMarkers.at(i)->sliderItem()->setZValue(0.0);
-        }
-    }
-    if (found >= 0) {
+    auto const isItems = [item](TimeSliderData const* data) { return data->item() == item; };
+    auto const found = std::find_if(m_timeMarkers.cbegin(), m_timeMarkers.cend(), isItems);
+    if (found != m_timeMarkers.cend()) {
+        int const index = static_cast<int>(found - m_timeMarkers.cbegin());
         announce(ActiveMarkerAboutToChange);
-        m_timeMarkers.move(found, 0);
+        m_timeMarkers.move(index, 0);
         report(ActiveMarkerChanged);
     }
 }

@@ -59,7 +59,7 @@ QPainterPath sliderShape()
 }
 
 TimeSliderItem::TimeSliderItem(QGraphicsItem* parent)
-    : QGraphicsObject(parent), m_shape(sliderShape())
+    : QGraphicsObject(parent), m_shape(sliderShape()), m_rect(sliderRect(0))
 {
     setFlags(ItemIgnoresTransformations | ItemIsSelectable);
     setCursor(Qt::SizeHorCursor);
@@ -69,6 +69,7 @@ void TimeSliderItem::setTime(int time)
 {
     prepareGeometryChange();
     m_time = heldTime(time, m_length);
+    m_rect = sliderRect(m_time);
     update();
 }
 
@@ -78,18 +79,13 @@ void TimeSliderItem::setMain(bool main)
     update();
 }
 
-QRectF TimeSliderItem::boundingRect() const
-{
-    return sliderRect(m_time);
-}
-
 void TimeSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
 {
     paintSlider(painter, m_shape, m_time, Qt::white, m_main ? Qt::white : Qt::red);
 }
 
 CursorSliderItem::CursorSliderItem(QGraphicsItem* parent)
-    : QGraphicsObject(parent), m_shape(sliderShape())
+    : QGraphicsObject(parent), m_shape(sliderShape()), m_rect(sliderRect(0))
 {
     setFlags(ItemIgnoresTransformations | ItemIsSelectable);
 }
@@ -98,6 +94,7 @@ void CursorSliderItem::setTime(int time)
 {
     prepareGeometryChange();
     m_time = heldTime(time, m_length);
+    m_rect = sliderRect(m_time);
     setX(m_time * Constants::Graphics::kSampleWidth);
     update();
 }
@@ -106,11 +103,6 @@ void CursorSliderItem::setLength(int length)
 {
     m_length = length;
     setTime(m_time);
-}
-
-QRectF CursorSliderItem::boundingRect() const
-{
-    return sliderRect(m_time);
 }
 
 void CursorSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)

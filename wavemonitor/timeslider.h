@@ -39,7 +39,7 @@ public:
     int num() const { return m_num; }
     void setNum(int num) { m_num = num; }
 
-    QRectF boundingRect() const override;
+    QRectF boundingRect() const override { return m_rect; }
     QPainterPath shape() const override { return m_shape; }
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
 
@@ -49,6 +49,7 @@ private:
     int m_length = 0;
     int m_num = 1;
     QPainterPath m_shape;
+    QRectF m_rect;
 };
 
 /// The cursor on the ruler, drawn at its own size at every zoom. It moves with its time.
@@ -68,7 +69,7 @@ public:
     /// Stores the length and brings a time beyond it back.
     void setLength(int length);
 
-    QRectF boundingRect() const override;
+    QRectF boundingRect() const override { return m_rect; }
     QPainterPath shape() const override { return m_shape; }
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
 
@@ -76,6 +77,7 @@ private:
     int m_time = 0;
     int m_length = 0;
     QPainterPath m_shape;
+    QRectF m_rect;
 };
 
 /// One time marker: the owner of its item, which may be in a scene. The item may also go first,

@@ -205,9 +205,12 @@ void WaveView::settleLayout()
 void WaveView::takeMarkers(QObject const* sender)
 {
     auto const markers = sender->property("timeMarkers").value<QList<TimeSliderData*>>();
-    m_timeMarkers.clear();
-    for (TimeSliderData* data : markers) {
-        m_timeMarkers.append(data->sliderItem());
+    if (!markers.isSharedWith(m_takenMarkers)) { // else this is one of many notes on one change
+        m_takenMarkers = markers;
+        m_timeMarkers.clear();
+        for (TimeSliderData* data : markers) {
+            m_timeMarkers.append(data->sliderItem());
+        }
     }
     viewport()->update();
     Q_EMIT updateMarkerAct();

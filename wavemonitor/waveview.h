@@ -150,7 +150,8 @@ private:
 
     QRect m_shadeLeft;
     QRect m_shadeRight;
-    QVector<QPointer<TimeSliderItem>> m_timeMarkers; // the active one first
+    QList<TimeSliderData*> m_takenMarkers;           // not owned, only compared
+    QVector<QPointer<TimeSliderItem>> m_timeMarkers; // their items, the active one first
     DataSourceProtocol* m_dataSource = nullptr;
     QPointer<CursorSliderItem> m_cursor;
     TimeMarks m_marks;

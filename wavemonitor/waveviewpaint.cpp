@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kDistanceFontPoints = 9;
 constexpr int kDistanceHeight = 12; // no higher than its place, so that no font is cut off below
+constexpr double kWidestDistance = 1000.0; // no distance's text is so wide
 constexpr QRgb kCursorColor = 0xFFFFA500;
 
 } // namespace
@@ -49,12 +50,11 @@ void WaveView::paintTimeLine(QPainter& painter, qint64 time, QColor const& color
 void WaveView::paintDistance(QPainter& painter, int time, int from, QColor const& color) const
 {
     double const x = deviceX(time);
-    QString const text = QString::number(qint64(time) - from);
-    QFontMetricsF const metrics(painter.font(), viewport());
-    double const width = metrics.horizontalAdvance(text);
-    if (x + 3.0 + width < 0.0 || x > viewport()->width()) {
+    if (x < -kWidestDistance || x > viewport()->width()) {
         return;
     }
+    QString const text = QString::number(qint64(time) - from);
+    double const width = QFontMetricsF(painter.font(), viewport()).horizontalAdvance(text);
     QRectF const box(qRound(x) + 3, viewport()->height() - kDistanceHeight, width, kDistanceHeight);
     painter.setPen(color);
     painter.drawText(box, Qt::AlignCenter | Qt::TextDontClip, text);
