@@ -16,12 +16,9 @@ namespace {
 
 constexpr QRgb MemberBackground = 0xdddddd;
 
-/// The bit at a time as the formatter shows it; a null array past either end.
-QBitArray sampleAt(SignalElement const* element, int time)
+bool hasSample(SignalElement const* element, int time)
 {
-    if (!element || time < 0 || time >= element->data.size())
-        return QBitArray();
-    return QBitArray(1, element->data.testBit(time));
+    return element && time >= 0 && time < element->data.size();
 }
 
 QVariant background(LayoutNode const* node)
@@ -167,8 +164,12 @@ QVariant SignalTreeModel::nameFont(LayoutNode const* node) const
 
 QString SignalTreeModel::valueText(LayoutNode const* node) const
 {
-    if (node->type == LayoutNode::Signal)
-        return node->formatter->format(sampleAt(signalElementByID(node->id), m_currentTime));
+    if (node->type == LayoutNode::Signal) {
+        SignalElement const* const element = m_elements.value(node->id);
+        return node->formatter->format(hasSample(element, m_currentTime)
+                                           ? QBitArray(1, element->data.testBit(m_currentTime))
+                                           : QBitArray());
+    }
     if (node->type == LayoutNode::Bus)
         return node->formatter->format(busValue(node));
     return QStringLiteral("");
@@ -182,10 +183,11 @@ QBitArray SignalTreeModel::busValue(LayoutNode const* bus) const
     for (LayoutNode const* child : bus->children) {
         if (child->type == LayoutNode::Divider)
             continue;
-        QBitArray const sample = sampleAt(signalElementByID(child->id), m_currentTime);
-        if (width == 0 && sample.isEmpty())
+        SignalElement const* const element = m_elements.value(child->id);
+        bool const sampled = hasSample(element, m_currentTime);
+        if (width == 0 && !sampled)
             return QBitArray();
-        value.setBit(width++, !sample.isEmpty() && sample.testBit(0));
+        value.setBit(width++, sampled && element->data.testBit(m_currentTime));
     }
     value.truncate(width);
     return width > 0 ? value : QBitArray();
