@@ -1,0 +1,259 @@
+#include "wavemonitor/notificationcenter.h"
+#include "wavemonitor/rulerview.h"
+#include "wavemonitor/scaleruler.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTimer>
+#include <QtTest>
+
+using namespace WaveMonitor;
+
+namespace {
+
+using Types = QList<NotificationType>;
+
+/// Keeps the markers as an observer does, and reads them again at the next report.
+class Reader : public QObject
+{
+    Q_OBJECT
+
+public:
+    Reader()
+    {
+        NotificationCenter::shared()->registerObserver(
+            this, Types{MarkerAboutToBeCreated, MarkerCreated, ActiveMarkerAboutToChange,
+                        ActiveMarkerChanged, MarkerAboutToBeRemoved, MarkerRemoved});
+    }
+    ~Reader() override { NotificationCenter::shared()->unregisterObserver(this); }
+
+    Q_INVOKABLE void handleEvents(Notification* note);
+
+    Types types;
+    QList<int> times;
+    QList<TimeSliderData*> markers;
+};
+
+void Reader::handleEvents(Notification* note)
+{
+    types.append(note->type);
+    times.clear();
+    for (TimeSliderData* data : qAsConst(markers)) {
+        times.append(data->time());
+    }
+    markers = note->sender->property("timeMarkers").value<QList<TimeSliderData*>>();
+}
+
+QList<int> times(RulerView const& ruler)
+{
+    QList<int> list;
+    for (TimeSliderData* data : ruler.timeMarkers()) {
+        list.append(data->time());
+    }
+    return list;
+}
+
+/// A point within the flag of that sample.
+QPoint flagAt(RulerView const& ruler, int time)
+{
+    return ruler.mapFromScene(time * 50.0, 0.0) + QPoint(4, -10);
+}
+
+void drag(RulerView& ruler, QPoint const& from, QPoint const& to)
+{
+    QWidget* viewport = ruler.viewport();
+    QTest::mousePress(viewport, Qt::LeftButton, {}, from);
+    QMouseEvent move(QEvent::MouseMove, to, Qt::LeftButton, Qt::LeftButton, {});
+    QApplication::sendEvent(viewport, &move);
+    QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
+}
+
+/// Opens the menu at a point, runs the entry of that index and returns the entries' texts.
+QStringList useMenu(RulerView& ruler, QPoint const& at, int entry)
+{
+    QStringList texts;
+    QTimer::singleShot(0, &ruler, [&texts, entry] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (menu == nullptr) {
+            return;
+        }
+        for (QAction const* action : menu->actions()) {
+            texts.append(action->text());
+        }
+        menu->setActiveAction(menu->actions().value(entry));
+        QTest::keyClick(menu, entry < texts.size() ? Qt::Key_Return : Qt::Key_Escape);
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, ruler.viewport()->mapToGlobal(at));
+    QApplication::sendEvent(ruler.viewport(), &event);
+    QCoreApplication::processEvents();
+    return texts;
+}
+
+} // namespace
+
+class RulerViewTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_ruler = std::make_unique<RulerView>();
+        m_ruler->resize(814, 50);
+        m_ruler->setLength(100);
+        m_ruler->show();
+    }
+
+    void cleanup() { m_ruler.reset(); }
+
+    void markersAreOrderedByActivity()
+    {
+        Reader reader;
+        m_ruler->createMarker(5);
+        m_ruler->addMarker(8);
+        QCOMPARE(times(*m_ruler), (QList<int>{8, 5}));
+        QCoreApplication::processEvents();
+        QCOMPARE(reader.types, (Types{MarkerAboutToBeCreated, MarkerAboutToBeCreated, MarkerCreated,
+                                      MarkerCreated}));
+        reader.types.clear();
+
+        TimeSliderItem* older = m_ruler->timeMarkers().at(1)->item();
+        TimeSliderItem* newer = m_ruler->timeMarker()->item();
+        QVERIFY(newer->isMain() && !older->isMain());
+        QVERIFY(newer->zValue() > older->zValue());
+        m_ruler->activeMarker(older);
+        QCOMPARE(times(*m_ruler), (QList<int>{5, 8}));
+        QVERIFY(older->isMain() && !newer->isMain());
+        QCOMPARE(older->zValue(), 1.0);
+        QCOMPARE(newer->zValue(), 0.0);
+
+        m_ruler->removeMarker(older);
+        QVERIFY(newer->isMain());
+        m_ruler->removeMarker(m_ruler->cursorItem());
+        m_ruler->removeMarker(nullptr);
+        QCoreApplication::processEvents();
+        QCOMPARE(reader.types, (Types{ActiveMarkerAboutToChange, MarkerAboutToBeRemoved,
+                                      ActiveMarkerChanged, MarkerRemoved}));
+        QCOMPARE(times(*m_ruler), (QList<int>{8}));
+    }
+
+    /// The observers' copies of the list stay readable until they have been told.
+    void removedMarkersOutliveTheirReport()
+    {
+        Reader reader;
+        Reader later;
+        for (int time = 0; time < 20; ++time) {
+            m_ruler->createMarker(time);
+        }
+        QCoreApplication::processEvents();
+        m_ruler->deleteAllMarker();
+        QVERIFY(m_ruler->timeMarkers().isEmpty());
+        reader.types.clear();
+        QCoreApplication::sendPostedEvents(&reader, QEvent::MetaCall);
+        QCOMPARE(reader.types.size(), 20);
+        QVERIFY(reader.markers.isEmpty());
+        QCoreApplication::processEvents();
+        QCOMPARE(later.types.count(MarkerRemoved), 20);
+        QCOMPARE(m_ruler->scene()->items().size(), 2);
+
+        m_ruler->createMarker(3);
+        m_ruler->deleteAllMarker();
+        m_ruler.reset();
+        QCoreApplication::processEvents();
+    }
+
+    void markersAreDragged()
+    {
+        m_ruler->createMarker(3);
+        m_ruler->createMarker(6);
+        Reader reader;
+        // below the flags there is nothing to take hold of
+        drag(*m_ruler, QPoint(150, 35), QPoint(250, 35));
+        QCOMPARE(times(*m_ruler), (QList<int>{6, 3}));
+
+        drag(*m_ruler, flagAt(*m_ruler, 3), QPoint(274, 10));
+        QCOMPARE(times(*m_ruler), (QList<int>{5, 6}));
+        QCOMPARE(m_ruler->timeMarker()->item()->x(), 250.0);
+        drag(*m_ruler, flagAt(*m_ruler, 5), QPoint(275, 10));
+        QCOMPARE(times(*m_ruler), (QList<int>{6, 6}));
+        drag(*m_ruler, flagAt(*m_ruler, 6), QPoint(100000, 10));
+        QCOMPARE(times(*m_ruler).first(), 99);
+        QCOMPARE(reader.types.count(ActiveMarkerAboutToChange), 6);
+        m_ruler->horizontalScrollBar()->setValue(m_ruler->horizontalScrollBar()->maximum());
+        drag(*m_ruler, flagAt(*m_ruler, 99), QPoint(-100000, 10));
+        QCOMPARE(times(*m_ruler).first(), 0);
+    }
+
+    void timesStayWithinTheLength()
+    {
+        m_ruler->createMarker(1000);
+        m_ruler->createMarker(-1);
+        QCOMPARE(times(*m_ruler), (QList<int>{0, 99}));
+        m_ruler->cursorItem()->setTime(100);
+        QCOMPARE(m_ruler->cursorItem()->time(), 99);
+        QCOMPARE(m_ruler->cursorItem()->x(), 4950.0);
+        m_ruler->setLength(50);
+        QCOMPARE(times(*m_ruler), (QList<int>{0, 49}));
+        QCOMPARE(m_ruler->timeMarkers().at(1)->item()->x(), 2450.0);
+        QCOMPARE(m_ruler->cursorItem()->time(), 49);
+
+        // a cursor that is set before any data has come is kept
+        RulerView empty;
+        empty.cursorItem()->setTime(70);
+        empty.setLength(100);
+        QCOMPARE(empty.cursorItem()->time(), 70);
+    }
+
+    void menus()
+    {
+        QString const create = "Create Marker at Clock Period: %1";
+        QStringList const remove{"Remove Marker", "Remove All Markers"};
+        QCOMPARE(useMenu(*m_ruler, QPoint(170, 10), 0), QStringList{create.arg(3)});
+        QCOMPARE(times(*m_ruler), QList<int>{3});
+        QCOMPARE(useMenu(*m_ruler, QPoint(174, 10), 9), QStringList{create.arg(3)});
+        QCOMPARE(useMenu(*m_ruler, QPoint(175, 10), 0), QStringList{create.arg(4)});
+        QCOMPARE(useMenu(*m_ruler, QPoint(175, 40), 0), QStringList{});
+        QCOMPARE(times(*m_ruler), (QList<int>{4, 3}));
+        // the cursor does not hide a marker
+        m_ruler->cursorItem()->setTime(4);
+        QCOMPARE(useMenu(*m_ruler, flagAt(*m_ruler, 4), 0), remove);
+        QCOMPARE(times(*m_ruler), QList<int>{3});
+        m_ruler->createMarker(7);
+        QCOMPARE(useMenu(*m_ruler, flagAt(*m_ruler, 7), 1), remove);
+        QVERIFY(m_ruler->timeMarkers().isEmpty());
+        m_ruler->setLength(0);
+        QCOMPARE(useMenu(*m_ruler, QPoint(0, 10), 0), QStringList{});
+    }
+
+    void viewMayGoWhileItsMenuIsOpen()
+    {
+        QTimer::singleShot(0, this, [this] { m_ruler.reset(); });
+        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(170, 10), QPoint(170, 10));
+        QApplication::sendEvent(m_ruler->viewport(), &event);
+        QVERIFY(!m_ruler);
+    }
+
+    void pictureShowsTheFlags()
+    {
+        m_ruler->createMarker(3);
+        m_ruler->createMarker(6);
+        m_ruler->cursorItem()->setTime(9);
+        QImage const image = m_ruler->viewport()->grab().toImage();
+        QCOMPARE(image.pixelColor(flagAt(*m_ruler, 3)), QColor(Qt::red));
+        QCOMPARE(image.pixelColor(flagAt(*m_ruler, 6)), QColor(Qt::white));
+        QCOMPARE(image.pixelColor(flagAt(*m_ruler, 9)), QColor(0xFFA500));
+        QCOMPARE(image.pixelColor(QPoint(600, 10)), QColor(Qt::gray));
+        QCOMPARE(image.pixelColor(QPoint(610, 47)), QColor(0x555555));
+        QCOMPARE(image.pixelColor(QPoint(610, 49)), QColor(Qt::white));
+        QCOMPARE(m_ruler->verticalScrollBar()->maximum(), m_ruler->verticalScrollBar()->minimum());
+    }
+
+private:
+    std::unique_ptr<RulerView> m_ruler;
+};
+
+QTEST_MAIN(RulerViewTest)
+#include "tst_rulerview.moc"
