@@ -291,7 +291,8 @@ void WaveMonitorWidget::handleEvents(Notification* note)
 {
     if (note->sender->property("domain").toULongLong() != domain())
         return;
-    if (note->type == ZoomChanged)
+    // An older rate must not undo one that the waves are still to be told of.
+    if (note->type == ZoomChanged && m_unheardZooms == 0)
         setZoomRate(note->sender->property("zoomRate").toDouble());
 }
 
@@ -314,6 +315,8 @@ void WaveMonitorWidget::zoomTo(double rate)
     hub->sendEvent(new Notification(ZoomAboutToChange, this), this);
     setZoomRate(clampedZoomRate(rate));
     hub->postEvent(new Notification(ZoomChanged, this), this);
+    ++m_unheardZooms;
+    QMetaObject::invokeMethod(this, [this] { --m_unheardZooms; }, Qt::QueuedConnection);
 }
 
 void WaveMonitorWidget::zoomIn()
@@ -379,26 +382,32 @@ void WaveMonitorWidget::nextTransition()
     moveCursor(m_treeView->getNextTransition(cursorTime()));
 }
 
-void WaveMonitorWidget::addMarker()
+TimeMarks WaveMonitorWidget::marks() const
 {
     m_waveView->updateMarkerOrTrigerPos();
-    int const free = m_waveView->marks().firstFree(cursorTime());
+    TimeMarks marks = m_waveView->marks();
+    for (TimeSliderData const* marker : m_rulerView->timeMarkers())
+        marks.insert(marker->time()); // the wave view may not have heard of it yet
+    return marks;
+}
+
+void WaveMonitorWidget::addMarker()
+{
+    int const free = marks().firstFree(cursorTime());
     if (free >= 0)
         m_rulerView->addMarker(free);
 }
 
 void WaveMonitorWidget::previousMarker()
 {
-    m_waveView->updateMarkerOrTrigerPos();
-    int const time = m_waveView->marks().previous(cursorTime());
+    int const time = marks().previous(cursorTime());
     if (time >= 0)
         moveCursor(time);
 }
 
 void WaveMonitorWidget::nextMarker()
 {
-    m_waveView->updateMarkerOrTrigerPos();
-    int const time = m_waveView->marks().next(cursorTime());
+    int const time = marks().next(cursorTime());
     if (time >= 0)
         moveCursor(time);
 }

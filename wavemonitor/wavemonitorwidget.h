@@ -20,6 +20,7 @@ struct Notification;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
+class TimeMarks;
 class WaveView;
 
 /// A monitor as a host embeds it: the tree of rows, the ruler and the waves, which scroll, zoom and
@@ -144,6 +145,7 @@ private:
     void dataChanged();
     int cursorTime() const;
     void moveCursor(int time);
+    TimeMarks marks() const;
 
     SignalTreeModel* m_model = nullptr;
     SignalTreeView* m_treeView = nullptr;
@@ -153,6 +155,7 @@ private:
     QList<QLabel*> m_headerLabels;
     QVector<int> m_captionShifts; // of each caption against its section, in pixels
     double m_zoomRate = 1.0;
+    int m_unheardZooms = 0; // posted, but not delivered yet
     int m_coreIndex = 0;
     int m_windowIndex = 0;
     int m_windowsNum = 1;
