@@ -77,17 +77,23 @@ void paintBars(WavePainter& painter, BusPicture const& picture, ChartScale& scal
 void paintLine(WavePainter& painter, BusPicture const& picture, ChartScale& scale, double previous)
 {
     LinePixels lines(painter, 0, picture.formatter.rowHeight());
-    painter.setEllipseStyle(picture.pen, picture.pen.color());
+    QVector<QRectF> dots;
+    dots.reserve(picture.last - picture.first);
     for (int i = picture.first; i < picture.last; ++i) {
         double const value = scale.value(i);
         double const y = scale.yOf(value);
         double const middle = (i + 0.5) * kSampleWidth;
-        painter.drawEllipse(QRectF(middle - DotSize / 2, y - DotSize / 2, DotSize, DotSize));
+        dots.append(QRectF(middle - DotSize / 2, y - DotSize / 2, DotSize, DotSize));
         if (i > 0)
             lines.addLine(QLineF(middle - kSampleWidth, scale.yOf(previous), middle, y));
         previous = value;
     }
     lines.paint(picture.pen);
+    QPainter* const ellipses = painter.itemPainter(picture.pen, picture.pen.color());
+    for (QRectF const& dot : qAsConst(dots)) {
+        if (!lines.cover(dot)) // an ellipse takes as long as hundreds of pixels
+            ellipses->drawEllipse(dot);
+    }
 }
 
 } // namespace

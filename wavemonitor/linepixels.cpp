@@ -75,12 +75,12 @@ void LinePixels::addLine(QLineF const& line)
     QPointF const from = m_painter.map().map(line.p1());
     QPointF const to = m_painter.map().map(line.p2());
     auto const [left, right] = std::minmax(from.x(), to.x());
-    QRect const& window = m_painter.window();
-    if (right < window.left() || left > window.right() + 1)
+    if (right < m_painter.window().left() || left > m_painter.window().right() + 1)
         return;
     // The engine cuts lines at the device's edge before it rounds them, which moves some of their
-    // pixels. So those at the edge are left to it.
-    if (left < window.left() + 2 || right > window.right() - 1)
+    // pixels. So those at the edge of what is exposed are left to it.
+    QRect const& exposed = m_painter.exposedPixels();
+    if (left < exposed.left() + 1 || right > exposed.right() - 1)
         m_lines.append(line);
     else
         addSloping(from, to);
@@ -144,6 +144,23 @@ void LinePixels::paint(QPen const& pen)
     if (rows)
         m_painter.fillPixels(pen.color());
     m_painter.drawLines(m_lines, pen);
+}
+
+bool LinePixels::cover(QRectF const& rect) const
+{
+    if (!m_words)
+        return false;
+    QRect const pixels(
+        QPoint(m_painter.column(rect.left()) - 1, m_painter.row(rect.top()) - 1),
+        QPoint(m_painter.column(rect.right()) + 1, m_painter.row(rect.bottom()) + 1));
+    if (!m_area.contains(pixels))
+        return false;
+    for (int row = pixels.top(); row <= pixels.bottom(); ++row) {
+        int const begin = pixels.left() - m_area.left();
+        if (nextColumn(row - m_area.top(), begin, false) < begin + pixels.width())
+            return false;
+    }
+    return true;
 }
 
 /// The first row behind `row` with other pixels.

@@ -23,6 +23,9 @@ public:
     /// Paints what was collected; the pen is the thin one that the lines have.
     void paint(QPen const& pen);
 
+    /// Whether all pixels that a thin shape in that rectangle might have are painted by now.
+    bool cover(QRectF const& rect) const;
+
 private:
     void addSloping(QPointF from, QPointF to);
     void addSteep(int x1, int y1, int x2, int y2);

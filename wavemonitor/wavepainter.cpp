@@ -9,6 +9,9 @@ namespace {
 /// Beyond this size of a picture lines are left to the painter.
 constexpr double MostPixels = 1 << 15;
 
+/// Pixels that a wave may reach beyond its samples.
+constexpr int Overhang = 8;
+
 } // namespace
 
 WavePainter::WavePainter(QPainter* painter, QRectF const& exposed)
@@ -34,9 +37,9 @@ bool WavePainter::setUpExact(QRectF const& exposed)
     if (!(area.width() <= MostPixels && area.height() <= MostPixels &&
           std::abs(area.x()) <= MostPixels && std::abs(area.y()) <= MostPixels))
         return false;
-    // Lines reach half a pixel beyond their ends.
-    m_window = QRect(QPoint(int(std::floor(area.left())) - 1, int(std::floor(area.top())) - 1),
-                     QPoint(int(std::floor(area.right())) + 1, int(std::floor(area.bottom())) + 1));
+    m_exposed = QRect(QPoint(int(std::floor(area.left())), int(std::floor(area.top()))),
+                      QPoint(int(std::floor(area.right())), int(std::floor(area.bottom()))));
+    m_window = m_exposed.adjusted(-Overhang, -1, Overhang, 1);
     m_painter->resetTransform();
     m_painter->setWorldTransform(m_painter->deviceTransform().inverted());
     return true;
@@ -90,10 +93,12 @@ void WavePainter::drawRect(QRectF const& rect, QPen const& pen, QColor const& br
     m_painter->drawRect(rect);
 }
 
-void WavePainter::setEllipseStyle(QPen const& pen, QColor const& brush)
+QPainter* WavePainter::itemPainter(QPen const& pen, QColor const& brush)
 {
+    m_painter->setWorldTransform(m_itemTransform);
     m_painter->setPen(pen);
     m_painter->setBrush(brush);
+    return m_painter;
 }
 
 QPainter* WavePainter::unscaledPainter(QPen const& pen, QFont const& font)

@@ -29,7 +29,9 @@ public:
     /// functions of device coordinates below must not be used.
     bool isExact() const { return m_exact; }
 
-    /// Device columns and rows that have to be painted.
+    /// The device pixels that are exposed, and with them those that a slant at the end of the data
+    /// may reach.
+    QRect const& exposedPixels() const { return m_exposed; }
     QRect const& window() const { return m_window; }
 
     /// The device column of an x, and the row of a y. What lies outside of the window comes out
@@ -58,9 +60,9 @@ public:
     /// A line with a thin solid pen.
     void drawHorizontalLine(double left, double right, double y, QColor const& color);
     void drawRect(QRectF const& rect, QPen const& pen, QColor const& brush);
-    void setEllipseStyle(QPen const& pen, QColor const& brush);
-    void drawEllipse(QRectF const& rect) { m_painter->drawEllipse(mapped(rect)); }
 
+    /// Switches to the item's coordinates, for shapes.
+    QPainter* itemPainter(QPen const& pen, QColor const& brush);
     /// Switches to the item's coordinates without the scale, for texts.
     QPainter* unscaledPainter(QPen const& pen, QFont const& font);
 
@@ -80,6 +82,7 @@ private:
     QPainter* m_painter;
     QTransform m_itemTransform; ///< As the painter had it.
     QTransform m_map;           ///< To device pixels.
+    QRect m_exposed;
     QRect m_window;
     QVector<QRect> m_pixels;
     bool m_exact;

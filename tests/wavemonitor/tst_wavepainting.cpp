@@ -1,0 +1,312 @@
+#include "results/dataformatter.h"
+#include "wavemonitor/buswaveitem.h"
+#include "wavemonitor/constants.h"
+#include "wavemonitor/dividerwaveitem.h"
+#include "wavemonitor/signalwaveitem.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QStyleOptionGraphicsItem>
+#include <QtTest>
+
+#include <cmath>
+#include <functional>
+
+using namespace WaveMonitor;
+
+namespace {
+
+constexpr QSize PictureSize(320, 110);
+QColor const WaveColor(255, 128, 0);
+
+using Samples = QList<QBitArray>;
+using Paint = std::function<void(QPainter*, QStyleOptionGraphicsItem const*)>;
+
+QPen wavePen(Qt::PenJoinStyle join)
+{
+    return QPen(WaveColor, 0, Qt::SolidLine, Qt::SquareCap, join);
+}
+
+/// What a view shows that is scrolled to `origin` pixels, where only `exposed` has to be painted.
+QImage picture(Paint const& paint, QTransform const& transform, QRect const& exposed,
+               QRectF const& bounds)
+{
+    QImage image(PictureSize, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    painter.setClipRect(exposed);
+    painter.setWorldTransform(transform);
+    QStyleOptionGraphicsItem option;
+    option.exposedRect = transform.inverted().mapRect(QRectF(exposed)) & bounds;
+    paint(&painter, &option);
+    return image;
+}
+
+/// How many pixels differ, and where the first ones are.
+QString differences(QImage const& image, QImage const& expected)
+{
+    QString text;
+    int count = 0;
+    for (int i = 0; i < image.width() * image.height(); ++i) {
+        QPoint const at(i % image.width(), i / image.width());
+        if (image.pixel(at) != expected.pixel(at) && ++count <= 8)
+            text +=
+                QStringLiteral(" %1,%2 is %3").arg(at.x()).arg(at.y()).arg(image.pixel(at), 0, 16);
+    }
+    return QString::number(count) + QStringLiteral(" pixels:") + text;
+}
+
+/// The bottom line and the veil, one line or rectangle at a time.
+void paintFrame(QPainter* painter, QRectF const& exposed, double bottom, bool selected)
+{
+    painter->setPen(QPen(QColor(0x55, 0x55, 0x55), 0));
+    painter->drawLine(QPointF(exposed.left(), bottom), QPointF(exposed.right(), bottom));
+    if (selected)
+        painter->fillRect(exposed.adjusted(0, 1, 0, 0), QColor::fromRgba(0x70888888));
+}
+
+/// Each sample of a signal and each edge as a line of its own.
+void paintSignal(QPainter* painter, QRectF const& exposed, QBitArray const& data, bool selected)
+{
+    paintFrame(painter, exposed, 30, selected);
+    painter->setPen(wavePen(Qt::MiterJoin));
+    int const end = int(std::ceil(exposed.right() / 50));
+    for (int i = int(exposed.left() / 50); i < end; ++i) {
+        double const y = data.testBit(i) ? 6 : 24;
+        painter->drawLine(QPointF(i * 50, y), QPointF((i + 1) * 50, y));
+        if (i > 0 && data.testBit(i) != data.testBit(i - 1))
+            painter->drawLine(QPointF(i * 50, 6), QPointF(i * 50, 24));
+    }
+}
+
+void paintText(QPainter* painter, QRectF const& exposed, QString const& text, int pin, int end)
+{
+    QTransform const t = painter->worldTransform();
+    double const scale = t.m11();
+    QFont const font = monitorFontOfPixelSize(12);
+    QRectF const extent = QFontMetricsF(font).boundingRect(text);
+    double const room = 50.0 * (end - pin) * scale - 10;
+    QRectF const box =
+        QRectF(pin * 50 * scale + 5, 7, room, 20) &
+        QRectF(exposed.left() * scale, exposed.top(), exposed.width() * scale, exposed.height());
+    if (room < extent.width() || box.width() < extent.width() || box.height() < extent.height())
+        return;
+    painter->save();
+    painter->setWorldTransform(QTransform(1, t.m12(), t.m21(), 1, t.dx(), t.dy()));
+    painter->setFont(font);
+    painter->drawText(box, Qt::AlignLeft | Qt::AlignVCenter, text);
+    painter->restore();
+}
+
+/// The outline of one sample with its neighbours in view.
+void paintBusSample(QPainter* painter, Samples const& data, int i)
+{
+    double const slant = 5 / painter->worldTransform().m11();
+    double left = i * 50;
+    double right = (i + 1) * 50;
+    if (i == 0 || data[i - 1] != data[i]) {
+        painter->drawLine(QPointF(left, 15), QPointF(left + slant, 6));
+        painter->drawLine(QPointF(left, 15), QPointF(left + slant, 24));
+        left += slant;
+    }
+    if (i == data.size() - 1 || data[i + 1] != data[i]) {
+        painter->drawLine(QPointF(right, 15), QPointF(right - slant, 6));
+        painter->drawLine(QPointF(right, 15), QPointF(right - slant, 24));
+        right -= slant;
+    }
+    painter->drawLine(QPointF(left, 6), QPointF(right, 6));
+    painter->drawLine(QPointF(left, 24), QPointF(right, 24));
+}
+
+/// One sample of a chart; `previous` is the value of the sample before it.
+void paintChartSample(QPainter* painter, DataFormatter const& formatter, QBitArray const& sample,
+                      int i, double& previous)
+{
+    bool const isSigned = formatter.formatType() >= DataFormat::SignedBarChart;
+    bool const isBar = formatter.formatType() == DataFormat::UnsignedBarChart ||
+                       formatter.formatType() == DataFormat::SignedBarChart;
+    double const height = formatter.rowHeight();
+    double const range = std::pow(2.0, sample.size());
+    double const unit = (height - 12) / (isSigned ? range - 1 : range);
+    double const zero = isSigned ? (0.5 * range - 1) * unit + 6 : height - 6;
+    double const number = sample.size() == 1 && isSigned ? -double(sample.testBit(0))
+                                                         : formatter.format(sample).toDouble();
+    double const value = isSigned ? number : number + 1;
+    if (isBar) {
+        if (value != 0)
+            painter->fillRect(QRectF(QPointF(i * 50 + 2, std::min(zero, zero - value * unit)),
+                                     QPointF(i * 50 + 48, std::max(zero, zero - value * unit))),
+                              WaveColor);
+        return;
+    }
+    painter->setBrush(WaveColor);
+    painter->drawEllipse(QRectF(i * 50 + 24, zero - value * unit - 1, 2, 2));
+    if (i > 0)
+        painter->drawLine(QPointF(i * 50 - 25, zero - previous * unit),
+                          QPointF(i * 50 + 25, zero - value * unit));
+    previous = value;
+}
+
+void paintBus(QPainter* painter, QRectF const& exposed, Samples const& data,
+              DataFormatter const& formatter)
+{
+    int const format = formatter.formatType();
+    bool const isChart = format >= DataFormat::UnsignedBarChart;
+    paintFrame(painter, exposed, isChart ? formatter.rowHeight() - 1 : 29, false);
+    int const first = std::max(0, int(std::floor(exposed.left() / 50 - 3)));
+    int const last = std::min(data.size(), int(std::ceil(exposed.right() / 50 + 3)));
+    double previous = 0;
+    if (format >= DataFormat::SignedBarChart) {
+        double const range = std::pow(2.0, data[0].size());
+        double const zero = (range / 2 - 1) * (formatter.rowHeight() - 12) / (range - 1) + 6;
+        painter->setPen(QPen(Qt::white, 0));
+        painter->drawLine(QPointF(exposed.left(), zero), QPointF(exposed.right(), zero));
+        previous = data[0].size() == 1 ? -double(data[first].testBit(0))
+                                       : formatter.format(data[first]).toDouble();
+    }
+    painter->setPen(wavePen(Qt::RoundJoin));
+    int pin = first;
+    for (int i = first; i <= data.size(); ++i) {
+        if (i < last && isChart)
+            paintChartSample(painter, formatter, data[i], i, previous);
+        else if (i < last)
+            paintBusSample(painter, data, i);
+        if (!isChart && (i == data.size() || (i > first && data[i] != data[i - 1]))) {
+            paintText(painter, exposed, formatter.format(data[pin]), pin, i);
+            pin = i;
+            if (i > last)
+                break;
+        }
+    }
+}
+
+/// Bits with runs of that average length.
+QBitArray randomSignal(QRandomGenerator& random, int length, int run)
+{
+    QBitArray bits(length);
+    bool bit = false;
+    for (int i = 0; i < length; ++i) {
+        bit ^= random.bounded(run) == 0;
+        bits.setBit(i, bit);
+    }
+    return bits;
+}
+
+Samples samplesOf(QList<QBitArray> const& members)
+{
+    Samples samples;
+    for (int i = 0; i < members.first().size(); ++i) {
+        QBitArray sample(members.size());
+        for (int k = 0; k < members.size(); ++k)
+            sample.setBit(k, members[k].testBit(i));
+        samples.append(sample);
+    }
+    return samples;
+}
+
+} // namespace
+
+class WavePaintingTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    /// Compares at all zooms, scrolled to odd pixels, with all or a part of the picture exposed.
+    void compare(WaveItem& item, std::function<void(QPainter*, QRectF const&)> const& plain)
+    {
+        QRandomGenerator random(1);
+        item.setColor(WaveColor);
+        Paint const ours = [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
+            item.paint(painter, option, nullptr);
+        };
+        Paint const reference = [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
+            plain(painter, option->exposedRect);
+        };
+        for (double zoom : {16.0, 1.0, 1 / 3.0, 1 / 16.0, 1 / 256.0}) {
+            int const width = int(item.boundingRect().width() * zoom);
+            for (int origin : {0, 37, width / 2 + 1, width - 17}) {
+                QTransform const transform(zoom, 0, 0, 1, -origin, 3);
+                QRect const part(random.bounded(100), random.bounded(5), random.bounded(1, 200),
+                                 random.bounded(20, 100));
+                for (QRect const& exposed : {QRect(QPoint(), PictureSize), part}) {
+                    QImage const image = picture(ours, transform, exposed, item.boundingRect());
+                    QImage const expected =
+                        picture(reference, transform, exposed, item.boundingRect());
+                    QVERIFY2(image == expected,
+                             qPrintable(QStringLiteral("zoom %1, origin %2, from %3 %4, %5 by %6; ")
+                                            .arg(zoom)
+                                            .arg(origin)
+                                            .arg(exposed.x())
+                                            .arg(exposed.y())
+                                            .arg(exposed.width())
+                                            .arg(exposed.height()) +
+                                        differences(image, expected)));
+                }
+            }
+        }
+    }
+
+private Q_SLOTS:
+    void signalAsLines_data()
+    {
+        QTest::addColumn<int>("run");
+        QTest::newRow("random") << 2;
+        QTest::newRow("some edges") << 30;
+        QTest::newRow("long runs") << 3000;
+    }
+
+    void signalAsLines()
+    {
+        QFETCH(int, run);
+        QRandomGenerator random(quint32(run) + 5);
+        QBitArray const data = randomSignal(random, 3001, run);
+        SignalWaveItem item;
+        item.setWaveData(data);
+        for (bool selected : {false, true}) {
+            item.setWaveSelected(selected);
+            compare(item, [&](QPainter* painter, QRectF const& exposed) {
+                paintSignal(painter, exposed, data, selected);
+            });
+        }
+    }
+
+    void busAsLines_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("run");
+        QTest::newRow("random hex") << int(DataFormat::Hexadecimal) << 16 << 2;
+        QTest::newRow("slow hex") << int(DataFormat::Hexadecimal) << 5 << 50;
+        QTest::newRow("binary") << int(DataFormat::Binary) << 8 << 500;
+        QTest::newRow("ASCII") << int(DataFormat::Ascii) << 32 << 400;
+        QTest::newRow("long runs") << int(DataFormat::SignedDecimal) << 3 << 9000;
+        QTest::newRow("one bit") << int(DataFormat::Octal) << 1 << 7;
+        for (int format = DataFormat::UnsignedBarChart; format <= DataFormat::SignedLineChart;
+             ++format) {
+            for (int bits : {1, 2, 16, 40})
+                QTest::addRow("chart %d, %d bits", format, bits) << format << bits << 5;
+        }
+    }
+
+    void busAsLines()
+    {
+        QFETCH(int, format);
+        QFETCH(int, bits);
+        QFETCH(int, run);
+        QRandomGenerator random(quint32(run) + 7);
+        QList<QBitArray> members;
+        for (int i = 0; i < bits; ++i)
+            members.append(randomSignal(random, 3001, run));
+        Samples const samples = samplesOf(members);
+        DataFormatter const formatter{DataFormat::Type(format)};
+        BusWaveItem item(&formatter);
+        item.setWaveData(samples);
+        compare(item, [&](QPainter* painter, QRectF const& exposed) {
+            paintBus(painter, exposed, samples, formatter);
+        });
+    }
+};
+
+QTEST_MAIN(WavePaintingTest)
+#include "tst_wavepainting.moc"
