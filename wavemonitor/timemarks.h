@@ -11,8 +11,6 @@ public:
     /// Empties the set and makes room for the times 0 .. size - 1.
     void reset(int size);
 
-    int size() const { return m_size; }
-
     /// Adds a time; one outside the room is ignored.
     void insert(qint64 time);
     bool contains(int time) const;
