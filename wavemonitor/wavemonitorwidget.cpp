@@ -72,6 +72,9 @@ WaveMonitorWidget::WaveMonitorWidget(unsigned long long domain, QWidget* parent,
 WaveMonitorWidget::~WaveMonitorWidget()
 {
     NotificationCenter::shared()->unregisterObserver(this);
+    // The header tells of its geometry once more when it is hidden, and the captions are gone then.
+    m_treeView->header()->disconnect(this);
+    m_treeView->horizontalScrollBar()->disconnect(this);
     m_waveView->setDataSource(nullptr);
     delete m_model; // with the wave items, before the scene that they are in
 }
