@@ -1,0 +1,55 @@
+#include "triggerui/treelineedit.h"
+
+#include <QFont>
+#include <QTreeWidget>
+
+namespace VEK {
+
+namespace {
+
+constexpr int ValueColumn = 1;
+
+void nameItem(QTreeWidgetItem* row, SignalItem const& item)
+{
+    QString const& shown = item.text.isEmpty() ? item.name : item.text;
+    row->setText(0, shown);
+    row->setToolTip(0, shown);
+}
+
+} // namespace
+
+TreeLineEdit::TreeLineEdit(QTreeWidgetItem* item) : m_item(item)
+{
+    QFont font(QStringLiteral("Monospace"));
+    font.setStyleHint(QFont::Monospace);
+    setFont(font);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    item->treeWidget()->setItemWidget(item, ValueColumn, this);
+}
+
+TreeLineEdit* TreeLineEdit::ofItem(QTreeWidgetItem* item)
+{
+    return static_cast<TreeLineEdit*>(item->treeWidget()->itemWidget(item, ValueColumn));
+}
+
+void TreeLineEdit::focusInEvent(QFocusEvent* event)
+{
+    QLineEdit::focusInEvent(event);
+    m_item->treeWidget()->scrollToItem(m_item);
+}
+
+QTreeWidgetItem* Signal2treeItem(QTreeWidget* tree, SignalItem const& item)
+{
+    auto* const row = new QTreeWidgetItem;
+    nameItem(row, item);
+    QList<QTreeWidgetItem*> members;
+    for (SignalItem const& member : item.signalList) {
+        members << new QTreeWidgetItem;
+        nameItem(members.last(), member);
+    }
+    row->addChildren(members);
+    tree->addTopLevelItem(row);
+    return row;
+}
+
+} // namespace VEK
