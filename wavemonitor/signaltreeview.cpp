@@ -62,6 +62,13 @@ SignalTreeView::SignalTreeView(QWidget* parent, int width)
     : QTreeView(parent), m_preferredWidth(width)
 {
     m_menu = std::make_unique<ContextMenuDelegate>(this);
+    // The model paints its rows light; the indentation beside them goes along in a dark theme.
+    QPalette light = palette();
+    light.setColor(QPalette::Base, Qt::white);
+    for (auto role : {QPalette::Text, QPalette::WindowText})
+        light.setColor(role, Qt::black);
+    light.setColor(QPalette::Highlight, QColor(0x3299ff));
+    setPalette(light);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setItemDelegate(new SignalTreeItemDelegate(this));
     setFrameShape(QFrame::NoFrame);
