@@ -74,7 +74,7 @@ void LinePixels::addLine(QLineF const& line)
     }
     QPointF const from = m_painter.map().map(line.p1());
     QPointF const to = m_painter.map().map(line.p2());
-    auto const [left, right] = std::minmax(from.x(), to.x());
+    auto const [left, right] = std::minmax({from.x(), to.x()}); // by value
     if (right < m_painter.window().left() || left > m_painter.window().right() + 1)
         return;
     // The engine cuts lines at the device's edge before it rounds them, which moves some of their
