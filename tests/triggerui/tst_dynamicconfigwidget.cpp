@@ -1,0 +1,282 @@
+#include "triggerui/dynamicconfigwidget.h"
+#include "triggerui/matchunitmodel.h"
+
+#include <QAbstractItemModelTester>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTest>
+#include <QTimer>
+
+#include <limits>
+
+using namespace VEK;
+
+namespace {
+
+QStringList items(QComboBox const* box)
+{
+    QStringList texts;
+    for (int i = 0; i < box->count(); ++i)
+        texts << box->itemText(i);
+    return texts;
+}
+
+QStringList lines(QListWidget const* list)
+{
+    QStringList texts;
+    for (int i = 0; i < list->count(); ++i)
+        texts << list->item(i)->text();
+    return texts;
+}
+
+/// What a row of the table shows.
+QStringList row(QAbstractItemModel const& model, int number)
+{
+    QStringList texts;
+    for (int column = 0; column < model.columnCount(); ++column)
+        texts << model.index(number, column).data().toString();
+    return texts;
+}
+
+/// A dynamic core with two expressions; units 0 and 5 are enabled, unit 5 bound to port 3.
+struct Core : SxCore
+{
+    Core() : SxCore(0)
+    {
+        storageDepth = 64;
+        captureAmount = 16;
+        windowNum = 2;
+        triggerPos = 5;
+        expressionType = ExpressionDynamic;
+        expressions = QStringList{"M0", "M0&M5"};
+        getTrigger(3)->signalList = {SignalItem{"a", "", {}}, SignalItem{"b", "", {}}};
+        matchUnit(0)->enabled = true;
+        matchUnit(0)->value0 = "1";
+        MatchUnit* const range = matchUnit(5);
+        range->enabled = true;
+        range->trigger = getTrigger(3);
+        range->matchType = MatchRange;
+        range->func = FuncInRange;
+        range->counterEnable = true;
+        range->counter = 7;
+        range->value0 = "01";
+        range->value1 = "10";
+    }
+};
+
+struct Panel : DynamicConfigWidget
+{
+    Panel() { setEnabled(true); }
+
+    QComboBox* const window = findChild<QComboBox*>("comboBoxWindow");
+    QComboBox* const amount = findChild<QComboBox*>("comboBoxAmount");
+    QSpinBox* const position = findChild<QSpinBox*>("spinBoxTrPos");
+    QListWidget* const list = findChild<QListWidget*>("listExpressions");
+    QTableView* const table = findChild<QTableView*>("tableUnit");
+};
+
+/// Runs when the next dialog is open.
+template <typename Action>
+void inDialog(Action action)
+{
+    QTimer::singleShot(0, [action] { action(QApplication::activeModalWidget()); });
+}
+
+void doubleClick(QAbstractItemView* view, QModelIndex const& index)
+{
+    QPoint const at = view->visualRect(index).center();
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+    QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+}
+
+} // namespace
+
+class DynamicConfigWidgetTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void unitTable()
+    {
+        Core core;
+        MatchUnitModel model;
+        QAbstractItemModelTester const tester(&model);
+        model.setMatcherList({core.matchUnit(0), core.matchUnit(5)});
+        QCOMPARE(row(model, 0),
+                 (QStringList{"M0", "M0", "NONE", type2string(MatchBasic), "==", "Disabled", "1"}));
+        QCOMPARE(row(model, 1), (QStringList{"M5", "M5", "Trigger 3", type2string(MatchRange),
+                                             func2string(FuncInRange), "7", "01 : 10"}));
+        QCOMPARE(model.headerData(6, Qt::Horizontal).toString(), QString("Value"));
+        QCOMPARE(model.headerData(1, Qt::Vertical).toString(), QString("1"));
+        QCOMPARE(int(model.flags(model.index(0, 0))), 49);
+        QCOMPARE(int(model.flags(model.index(0, 1))), 33);
+        QCOMPARE(model.index(1, 3).data(Qt::TextAlignmentRole).toInt(), 132);
+
+        QSignalSpy modified(&model, &MatchUnitModel::modified);
+        QVERIFY(!model.setData(model.index(0, 1), Qt::Unchecked, Qt::CheckStateRole));
+        QVERIFY(!model.setData(model.index(0, 0), "M7"));
+        QVERIFY(model.setData(model.index(0, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QCOMPARE(modified.count(), 1);
+        QVERIFY(!core.matchUnit(0)->enabled);
+        QCOMPARE(model.index(0, 4).data(Qt::ForegroundRole).value<QColor>(), QColor(Qt::gray));
+        QVERIFY(!model.index(1, 4).data(Qt::ForegroundRole).isValid());
+        model.reset();
+        QCOMPARE(model.rowCount(), 0);
+    }
+
+    void amounts_data()
+    {
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<int>("windows");
+        QTest::addColumn<QString>("amounts");
+        QTest::newRow("one") << 16 << 1 << "4,8,16";
+        QTest::newRow("three, so four parts") << 16 << 3 << "4";
+        QTest::newRow("no power of two") << 60 << 1 << "4,8,16,32";
+        QTest::newRow("depth of 3") << 3 << 1 << "";
+        QTest::newRow("negative") << -8 << 1 << "";
+        QTest::newRow("more windows than fit") << 16 << 5 << "";
+        QTest::newRow("no window") << 16 << 0 << "";
+    }
+
+    void amounts()
+    {
+        QFETCH(int, depth);
+        QFETCH(int, windows);
+        Core core;
+        core.storageDepth = depth;
+        core.windowNum = windows;
+        core.captureAmount = 4;
+        Panel panel;
+        panel.setSxCore(&core);
+        QTEST(items(panel.amount).join(','), "amounts");
+        QCOMPARE(panel.position->maximum(), 0);
+        panel.save();
+        QCOMPARE(core.windowNum, windows);
+        QCOMPARE(core.captureAmount, 4);
+    }
+
+    void chooseAndSave()
+    {
+        Core core;
+        Panel panel;
+        panel.show();
+        panel.setSxCore(&core);
+        QCOMPARE(panel.findChild<QLineEdit*>("lineEditStorage")->text(), QString("64"));
+        QCOMPARE(panel.window->count(), 16);
+        QCOMPARE(panel.windowNum(), 2);
+        QCOMPARE(panel.window->currentData().toInt(), 2);
+        QCOMPARE(panel.amount->currentText(), QString("16"));
+        QCOMPARE(panel.position->value(), 5);
+        QCOMPARE(panel.position->maximum(), 12);
+
+        QSignalSpy changed(&panel, &DynamicConfigWidget::windowNumChanged);
+        panel.window->setFocus();
+        QTest::keyClick(panel.window, Qt::Key_Down);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(panel.windowNum(), 3);
+        QCOMPARE(panel.amount->currentText(), QString("16"));
+        panel.window->setCurrentIndex(15); // 16 segments of 4
+        QCOMPARE(panel.amount->currentText(), QString("4"));
+        QCOMPARE(panel.position->value(), 0);
+        panel.window->setCurrentIndex(0);
+        panel.amount->setCurrentIndex(4); // 64
+        panel.position->setValue(99);
+        panel.list->item(1)->setCheckState(Qt::Unchecked);
+        QCOMPARE(core.windowNum, 2);
+        panel.save();
+        QCOMPARE(core.windowNum, 1);
+        QCOMPARE(core.captureAmount, 64);
+        QCOMPARE(core.triggerPos, 60);
+        QCOMPARE(core.expressionEnabled, (QList<bool>{true, false}));
+
+        panel.setSxCore(nullptr);
+        QCOMPARE(panel.window->count() + panel.amount->count() + panel.list->count(), 0);
+        QCOMPARE(panel.position->maximum(), std::numeric_limits<int>::max());
+        panel.save();
+        QCOMPARE(core.captureAmount, 64);
+    }
+
+    void hugeDepth()
+    {
+        Core core;
+        core.storageDepth = 2000000000;
+        core.windowNum = 100000;
+        Panel panel;
+        panel.show();
+        panel.setSxCore(&core);
+        QCOMPARE(panel.windowNum(), 100000);
+        QVERIFY(panel.window->count() <= 200000);
+        QCOMPARE(panel.amount->count(), 12); // 4 to 8192, in 131072 parts
+        panel.window->showPopup();
+        QTest::keyClick(panel.window->view(), Qt::Key_End);
+        QVERIFY(panel.window->count() > 100000);
+        panel.window->hidePopup();
+    }
+
+    void expressions()
+    {
+        Core core;
+        core.expressions = QStringList{"match[0]&match[12]", "M0", "M5"};
+        core.expressionEnabled = QList<bool>{false};
+        Panel panel;
+        panel.show();
+        panel.setSxCore(&core);
+        QCOMPARE(lines(panel.list), (QStringList{"exp0:  M0&M12", "exp1:  M0", "exp2:  M5"}));
+        QCOMPARE(panel.list->item(0)->checkState(), Qt::Unchecked);
+        QCOMPARE(panel.list->item(2)->checkState(), Qt::Checked);
+
+        auto const compose = [](QStringList const& captions) {
+            inDialog([captions](QWidget* dialog) {
+                for (auto* const button : dialog->findChildren<QPushButton*>())
+                    if (captions.contains(button->text()))
+                        QTest::mouseClick(button, Qt::LeftButton);
+            });
+        };
+        compose({"M5", "M7", "OK"}); // unit 7 is not enabled
+        doubleClick(panel.list, panel.list->model()->index(1, 0));
+        QCOMPARE(core.expressions.at(1), QString("M5"));
+        QCOMPARE(panel.list->item(1)->text(), QString("exp1:  M5"));
+        compose({"M0", "Cancel"});
+        doubleClick(panel.list, panel.list->model()->index(2, 0));
+        QCOMPARE(core.expressions.at(2), QString("M5"));
+
+        core.expressionType = ExpressionStatic;
+        panel.setSxCore(&core);
+        QVERIFY(!panel.list->item(0)->data(Qt::CheckStateRole).isValid());
+        panel.editExpression(panel.list->item(0));
+        panel.editExpression(nullptr);
+        panel.save();
+        QCOMPARE(core.expressionEnabled, (QList<bool>{false, true, true}));
+    }
+
+    void editUnit()
+    {
+        Core core;
+        Panel panel;
+        panel.show();
+        panel.setSxCore(&core);
+        QVERIFY(panel.table->isColumnHidden(0));
+        QCOMPARE(panel.table->columnWidth(6), 300);
+        panel.editMu(); // without a selection
+        inDialog([](QWidget* dialog) {
+            QCOMPARE(dialog->windowTitle(), QString("Match Unit Config"));
+            dialog->findChild<QSpinBox*>("spinBoxCounter")->setValue(3);
+            auto* const buttons = dialog->findChild<QDialogButtonBox*>("buttonBox");
+            QTest::mouseClick(buttons->button(QDialogButtonBox::Ok), Qt::LeftButton);
+        });
+        QModelIndex const index = panel.matchUnitModel()->index(1, 5);
+        doubleClick(panel.table, index);
+        QCOMPARE(core.matchUnit(5)->counter, 3);
+        QCOMPARE(index.data().toString(), QString("3"));
+    }
+};
+
+QTEST_MAIN(DynamicConfigWidgetTest)
+#include "tst_dynamicconfigwidget.moc"

@@ -1,0 +1,312 @@
+#include "triggerui/dynamicconfigwidget.h"
+
+#include "triggerui/countingmodel.h"
+#include "triggerui/matchunitdialog.h"
+#include "triggerui/matchunitmodel.h"
+#include "triggerui/muexpressiondialog.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include <limits>
+
+namespace VEK {
+
+/// The form.
+class Ui_DynamicConfigWidget
+{
+public:
+    void setupUi(QWidget* widget, MatchUnitModel* model);
+
+    QGroupBox* groupBox = nullptr;
+    QLineEdit* lineEditStorage = nullptr;
+    QComboBox* comboBoxWindow = nullptr;
+    CountingModel* windows = nullptr; ///< The items of `comboBoxWindow`.
+    QComboBox* comboBoxAmount = nullptr;
+    QSpinBox* spinBoxTrPos = nullptr;
+    QGroupBox* groupBox_2 = nullptr;
+    QListWidget* listExpressions = nullptr;
+    QGroupBox* groupBox_3 = nullptr;
+    QTableView* tableUnit = nullptr;
+
+private:
+    QGroupBox* makeCapture(QWidget* widget);
+    QGroupBox* makeExpressions(QWidget* widget);
+    QGroupBox* makeUnits(QWidget* widget, MatchUnitModel* model);
+};
+
+namespace {
+
+constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
+constexpr int TypeColumnWidth = 130; // for the longest type
+constexpr int ValueColumnWidth = 300;
+
+template <typename Widget>
+Widget* named(Widget* widget, char const* name)
+{
+    widget->setObjectName(QLatin1String(name));
+    return widget;
+}
+
+QComboBox* makeBox(QWidget* parent, char const* name)
+{
+    auto* const box = named(new QComboBox(parent), name);
+    box->setMaxVisibleItems(15);
+    box->setStyleSheet(QStringLiteral("QComboBox{combobox-popup:0;}"));
+    // a width by contents would ask every item for its text
+    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setMinimumContentsLength(10);
+    return box;
+}
+
+QString expressionLine(int row, QString const& expression)
+{
+    return QStringLiteral("exp%1:  %2").arg(QString::number(row), expression);
+}
+
+/// Texts of older files name their units match[0], match[1] and so on.
+QString shownExpression(QString text)
+{
+    text.replace(QStringLiteral("match"), QStringLiteral("M"));
+    return text.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
+}
+
+/// A flag for each expression; those that a core does not have are on.
+QList<bool> filledFlags(QList<bool> flags, int count)
+{
+    while (flags.size() < count)
+        flags << true;
+    return flags;
+}
+
+} // namespace
+
+void Ui_DynamicConfigWidget::setupUi(QWidget* widget, MatchUnitModel* model)
+{
+    widget->setWindowTitle(QStringLiteral("Configuration"));
+    auto* const layout = new QVBoxLayout(widget);
+    layout->addWidget(makeCapture(widget));
+    layout->addWidget(makeExpressions(widget), 1);
+    layout->addWidget(makeUnits(widget, model), 2);
+}
+
+QGroupBox* Ui_DynamicConfigWidget::makeCapture(QWidget* widget)
+{
+    groupBox = named(new QGroupBox(QStringLiteral("Capture"), widget), "groupBox");
+    lineEditStorage = named(new QLineEdit(groupBox), "lineEditStorage");
+    lineEditStorage->setReadOnly(true);
+
+    comboBoxWindow = makeBox(groupBox, "comboBoxWindow");
+    windows = new CountingModel(comboBoxWindow);
+    comboBoxWindow->setModel(windows);
+    // equal heights, or opening the list would measure every number
+    if (auto* const list = qobject_cast<QListView*>(comboBoxWindow->view()))
+        list->setUniformItemSizes(true);
+
+    comboBoxAmount = makeBox(groupBox, "comboBoxAmount");
+    spinBoxTrPos = named(new QSpinBox(groupBox), "spinBoxTrPos");
+    spinBoxTrPos->setMinimum(0);
+
+    auto* const form = new QFormLayout(groupBox);
+    form->addRow(QStringLiteral("Storage Size:"), lineEditStorage);
+    form->addRow(QStringLiteral("Segments Number:"), comboBoxWindow);
+    form->addRow(QStringLiteral("Capture Amount:"), comboBoxAmount);
+    form->addRow(QStringLiteral("Trigger Position:"), spinBoxTrPos);
+    return groupBox;
+}
+
+QGroupBox* Ui_DynamicConfigWidget::makeExpressions(QWidget* widget)
+{
+    groupBox_2 = named(new QGroupBox(QStringLiteral("Trigger Expressions"), widget), "groupBox_2");
+    listExpressions = named(new QListWidget(groupBox_2), "listExpressions");
+    auto* const layout = new QVBoxLayout(groupBox_2);
+    layout->addWidget(listExpressions);
+    return groupBox_2;
+}
+
+QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* model)
+{
+    groupBox_3 = named(new QGroupBox(QStringLiteral("Match Units"), widget), "groupBox_3");
+    tableUnit = named(new QTableView(groupBox_3), "tableUnit");
+    tableUnit->setModel(model);
+    tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
+    tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
+    tableUnit->horizontalHeader()->setHighlightSections(false);
+    tableUnit->setColumnWidth(MatchUnitModel::TypeColumn, TypeColumnWidth);
+    tableUnit->setColumnWidth(MatchUnitModel::ValueColumn, ValueColumnWidth);
+    tableUnit->verticalHeader()->setVisible(false);
+    auto* const layout = new QVBoxLayout(groupBox_3);
+    layout->addWidget(tableUnit);
+    return groupBox_3;
+}
+
+DynamicConfigWidget::DynamicConfigWidget(QWidget* parent)
+    : QWidget(parent), ui(new Ui_DynamicConfigWidget), m_model(new MatchUnitModel(this))
+{
+    ui->setupUi(this, m_model);
+    resetUI();
+    setEnabled(false);
+
+    auto const changed = QOverload<int>::of(&QComboBox::currentIndexChanged);
+    connect(ui->comboBoxWindow, changed, this, &DynamicConfigWidget::onWindowNumChanged);
+    connect(ui->comboBoxAmount, changed, this, &DynamicConfigWidget::onCaptureAmountChanged);
+    connect(ui->tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
+    connect(ui->listExpressions, &QListWidget::itemDoubleClicked, this,
+            &DynamicConfigWidget::editExpression);
+}
+
+DynamicConfigWidget::~DynamicConfigWidget() = default;
+
+void DynamicConfigWidget::setSxCore(SxCore* core)
+{
+    resetUI();
+    m_core = core;
+    if (!core)
+        return;
+    ui->lineEditStorage->setText(QString::number(core->storageDepth));
+    setWindows();
+    resetCaptureAmount();
+    QSignalBlocker const blocked(ui->comboBoxAmount);
+    ui->comboBoxAmount->setCurrentIndex(
+        ui->comboBoxAmount->findText(QString::number(core->captureAmount)));
+    setPositionLimit(core->captureAmount);
+    ui->spinBoxTrPos->setValue(core->triggerPos);
+    m_model->setMatcherList(core->enabledMatchUnits());
+    setExpressions();
+}
+
+void DynamicConfigWidget::setWindows()
+{
+    QSignalBlocker const blocked(ui->comboBoxWindow);
+    int const last = m_core->storageDepth / MinimumAmount;
+    int const chosen = m_core->windowNum >= 1 && m_core->windowNum <= last ? m_core->windowNum : 0;
+    ui->windows->setRange(last, chosen);
+    ui->comboBoxWindow->setCurrentIndex(chosen - 1);
+}
+
+void DynamicConfigWidget::setExpressions()
+{
+    QList<bool> const flags = filledFlags(m_core->expressionEnabled, m_core->expressions.size());
+    if (m_core->expressionEnabled.isEmpty())
+        m_core->expressionEnabled = flags;
+    for (int row = 0; row < m_core->expressions.size(); ++row) {
+        auto* const item = new QListWidgetItem(
+            expressionLine(row, shownExpression(m_core->expressions[row])), ui->listExpressions);
+        if (m_core->expressionType == ExpressionDynamic)
+            item->setCheckState(flags[row] ? Qt::Checked : Qt::Unchecked);
+    }
+}
+
+void DynamicConfigWidget::resetCaptureAmount()
+{
+    QSignalBlocker const blocked(ui->comboBoxAmount);
+    ui->comboBoxAmount->clear();
+    qint64 const parts = fixedWindowNum(unsigned(windowNum()));
+    qint64 const limit = m_core && parts > 0 ? m_core->storageDepth / parts : 0;
+    for (qint64 amount = MinimumAmount; amount <= limit; amount *= 2)
+        ui->comboBoxAmount->addItem(QString::number(amount));
+}
+
+void DynamicConfigWidget::setPositionLimit(int amount)
+{
+    ui->spinBoxTrPos->setMaximum(amount > MinimumAmount ? amount - MinimumAmount : 0);
+}
+
+void DynamicConfigWidget::save()
+{
+    if (!m_core)
+        return;
+    if (ui->comboBoxWindow->currentIndex() >= 0)
+        m_core->windowNum = windowNum();
+    if (ui->comboBoxAmount->currentIndex() >= 0)
+        m_core->captureAmount = ui->comboBoxAmount->currentText().toInt();
+    m_core->triggerPos = ui->spinBoxTrPos->value();
+
+    int const count = ui->listExpressions->count();
+    if (m_core->expressionType != ExpressionDynamic) {
+        m_core->expressionEnabled = filledFlags(m_core->expressionEnabled, count);
+        return;
+    }
+    QList<bool> flags;
+    for (int row = 0; row < count; ++row)
+        flags << (ui->listExpressions->item(row)->checkState() == Qt::Checked);
+    m_core->expressionEnabled = flags;
+}
+
+int DynamicConfigWidget::windowNum() const
+{
+    return ui->comboBoxWindow->currentText().toInt();
+}
+
+void DynamicConfigWidget::resetUI()
+{
+    QSignalBlocker const windowBlocked(ui->comboBoxWindow);
+    QSignalBlocker const amountBlocked(ui->comboBoxAmount);
+    ui->lineEditStorage->clear();
+    ui->windows->setRange(0, 0);
+    ui->comboBoxAmount->clear();
+    ui->listExpressions->clear();
+    m_model->reset();
+    ui->spinBoxTrPos->setMaximum(std::numeric_limits<int>::max());
+    ui->spinBoxTrPos->setValue(0);
+}
+
+void DynamicConfigWidget::editMu()
+{
+    QModelIndexList const rows = ui->tableUnit->selectionModel()->selectedRows();
+    MatchUnit* const unit = rows.isEmpty() ? nullptr : m_model->muFromIndex(rows.first());
+    if (!unit)
+        return;
+    MatchUnitDialog dialog(unit, true, this);
+    dialog.exec();
+    ui->tableUnit->viewport()->update();
+}
+
+void DynamicConfigWidget::onWindowNumChanged()
+{
+    QString const amount = ui->comboBoxAmount->currentText();
+    resetCaptureAmount();
+    {
+        QSignalBlocker const blocked(ui->comboBoxAmount);
+        int const same = ui->comboBoxAmount->findText(amount);
+        ui->comboBoxAmount->setCurrentIndex(same >= 0 ? same : ui->comboBoxAmount->count() - 1);
+    }
+    onCaptureAmountChanged();
+    Q_EMIT windowNumChanged();
+}
+
+void DynamicConfigWidget::onCaptureAmountChanged()
+{
+    setPositionLimit(ui->comboBoxAmount->currentText().toInt());
+}
+
+void DynamicConfigWidget::editExpression(QListWidgetItem* item)
+{
+    if (!m_core || m_core->expressionType == ExpressionStatic || !item)
+        return;
+    QList<bool> enabled;
+    for (int unit = 0; unit < CoreUnitCount; ++unit) {
+        MatchUnit const* const matchUnit = m_core->matchUnit(unit);
+        enabled << (matchUnit && matchUnit->enabled);
+    }
+    SxCore* const core = m_core;
+    int const row = ui->listExpressions->row(item);
+    QString const expression = MuExpressionDialog::getExpression(enabled, this);
+    // the host may have put another core here while the dialog was open
+    QListWidgetItem* const edited = m_core == core ? ui->listExpressions->item(row) : nullptr;
+    if (expression.isEmpty() || !edited)
+        return;
+    core->setExpression(expression, row);
+    edited->setText(expressionLine(row, expression));
+}
+
+} // namespace VEK
