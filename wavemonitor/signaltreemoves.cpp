@@ -215,12 +215,16 @@ QList<QModelIndex> SignalTreeModel::insertIndexesBackward(QModelIndex const& tar
 QList<QModelIndex> SignalTreeModel::prepend2Parent(QList<QModelIndex> const& indexes,
                                                    QModelIndex const& parent)
 {
+    if (parent.isValid() && !isOwn(parent))
+        return indexes;
     return moveRows(indexes, m_layout->nodeAt(parent), 0);
 }
 
 QList<QModelIndex> SignalTreeModel::append2Parent(QList<QModelIndex> const& indexes,
                                                   QModelIndex const& parent)
 {
+    if (parent.isValid() && !isOwn(parent))
+        return indexes;
     LayoutNode* const node = m_layout->nodeAt(parent);
     return moveRows(indexes, node, node->children.size());
 }
@@ -231,16 +235,17 @@ QList<QModelIndex> SignalTreeModel::moveRows(QList<QModelIndex> const& indexes, 
 {
     QList<LayoutNode*> nodes;
     QSet<LayoutNode*> moving;
-    QSet<LayoutNode*> oldParents;
+    LayoutNode* oldParent = nullptr;
     for (QModelIndex const& index : indexes) {
         LayoutNode* const node = isOwn(index) ? m_layout->nodeAt(index) : nullptr;
         if (!node || moving.contains(node))
             continue;
-        if (parent != m_layout->root() && (!asBus(parent) || asBus(node)))
+        bool const fits = parent == m_layout->root() || (asBus(parent) && !asBus(node));
+        if (!fits || (oldParent && node->parent != oldParent))
             return indexes;
         nodes.append(node);
         moving.insert(node);
-        oldParents.insert(node->parent);
+        oldParent = node->parent;
     }
     while (from < parent->children.size() && moving.contains(parent->children.at(from)))
         ++from;
@@ -250,11 +255,8 @@ QList<QModelIndex> SignalTreeModel::moveRows(QList<QModelIndex> const& indexes, 
     m_layout->insert(parent, before ? before->row() : parent->children.size(), nodes);
     updateItems();
     post(SelectionChanged);
-    oldParents.remove(parent);
-    for (LayoutNode* old : qAsConst(oldParents)) {
-        if (asBus(old) && old->children.isEmpty())
-            ungroupBus(m_layout->indexOf(old));
-    }
+    if (oldParent && asBus(oldParent) && oldParent->children.isEmpty())
+        ungroupBus(m_layout->indexOf(oldParent));
 
     QList<QModelIndex> moved;
     int const row = nodes.isEmpty() ? 0 : nodes.first()->row();

@@ -310,6 +310,7 @@ private slots:
         rig.model.append2Parent(rig.rows({2}), rig.at(0));
         rig.model.prepend2Parent(rig.rows({2, 1}), rig.at(1));
         rig.model.insertIndexesForward(QModelIndex(), rig.rows({2}));
+        rig.model.append2Parent({rig.at(1, 0), rig.at(0)}, QModelIndex());
         QCOMPARE(rig.outline(), before);
 
         // the last members leave, and with them the bus
