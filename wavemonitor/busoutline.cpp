@@ -77,7 +77,7 @@ QString valueText(DataFormatter const& formatter, QBitArray const& value)
     return isFloating ? formatter.toRetainPoint(text) : text;
 }
 
-/// Measures and draws the texts in device pixels, with the item's origin at x 0.
+/// Measures the texts in device pixels, with the item's origin at x 0.
 class TextStep
 {
 public:
@@ -102,11 +102,10 @@ public:
         return visible.width() < m_leastWidth ? QRectF() : visible;
     }
 
-    void draw(QPainter* painter, QRectF const& box, QString const& text) const
+    bool fits(QRectF const& box, QString const& text) const
     {
         QRectF const extent = m_metrics.boundingRect(text);
-        if (box.width() >= extent.width() && box.height() >= extent.height())
-            painter->drawText(box, Qt::AlignLeft | Qt::AlignVCenter, text);
+        return box.width() >= extent.width() && box.height() >= extent.height();
     }
 
 private:
@@ -147,13 +146,15 @@ void paintBusTexts(WavePainter& painter, BusPicture const& picture)
     BusSamples const& samples = picture.samples;
     QFont const font = monitorFontOfPixelSize(TextPixelSize);
     TextStep const step(picture, font);
-    QPainter* const texts = painter.unscaledPainter(picture.pen, font);
     int run = samples.runAt(picture.first);
     for (int begin = picture.first; begin < picture.last; ++run) {
         int const end = samples.runEnd(run);
         QRectF const box = step.boxOf(begin, end);
-        if (!box.isEmpty())
-            step.draw(texts, box, valueText(picture.formatter, samples.sample(begin)));
+        if (!box.isEmpty()) {
+            QString const text = valueText(picture.formatter, samples.sample(begin));
+            if (step.fits(box, text))
+                painter.drawText(box, text, picture.pen, font);
+        }
         begin = end;
     }
 }

@@ -78,9 +78,10 @@ void LinePixels::addLine(QLineF const& line)
     if (right < m_painter.window().left() || left > m_painter.window().right() + 1)
         return;
     // The engine cuts lines at the device's edge before it rounds them, which moves some of their
-    // pixels. So those at the edge of what is exposed are left to it.
+    // pixels. So those at the edge of what is exposed are left to it, and those far outside.
     QRect const& exposed = m_painter.exposedPixels();
-    if (left < exposed.left() + 1 || right > exposed.right() - 1)
+    if (left < exposed.left() + 1 || right > exposed.right() - 1 ||
+        std::max(std::abs(from.y()), std::abs(to.y())) > WavePainter::MostPixels)
         m_lines.append(line);
     else
         addSloping(from, to);
@@ -115,8 +116,15 @@ void LinePixels::addSteep(int x1, int y1, int x2, int y2)
     int const round = slope > 0 ? HalfPixel : 0;
     int x = x1 * 1024 - (slope >> 1);
     x += ((row * 64 + round - y1) * slope) >> 6;
-    for (; row < end; ++row, x += slope)
-        addPixel(row, x >> 16);
+    if (row < m_area.top()) {
+        x += (m_area.top() - row) * slope;
+        row = m_area.top();
+    }
+    for (; row < std::min(end, m_area.bottom() + 1); ++row, x += slope) {
+        quint64* const words = m_bits.data() + (row - m_area.top()) * m_words;
+        int const column = (x >> 16) - m_area.left(); // within the window, as the whole line is
+        words[column / WordBits] |= quint64(1) << (column % WordBits);
+    }
 }
 
 /// One pixel a column, to the right.

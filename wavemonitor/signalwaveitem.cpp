@@ -27,8 +27,10 @@ double levelOf(bool bit)
 /// is none before.
 int nextEdge(QBitArray const& data, int time, int end)
 {
-    for (; time < end; time += 64) {
-        quint64 const edges = VEK::packedBits(data, time) ^ VEK::packedBits(data, time - 1);
+    constexpr int Steps = 63; // pairs of neighbours in a word
+    for (; time < end; time += Steps) {
+        quint64 const word = VEK::packedBits(data, time - 1);
+        quint64 const edges = (word ^ word >> 1) & ~quint64(0) >> 1;
         if (edges)
             return std::min(end, time + int(qCountTrailingZeroBits(edges)));
     }
@@ -42,7 +44,7 @@ class LevelPixels
 public:
     LevelPixels(WavePainter& painter, QBitArray const& data)
         : m_painter(painter), m_data(data), m_high(painter.row(HighLevel)),
-          m_low(painter.row(LowLevel)), m_pixelsPerSample(painter.map().m11() * kSampleWidth)
+          m_low(painter.row(LowLevel)), m_samplesPerPixel(1 / (painter.map().m11() * kSampleWidth))
     {}
 
     void add(int begin, int end)
@@ -75,10 +77,10 @@ private:
     /// the columns before it would paint the same pixels.
     int firstInColumn(int time, int column, int end) const
     {
-        if (m_pixelsPerSample >= 1)
+        if (m_samplesPerPixel <= 1)
             return time;
-        double const guess = (column - m_painter.map().dx()) / m_pixelsPerSample;
-        int sample = guess < end ? std::max(time, int(guess) - 1) : end;
+        double const guess = (column - m_painter.map().dx()) * m_samplesPerPixel;
+        int sample = guess < end ? std::max(time, int(guess)) : end;
         while (sample < end && m_painter.column(sample * kSampleWidth) < column)
             ++sample;
         return sample;
@@ -88,7 +90,7 @@ private:
     QBitArray const& m_data;
     int m_high;
     int m_low;
-    double m_pixelsPerSample;
+    double m_samplesPerPixel;
 };
 
 /// The same as lines, for painters whose pixels can't be told beforehand.

@@ -6,9 +6,6 @@ namespace WaveMonitor {
 
 namespace {
 
-/// Beyond this size of a picture lines are left to the painter.
-constexpr double MostPixels = 1 << 15;
-
 /// Pixels that a wave may reach beyond its samples.
 constexpr int Overhang = 8;
 
@@ -34,8 +31,8 @@ bool WavePainter::setUpExact(QRectF const& exposed)
         !(m_map.m11() > 0) || !(m_map.m22() > 0))
         return false;
     QRectF const area = m_map.mapRect(exposed);
-    if (!(area.width() <= MostPixels && area.height() <= MostPixels &&
-          std::abs(area.x()) <= MostPixels && std::abs(area.y()) <= MostPixels))
+    if (!(area.left() >= -MostPixels && area.top() >= -MostPixels && area.right() <= MostPixels &&
+          area.bottom() <= MostPixels))
         return false;
     m_exposed = QRect(QPoint(int(std::floor(area.left())), int(std::floor(area.top()))),
                       QPoint(int(std::floor(area.right())), int(std::floor(area.bottom()))));
@@ -101,13 +98,17 @@ QPainter* WavePainter::itemPainter(QPen const& pen, QColor const& brush)
     return m_painter;
 }
 
-QPainter* WavePainter::unscaledPainter(QPen const& pen, QFont const& font)
+void WavePainter::drawText(QRectF const& box, QString const& text, QPen const& pen,
+                           QFont const& font)
 {
+    // Texts are laid out in numbers of 26 bits before the point. So the box goes to the origin, or
+    // nothing would be seen far behind in a capture.
     QTransform const& t = m_itemTransform;
-    m_painter->setWorldTransform(QTransform(1, t.m12(), t.m21(), 1, t.dx(), t.dy()));
+    QTransform const unscaled(1, t.m12(), t.m21(), 1, t.dx(), t.dy());
+    m_painter->setWorldTransform(QTransform::fromTranslate(box.x(), box.y()) * unscaled);
     m_painter->setPen(pen);
     m_painter->setFont(font);
-    return m_painter;
+    m_painter->drawText(QRectF(QPointF(), box.size()), Qt::AlignLeft | Qt::AlignVCenter, text);
 }
 
 } // namespace WaveMonitor

@@ -21,6 +21,10 @@ namespace WaveMonitor {
 class WavePainter
 {
 public:
+    /// Device coordinates beyond are left to the painter: the numbers of a line have 16 bits for
+    /// whole pixels.
+    static constexpr int MostPixels = 1 << 14;
+
     /// `exposed` is what has to be painted; pixels outside may be left out.
     WavePainter(QPainter* painter, QRectF const& exposed);
     ~WavePainter();
@@ -63,8 +67,9 @@ public:
 
     /// Switches to the item's coordinates, for shapes.
     QPainter* itemPainter(QPen const& pen, QColor const& brush);
-    /// Switches to the item's coordinates without the scale, for texts.
-    QPainter* unscaledPainter(QPen const& pen, QFont const& font);
+    /// A text at the left of a box and in its middle. The box is given in the item's coordinates
+    /// but without their scale.
+    void drawText(QRectF const& box, QString const& text, QPen const& pen, QFont const& font);
 
 private:
     Q_DISABLE_COPY(WavePainter)

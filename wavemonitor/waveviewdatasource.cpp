@@ -89,7 +89,7 @@ QBitArray WaveViewDataSource::dataOf(int id) const
     return element ? element->data : QBitArray();
 }
 
-WaveItem* WaveViewDataSource::placeLeaf(LayoutNode* node, int y)
+WaveItem* WaveViewDataSource::placeLeaf(LayoutNode* node, double y)
 {
     WaveItem* item;
     if (node->type == LayoutNode::Signal) {
@@ -106,7 +106,8 @@ WaveItem* WaveViewDataSource::placeLeaf(LayoutNode* node, int y)
 }
 
 /// The y below the bus. A bus without children has no height.
-int WaveViewDataSource::placeBus(LayoutNode* node, int row, int y, QList<QGraphicsItem*>& placed)
+double WaveViewDataSource::placeBus(LayoutNode* node, int row, double y,
+                                    QList<QGraphicsItem*>& placed)
 {
     bool const expanded = m_model->indexIsExpanded(m_layout->index(row));
     BusWaveItem* const bus = busItemForNode(node);
@@ -132,7 +133,7 @@ int WaveViewDataSource::placeBus(LayoutNode* node, int row, int y, QList<QGraphi
 QList<QGraphicsItem*> WaveViewDataSource::recalculateWaveItems()
 {
     QList<QGraphicsItem*> placed;
-    int y = 0;
+    double y = 0;
     QList<LayoutNode*> const& rows = m_layout->root()->children;
     for (int row = 0; row < rows.size(); ++row) {
         LayoutNode* const node = rows.at(row);

@@ -59,8 +59,8 @@ private:
     template <typename Item, typename... Arguments>
     Item* itemOf(LayoutNode* node, Arguments... arguments);
     WaveItem* anyItemForNode(LayoutNode* node);
-    WaveItem* placeLeaf(LayoutNode* node, int y);
-    int placeBus(LayoutNode* node, int row, int y, QList<QGraphicsItem*>& placed);
+    WaveItem* placeLeaf(LayoutNode* node, double y);
+    double placeBus(LayoutNode* node, int row, double y, QList<QGraphicsItem*>& placed);
     QBitArray dataOf(int id) const;
 
     QMap<LayoutNode*, WaveItem*> m_items;

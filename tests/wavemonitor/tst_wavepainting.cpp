@@ -306,6 +306,45 @@ private Q_SLOTS:
             paintBus(painter, exposed, samples, formatter);
         });
     }
+
+    void textFarBehind() // the same picture as at the begin of a capture
+    {
+        DataFormatter const formatter{DataFormat::Hexadecimal};
+        BusWaveItem item(&formatter);
+        item.setColor(WaveColor);
+        item.setMemberData({QBitArray(5000000, true), QBitArray(5000000, true)});
+        Paint const paint = [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
+            item.paint(painter, option, nullptr);
+        };
+        auto const at = [&](double left) {
+            return picture(paint, QTransform(1, 0, 0, 1, -left, 0), QRect(QPoint(), PictureSize),
+                           item.boundingRect());
+        };
+        QVERIFY(at(200000000) == at(300));
+        QCOMPARE(at(200000000).pixelColor(1, 6), WaveColor);
+    }
+
+    void flipped() // pixels can't be told here, so lines are drawn
+    {
+        QRandomGenerator random(3);
+        QBitArray const data = randomSignal(random, 200, 3);
+        SignalWaveItem item;
+        item.setWaveData(data);
+        item.setColor(WaveColor);
+        QTransform const transform(0.25, 0, 0, -1, 0, 60);
+        QRect const all(QPoint(), PictureSize);
+        QImage const image = picture(
+            [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
+                item.paint(painter, option, nullptr);
+            },
+            transform, all, item.boundingRect());
+        QImage const expected = picture(
+            [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
+                paintSignal(painter, option->exposedRect, data, false);
+            },
+            transform, all, item.boundingRect());
+        QVERIFY2(image == expected, qPrintable(differences(image, expected)));
+    }
 };
 
 QTEST_MAIN(WavePaintingTest)
