@@ -47,7 +47,10 @@ MatchUnitDialog::MatchUnitDialog(MatchUnit* unit, bool fixedStructure, QWidget* 
     ui->spinBoxCounterWidth->setEnabled(false);
 }
 
-MatchUnitDialog::~MatchUnitDialog() = default;
+MatchUnitDialog::~MatchUnitDialog()
+{
+    clearTrees();
+}
 
 void MatchUnitDialog::initialize()
 {

@@ -61,7 +61,8 @@ void MatchUnitDialog::fillValueTree(QTreeWidget* tree)
     toolTipValueChanged(tree);
 }
 
-/// The editors that go still lose the focus, and must not speak any more.
+/// An editor that goes may have the focus. It must not speak any more, nor hand the focus to the
+/// next one, whose row is gone already.
 void MatchUnitDialog::clearTrees()
 {
     ui->treeSignals->clear();
@@ -71,6 +72,8 @@ void MatchUnitDialog::clearTrees()
             for (TreeLineEdit* const bit : qAsConst(row->subEdits))
                 bit->blockSignals(true);
         }
+        if (tree->isAncestorOf(focusWidget()))
+            tree->setFocus();
         tree->clear();
     }
 }

@@ -17,6 +17,8 @@
 #include <QTest>
 #include <QTimer>
 
+Q_DECLARE_METATYPE(VEK::RealType)
+
 using namespace VEK;
 
 namespace {
@@ -202,8 +204,6 @@ private slots:
         delete window;
     }
 };
-
-Q_DECLARE_METATYPE(VEK::RealType)
 
 QTEST_MAIN(SmallDialogsTest)
 #include "tst_smalldialogs.moc"

@@ -1,0 +1,569 @@
+#include "triggerui/matchunitdialog.h"
+
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <ctime>
+#include <limits>
+
+using namespace VEK;
+
+namespace {
+
+SignalItem makeBus(QString const& name, int width)
+{
+    SignalItem bus{name, QString(), {}};
+    for (int bit = width - 1; bit >= 0; --bit)
+        bus.signalList << SignalItem{QString("%1[%2]").arg(name).arg(bit), QString(), {}};
+    return bus;
+}
+
+/// Port 2 has the signal "valid", the bus "data" of 8 bits and the signal "go"; port 5 the bus
+/// "nibble" of 4 bits. The unit watches port 2.
+struct Core : SxCore
+{
+    Core() : SxCore(0)
+    {
+        getTrigger(2)->signalList << SignalItem{"top/valid", "valid", {}} << makeBus("data", 8)
+                                  << SignalItem{"go", QString(), {}};
+        getTrigger(5)->signalList << makeBus("nibble", 4);
+        unit->trigger = getTrigger(2);
+        unit->matchType = MatchRangeEdges;
+        unit->value0 = "0000000000";
+    }
+
+    MatchUnit* const unit = matchUnit(3);
+};
+
+struct Dialog : MatchUnitDialog
+{
+    explicit Dialog(MatchUnit* unit, bool fixedStructure = false)
+        : MatchUnitDialog(unit, fixedStructure, nullptr)
+    {
+        show();
+        activateWindow();
+        [[maybe_unused]] bool const active = QTest::qWaitForWindowActive(this);
+    }
+
+    TreeLineEdit* row(int number, QTreeWidget* tree) const
+    {
+        return TreeLineEdit::ofItem(tree->topLevelItem(number));
+    }
+    TreeLineEdit* row(int number) const { return row(number, values0); }
+
+    /// What the rows of a tree show, and behind each bus its bits.
+    QString shown(QTreeWidget* tree) const
+    {
+        QStringList texts;
+        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+            QString text = row(i, tree)->displayText();
+            for (TreeLineEdit const* bit : row(i, tree)->subEdits)
+                text += (bit->index ? "" : ":") + bit->displayText();
+            texts << text;
+        }
+        return texts.join(' ');
+    }
+    QString shown() const { return shown(values0); }
+
+    void type(TreeLineEdit* edit, QString const& text, Qt::Key last = Qt::Key_Tab)
+    {
+        QTest::mouseClick(edit, Qt::LeftButton);
+        QTest::keyClick(edit, Qt::Key_Home);
+        QTest::keyClicks(edit, text);
+        QTest::keyClick(edit, last);
+    }
+
+    void choose(QComboBox* box, QString const& text)
+    {
+        box->showPopup();
+        box->view()->setCurrentIndex(box->model()->index(box->findText(text), 0));
+        QTest::keyClick(box->view(), Qt::Key_Return);
+        QCOMPARE(box->currentText(), text);
+    }
+
+    void press(QString const& caption)
+    {
+        for (auto* const button : findChildren<QAbstractButton*>())
+            if (button->text() == caption)
+                return QTest::mouseClick(button, Qt::LeftButton, {},
+                                         QPoint(8, button->height() / 2));
+        QFAIL(qPrintable(caption));
+    }
+
+    /// Opens an editor's menu; gives the enabled letters and takes an entry by its letter.
+    QString menu(TreeLineEdit* edit, QChar letter)
+    {
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, edit->rect().center());
+        QApplication::sendEvent(edit, &event);
+        auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        QString enabled;
+        for (QAction* const action : menu ? menu->actions() : QList<QAction*>()) {
+            if (action->isEnabled())
+                enabled += action->text()[0];
+            if (action->text()[0] == letter)
+                menu->setActiveAction(action);
+        }
+        if (menu)
+            QTest::keyClick(menu, Qt::Key_Return);
+        if (menu && menu->isVisible()) // a disabled entry
+            QTest::keyClick(menu, Qt::Key_Escape);
+        return enabled;
+    }
+
+    QComboBox* const trigger = findChild<QComboBox*>("comboBoxTrigger");
+    QComboBox* const matchTypes = findChild<QComboBox*>("comboBoxType");
+    QComboBox* const functions = findChild<QComboBox*>("comboBoxFunc");
+    QGroupBox* const valueGroup = findChild<QGroupBox*>("groupBoxValue0");
+    QGroupBox* const counterGroup = findChild<QGroupBox*>("groupBoxCounter");
+    QSpinBox* const counterWidth = findChild<QSpinBox*>("spinBoxCounterWidth");
+    QSpinBox* const count = findChild<QSpinBox*>("spinBoxCounter");
+    QTreeWidget* const signalTree = findChild<QTreeWidget*>("treeSignals");
+    QTreeWidget* const values0 = findChild<QTreeWidget*>("treeSignals0");
+    QTreeWidget* const values1 = findChild<QTreeWidget*>("treeSignals1");
+};
+
+QStringList items(QComboBox const* box)
+{
+    QStringList texts;
+    for (int i = 0; i < box->count(); ++i)
+        texts << box->itemText(i);
+    return texts;
+}
+
+} // namespace
+
+class MatchUnitDialogTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void showsUnitAndCancelChangesNothing()
+    {
+        Core core;
+        core.unit->value0 = "R0011XXFB1";
+        core.unit->counterEnable = true;
+        Dialog dialog(core.unit);
+        QCOMPARE(dialog.findChild<QLabel*>("lbTitle")->text(), QString("Match Unit 3"));
+        QCOMPARE(items(dialog.trigger), (QStringList{"Trigger Port 2", "Trigger Port 5"}));
+        QCOMPARE(dialog.matchTypes->currentText(), QString("Range w/edges"));
+        QCOMPARE(items(dialog.functions).size(), 8);
+        QCOMPARE(dialog.signalTree->topLevelItem(0)->text(0), QString("valid"));
+        QCOMPARE(dialog.signalTree->topLevelItem(1)->child(7)->toolTip(0), QString("data[0]"));
+        QCOMPARE(dialog.shown(), QString("R 0011XXFB:0011XXFB 1"));
+        QVERIFY(!dialog.values1->isVisible());
+        QVERIFY(dialog.counterGroup->isChecked());
+
+        dialog.type(dialog.row(1), "1111");
+        dialog.choose(dialog.matchTypes, "Basic");
+        dialog.choose(dialog.trigger, "Trigger Port 5");
+        dialog.count->setValue(1);
+        dialog.press("Cancel");
+        QCOMPARE(core.unit->value0, QString("R0011XXFB1"));
+        QCOMPARE(core.unit->matchType, MatchRangeEdges);
+        QCOMPARE(core.unit->trigger, core.getTrigger(2));
+        QCOMPARE(core.unit->counter, 2);
+    }
+
+    void busAndBitsFollowEachOther_data()
+    {
+        QTest::addColumn<QString>("radix");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("afterBus");
+        QTest::addColumn<QString>("typedBit"); // into the fourth
+        QTest::addColumn<QString>("afterBit");
+        QTest::addColumn<QString>("range");
+        QTest::newRow("bin") << "BIN"
+                             << "1x0rfb21"
+                             << "0 1X0RFB10:1X0RFB10 0"
+                             << "n"
+                             << "0 1X0NFB10:1X0NFB10 0"
+                             << "00000000~11111111";
+        QTest::newRow("oct") << "OCT"
+                             << "789"
+                             << "0 300:11000000 0"
+                             << "1"
+                             << "0 320:11010000 0"
+                             << "000~377";
+        QTest::newRow("dec") << "DEC"
+                             << "999"
+                             << "0 231:11100111 0"
+                             << "7"
+                             << "0 247:11110111 0"
+                             << "000~255";
+        QTest::newRow("hex") << "HEX"
+                             << "a5"
+                             << "0 A5:10100101 0"
+                             << "f"
+                             << "0 B5:10110101 0"
+                             << "00~FF";
+    }
+    void busAndBitsFollowEachOther()
+    {
+        QFETCH(QString, radix);
+        QFETCH(QString, typed);
+        QFETCH(QString, typedBit);
+        Core core;
+        Dialog dialog(core.unit);
+        dialog.press(radix);
+        QTEST(dialog.row(1)->toolTip(), "range");
+        dialog.type(dialog.row(1), typed);
+        QTEST(dialog.shown(), "afterBus");
+        dialog.values0->expandAll();
+        QApplication::processEvents();
+        dialog.type(dialog.row(1)->subEdits[3], typedBit);
+        QTEST(dialog.shown(), "afterBit");
+        QVERIFY(dialog.row(1)->subEdits[4]->hasFocus()); // the tab key goes down the rows
+    }
+
+    /// Return in an editor takes what was typed and ends the dialog; an edge never comes of a
+    /// digit.
+    void returnAccepts()
+    {
+        Core core;
+        {
+            Dialog dialog(core.unit);
+            dialog.press("HEX");
+            dialog.type(dialog.row(0), "F");
+            QCOMPARE(dialog.shown(), QString("1 00:00000000 0"));
+            QTest::mouseClick(dialog.row(2), Qt::LeftButton);
+            QTest::keyClick(dialog.row(2), Qt::Key_Home);
+            QTest::keyClicks(dialog.row(2), "B"); // left while it is being typed
+            dialog.accept();
+        }
+        QCOMPARE(core.unit->value0, QString("1000000001"));
+        Dialog dialog(core.unit);
+        dialog.type(dialog.row(1), "RFBNX101", Qt::Key_Return);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(core.unit->value0, QString("1RFBNX1011"));
+        QCOMPARE(core.unit->value1, QString("0000000000"));
+    }
+
+    void lettersByRadixFunctionAndType_data()
+    {
+        QTest::addColumn<QString>("radix");
+        QTest::addColumn<QString>("function");
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QString>("menu");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("afterX");
+        QTest::newRow("edges") << "BIN"
+                               << "!="
+                               << "Basic w/edges"
+                               << "X01RFBN"
+                               << "XRFBN100"
+                               << "XXXXXXXX";
+        QTest::newRow("no edges") << "BIN"
+                                  << "=="
+                                  << "Extended"
+                                  << "X01"
+                                  << "X1000000"
+                                  << "XXXXXXXX";
+        QTest::newRow("greater") << "BIN"
+                                 << ">"
+                                 << "Extended w/edges"
+                                 << "01"
+                                 << "10000000"
+                                 << "10000000";
+        QTest::newRow("hex") << "HEX"
+                             << "=="
+                             << "Basic w/edges"
+                             << "01"
+                             << "FB"
+                             << "FB";
+    }
+    void lettersByRadixFunctionAndType()
+    {
+        QFETCH(QString, radix);
+        QFETCH(QString, function);
+        QFETCH(QString, type);
+        Core core;
+        Dialog dialog(core.unit);
+        dialog.choose(dialog.matchTypes, type);
+        dialog.choose(dialog.functions, function);
+        dialog.press(radix);
+        dialog.type(dialog.row(1), "xrzfbn1");
+        QTEST(dialog.row(1)->displayText(), "typed");
+        QTEST(dialog.menu(dialog.row(1), 'X'), "menu");
+        QTEST(dialog.row(1)->displayText(), "afterX");
+    }
+
+    void menuFillsBusAndBits()
+    {
+        Core core;
+        Dialog dialog(core.unit);
+        for (QChar const letter : QString("XRFBN10")) {
+            dialog.menu(dialog.row(1), letter);
+            QCOMPARE(dialog.shown(), QString("0 %1:%1 0").arg(QString(8, letter)));
+        }
+        dialog.press("DEC");
+        dialog.menu(dialog.row(1), '1');
+        QCOMPARE(dialog.shown(), QString("0 255:11111111 0"));
+        dialog.values0->expandAll();
+        dialog.menu(dialog.row(1)->subEdits[0], '0');
+        QCOMPARE(dialog.shown(), QString("0 127:01111111 0"));
+        dialog.menu(dialog.row(2), '1');
+        QCOMPARE(dialog.shown(), QString("0 127:01111111 1"));
+    }
+
+    void lettersFallAway()
+    {
+        Core core;
+        core.unit->value0 = "X0011RRRR1";
+        core.unit->value1 = "X000000001";
+        Dialog dialog(core.unit);
+        dialog.choose(dialog.functions, ">"); // row by row
+        QCOMPARE(dialog.shown(), QString("0 00000000:00000000 1"));
+
+        core.unit->value0 = "10011XXXX1";
+        Dialog second(core.unit);
+        second.choose(second.matchTypes, "Basic"); // X stays
+        QCOMPARE(second.shown(), QString("1 0011XXXX:0011XXXX 1"));
+        second.press("HEX");
+        QCOMPARE(second.shown(), QString("1 00:00000000 1"));
+        second.press("HEX");
+        second.press("BIN");
+        QCOMPARE(second.shown(), QString("1 00000000:00000000 1"));
+
+        core.unit->value0 = "10011R0001";
+        Dialog third(core.unit);
+        third.choose(third.matchTypes, "Basic"); // the whole value goes, the other one stays
+        QCOMPARE(third.shown(), QString("0 00000000:00000000 0"));
+        QCOMPARE(third.shown(third.values1), QString("X 00000000:00000000 1"));
+        QTest::keyClicks(third.row(0), "r");
+        QCOMPARE(third.row(0)->displayText(), QString("0"));
+    }
+
+    void functionsFollowType()
+    {
+        Core core;
+        core.unit->func = FuncInRange;
+        Dialog dialog(core.unit);
+        QVERIFY(dialog.values1->isVisible());
+        QVERIFY(dialog.findChild<QLabel*>("lbValue0")->isVisible());
+        dialog.choose(dialog.functions, ">=");
+        QVERIFY(!dialog.values1->isVisible());
+        dialog.choose(dialog.matchTypes, "Extended");
+        QCOMPARE(dialog.functions->currentText(), QString(">="));
+        dialog.choose(dialog.matchTypes, "Basic w/edges");
+        QCOMPARE(items(dialog.functions), (QStringList{"==", "!="}));
+        dialog.press("OK");
+        QCOMPARE(core.unit->func, FuncEqual);
+        QCOMPARE(core.unit->matchType, MatchBasicEdges);
+
+        core.unit->matchType = MatchType(9);
+        core.unit->func = FuncLess;
+        Dialog unknown(core.unit);
+        QCOMPARE(unknown.functions->count(), 0);
+        unknown.press("OK");
+        QCOMPARE(int(core.unit->matchType), 9);
+        QCOMPARE(core.unit->func, FuncLess);
+    }
+
+    void portChanges()
+    {
+        Core core;
+        core.unit->value0 = "1111111XR1";
+        Dialog dialog(core.unit);
+        dialog.row(0)->setFocus();
+        dialog.row(1)->setFocus();
+        dialog.choose(dialog.trigger, "Trigger Port 5");
+        QCOMPARE(dialog.shown(), QString("1XR1:1XR1"));
+        QCOMPARE(dialog.signalTree->topLevelItemCount(), 1);
+        QCOMPARE(dialog.row(0)->toolTip(), QString("0000~1111"));
+        dialog.trigger->setCurrentIndex(-1);
+        QVERIFY(!dialog.valueGroup->isEnabled());
+        QCOMPARE(dialog.values0->topLevelItemCount(), 0);
+        dialog.choose(dialog.trigger, "Trigger Port 2");
+        QVERIFY(dialog.valueGroup->isEnabled());
+        dialog.press("HEX");
+        QCOMPARE(dialog.shown(), QString("0 00:00000000 0"));
+        dialog.type(dialog.row(1), "3c");
+        dialog.choose(dialog.trigger, "Trigger Port 5");
+        QCOMPARE(dialog.shown(), QString("8:1000"));
+        dialog.press("OK");
+        QCOMPARE(core.unit->trigger, core.getTrigger(5));
+        QCOMPARE(core.unit->value0, QString("1000"));
+    }
+
+    /// Without a port nothing is written; the chip's way of fitting a value is shown.
+    void oddUnits()
+    {
+        Core core;
+        core.unit->value0 = "1";
+        {
+            Dialog dialog(core.unit);
+            QCOMPARE(dialog.shown(), QString("0 00000000:00000000 1"));
+        }
+        core.unit->value0 = "1?xR10000011111";
+        {
+            Dialog dialog(core.unit);
+            QCOMPARE(dialog.shown(), QString("1 00R10000:00R10000 0"));
+        }
+        core.unit->trigger = nullptr;
+        {
+            Dialog dialog(core.unit);
+            QCOMPARE(dialog.trigger->currentIndex(), -1);
+            QVERIFY(!dialog.valueGroup->isEnabled());
+            dialog.choose(dialog.matchTypes, "Basic");
+            dialog.press("OK");
+        }
+        SxCore empty(1);
+        Dialog dialog(empty.matchUnit(0));
+        QCOMPARE(dialog.trigger->count(), 0);
+        dialog.press("DEC");
+        dialog.press("OK");
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(core.unit->value0, QString("1?xR10000011111"));
+        QCOMPARE(core.unit->matchType, MatchRangeEdges);
+    }
+
+    void refusedRangeKeepsWhatWasTyped()
+    {
+        Core core;
+        core.unit->func = FuncNotInRange;
+        core.unit->value1 = "0000000110";
+        Dialog dialog(core.unit);
+        dialog.press("HEX");
+        dialog.type(dialog.row(1), "04");
+        QStringList said;
+        QTimer::singleShot(0, this, [&] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            said << box->windowTitle() << box->text();
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        dialog.press("OK");
+        QCOMPARE(said, (QStringList{"Value Invalid", "Maximum value is less than minimum value."}));
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(core.unit->value0, QString("0000000000"));
+        QCOMPARE(dialog.shown(), QString("0 04:00000100 0"));
+
+        dialog.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        dialog.type(dialog.row(1), "03"); // equal ends pass
+        dialog.press("OK");
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(core.unit->value0, core.unit->value1);
+    }
+
+    void fixedStructure_data()
+    {
+        QTest::addColumn<bool>("counter");
+        QTest::newRow("with counter") << true;
+        QTest::newRow("without") << false;
+    }
+    void fixedStructure()
+    {
+        QFETCH(bool, counter);
+        Core core;
+        core.unit->counterEnable = counter;
+        core.unit->counterWidth = 3;
+        Dialog dialog(core.unit, true);
+        QVERIFY(!dialog.trigger->isEnabled() && !dialog.matchTypes->isEnabled());
+        QVERIFY(dialog.functions->isEnabled() && dialog.row(0)->isEnabled());
+        QVERIFY(!dialog.counterGroup->isCheckable());
+        QCOMPARE(dialog.counterGroup->isEnabled(), counter);
+        QCOMPARE(dialog.count->isEnabled(), counter);
+        QVERIFY(!dialog.counterWidth->isEnabled());
+        QCOMPARE(dialog.count->maximum(), 8);
+        dialog.choose(dialog.functions, "<");
+        dialog.count->setValue(8);
+        dialog.press("OK");
+        QCOMPARE(core.unit->func, FuncLess);
+        QCOMPARE(core.unit->counter, 8);
+        QCOMPARE(core.unit->counterEnable, counter);
+        QCOMPARE(core.unit->counterWidth, 3);
+    }
+
+    void counterIsWritten()
+    {
+        Core core;
+        Dialog dialog(core.unit);
+        QVERIFY(!dialog.counterGroup->isChecked());
+        dialog.counterGroup->setChecked(true);
+        QTest::keyClick(dialog.counterWidth, Qt::Key_Down);
+        QCOMPARE(dialog.count->maximum(), 2);
+        dialog.counterWidth->setValue(64);
+        QCOMPARE(dialog.count->maximum(), std::numeric_limits<int>::max());
+        dialog.counterWidth->setValue(2);
+        dialog.count->setValue(99);
+        dialog.press("Continuous");
+        dialog.press("OK");
+        QVERIFY(core.unit->counterEnable && core.unit->continuous);
+        QCOMPARE(core.unit->counterWidth, 2);
+        QCOMPARE(core.unit->counter, 4);
+    }
+
+    void wideBusIsExact_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("bits");
+        QTest::newRow("128") << 128 << "340282366920938463463374607431768211454"
+                             << QString(127, '1') + "0";
+        // 2^64 + 1
+        QTest::newRow("600") << 600 << QString(161, '0') + "18446744073709551617"
+                             << QString(535, '0') + "1" + QString(63, '0') + "1";
+    }
+    void wideBusIsExact()
+    {
+        QFETCH(int, width);
+        QFETCH(QString, typed);
+        QFETCH(QString, bits);
+        Core core;
+        core.getTrigger(2)->signalList = {makeBus("wide", width)};
+        Dialog dialog(core.unit);
+        dialog.press("DEC");
+        QCOMPARE(dialog.row(0)->displayText().size(), typed.size());
+        dialog.type(dialog.row(0), typed);
+        QCOMPARE(dialog.row(0)->displayText(), typed);
+        for (char const* radix : {"HEX", "OCT", "BIN", "DEC"})
+            dialog.press(radix);
+        QCOMPARE(dialog.row(0)->displayText(), typed);
+        dialog.press("OK");
+        QCOMPARE(core.unit->value0, bits);
+    }
+
+    /// In processor time, since tests run side by side.
+    void manySignalsStayQuick()
+    {
+        Core core;
+        core.unit->func = FuncInRange;
+        core.getTrigger(2)->signalList.clear();
+        for (int i = 0; i < 600; ++i)
+            core.getTrigger(2)->signalList << SignalItem{QString("s%1").arg(i), QString(), {}};
+        std::clock_t const start = std::clock();
+        Dialog dialog(core.unit);
+        std::clock_t const opened = std::clock();
+        dialog.press("HEX");
+        QApplication::processEvents();
+        std::clock_t const changed = std::clock();
+        QCOMPARE(dialog.values1->topLevelItemCount(), 600);
+        dialog.row(598)->setFocus();
+        QTest::keyClick(dialog.row(598), Qt::Key_Tab);
+        QVERIFY(dialog.row(599)->hasFocus());
+        QVERIFY(dialog.values0->viewport()->rect().intersects(dialog.row(599)->geometry()));
+#if !defined(__SANITIZE_ADDRESS__)
+        QVERIFY(opened - start < CLOCKS_PER_SEC);
+        QVERIFY(changed - opened < CLOCKS_PER_SEC);
+#else
+        Q_UNUSED(start)
+        Q_UNUSED(opened)
+        Q_UNUSED(changed)
+#endif
+    }
+};
+
+QTEST_MAIN(MatchUnitDialogTest)
+#include "tst_matchunitdialog.moc"

@@ -1,0 +1,114 @@
+#include "triggerui/matchvalue.h"
+
+#include <QTest>
+
+#include <limits>
+
+using namespace VEK;
+
+class MatchValueTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void changesRadix_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("to");
+        QTest::addColumn<QString>("changed");
+        QTest::newRow("zero") << "0000" << 2 << 16 << "0";
+        QTest::newRow("no leading zeros") << "00001010" << 2 << 16 << "A";
+        QTest::newRow("small letters") << "0ff" << 16 << 10 << "255";
+        QTest::newRow("octal") << "777" << 8 << 2 << "111111111";
+        QTest::newRow("to octal") << "1777" << 10 << 8 << "3361";
+        QTest::newRow("decimal zero") << "000" << 10 << 2 << "0";
+        QTest::newRow("nine digits and one") << "1000000000" << 10 << 16 << "3B9ACA00";
+        QTest::newRow("2^32") << "4294967296" << 10 << 16 << "100000000";
+        QTest::newRow("2^64 - 1") << "18446744073709551615" << 10 << 16 << "FFFFFFFFFFFFFFFF";
+        QTest::newRow("2^128 - 1")
+            << QString(128, '1') << 2 << 10 << "340282366920938463463374607431768211455";
+        QTest::newRow("back") << "340282366920938463463374607431768211456" << 10 << 16
+                              << "1" + QString(32, '0');
+        QTest::newRow("letter") << "1X0" << 2 << 16 << "00000";
+        QTest::newRow("digit too high") << "8" << 8 << 2 << "00000";
+        QTest::newRow("sign") << "-1" << 10 << 2 << "00000";
+        QTest::newRow("empty") << "" << 10 << 2 << "00000";
+        QTest::newRow("unknown radix") << "1" << 10 << 7 << "00000";
+    }
+    void changesRadix()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, from);
+        QFETCH(int, to);
+        QTEST(changeRadix(text, from, to, 5), "changed");
+    }
+
+    /// Every power of two, less one, in all radices: the digit count fits and nothing is lost.
+    void widthsComeBack()
+    {
+        for (int width : {1, 2, 3, 4, 5, 7, 8, 9, 10, 31, 32, 33, 53, 54, 63, 64, 65, 128, 600}) {
+            QString const ones(width, '1');
+            QString const top = BitWidthAdjust("1", width).replace(0, 1, "1");
+            for (int radix : {2, 8, 10, 16}) {
+                QCOMPARE(changeRadix(ones, 2, radix, 0).size(), digitCount(width, radix));
+                QCOMPARE(textOfBits(top, radix).size(), digitCount(width, radix));
+                for (QString const& bits : {ones, top})
+                    QCOMPARE(bitsOfText(textOfBits(bits, radix), radix, width), bits);
+            }
+        }
+        QCOMPARE(digitCount(8, 7), 0);
+    }
+
+    void excessIsCut()
+    {
+        QCOMPARE(bitsOfText("999", 10, 8), QString("11100111"));
+        QCOMPARE(bitsOfText("F", 16, 1), QString("1"));
+        QCOMPARE(bitsOfText("8", 10, 1), QString("0"));
+        QCOMPARE(bitsOfText("1XR", 2, 5), QString("001XR"));
+        QCOMPARE(bitsOfText("G", 16, 3), QString("000"));
+        QCOMPARE(textOfBits("1X", 10), QString("0"));
+
+        QCOMPARE(BitWidthAdjust("1234", 2), QString("34"));
+        QCOMPARE(BitWidthAdjust("12", 4), QString("0012"));
+        QCOMPARE(BitWidthAdjust("12", -1), QString());
+        QVERIFY(checkExcessBitWidth("12", 2) && !checkExcessBitWidth("12", 1));
+    }
+
+    void patterns_data()
+    {
+        QTest::addColumn<int>("radix");
+        QTest::addColumn<int>("func");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("pattern");
+        QTest::newRow("basic") << 2 << 0 << 0 << "[01X]*";
+        QTest::newRow("edges") << 2 << 1 << 1 << "[01XRFBN]*";
+        QTest::newRow("extended") << 2 << 1 << 2 << "[01X]*";
+        QTest::newRow("range w/edges") << 2 << 0 << 5 << "[01XRFBN]*";
+        QTest::newRow("greater w/edges") << 2 << 2 << 3 << "[01]*";
+        QTest::newRow("range") << 2 << 7 << 5 << "[01]*";
+        QTest::newRow("unknown type") << 2 << 0 << 7 << "[01X]*";
+        QTest::newRow("octal") << 8 << 0 << 1 << "[0-7]*";
+        QTest::newRow("decimal") << 10 << 0 << 1 << "[0-9]*";
+        QTest::newRow("hex") << 16 << 0 << 1 << "[A-F0-9]*";
+    }
+    void patterns()
+    {
+        QFETCH(int, radix);
+        QFETCH(int, func);
+        QFETCH(int, type);
+        QTEST(valuePattern(radix, func, type), "pattern");
+    }
+
+    void counterLimits()
+    {
+        QCOMPARE(counterLimit(-5), 1);
+        QCOMPARE(counterLimit(2), 4);
+        QCOMPARE(counterLimit(30), 1 << 30);
+        QCOMPARE(counterLimit(31), std::numeric_limits<int>::max());
+        QCOMPARE(counterLimit(4096), std::numeric_limits<int>::max());
+    }
+};
+
+QTEST_APPLESS_MAIN(MatchValueTest)
+#include "tst_matchvalue.moc"
