@@ -1,5 +1,6 @@
 #include "acquire/datamanager.h"
 
+#include "jtag/cablereport.h"
 #include "jtag/jtagsession.h"
 
 #include <QBitArray>
@@ -17,36 +18,7 @@ int cableIndex(QString const& cable)
     return QStringList{Server::Ft2chName, Server::Tr7qzName, Server::WinUsbName}.indexOf(cable);
 }
 
-/// The type number, as text, of the first field of a reported cable.
-QString cableType(QString const& field)
-{
-    if (field.contains(QStringLiteral("FT2CH")) || field.contains(QStringLiteral("Debugger")))
-        return QStringLiteral("1");
-    if (field.contains(QStringLiteral("TR7QZ")))
-        return QStringLiteral("0");
-    if (field.contains(QStringLiteral("LPT")))
-        return QStringLiteral("3");
-    if (field.contains(QStringLiteral("WINUSB")))
-        return QStringLiteral("2");
-    return QStringLiteral("0");
-}
-
 } // namespace
-
-QList<QStringList> cableRows(QString const& report)
-{
-    QList<QStringList> rows;
-    for (QString const& part : report.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
-        if (!part.contains(QStringLiteral("Cable found:")))
-            continue;
-        QString const cable = part.split(QLatin1Char(':')).at(1).simplified();
-        QStringList const fields = cable.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-        if (fields.size() > 3)
-            rows.append({cableType(fields.at(0)), fields.at(1), fields.at(2),
-                         fields.at(3).section(QLatin1Char('('), 0, 0).simplified()});
-    }
-    return rows;
-}
 
 DataManager::DataManager() : m_pollTimer(new QTimer(this)), m_cableName(Server::Ft2chName)
 {
@@ -120,7 +92,9 @@ void DataManager::getCableForNlc()
 void DataManager::onCablesQueried(CmdPack const& reply)
 {
     if (reply.value(Protocol::Key::Res).toInt() == Protocol::Result::Ok)
-        m_nlcCables = cableRows(reply.value(Protocol::Key::Cables).toString());
+        m_nlcCables = cableRows(reply.value(Protocol::Key::Cables)
+                                    .toString()
+                                    .split(QLatin1Char(';'), Qt::SkipEmptyParts));
     emit CableChangedForNlc();
     emit StartandAutoEnable(true);
 }

@@ -126,7 +126,4 @@ private:
     QList<QStringList> m_nlcCables;
 };
 
-/// The rows of a cable report, see `DataManager::nlcCables`.
-QList<QStringList> cableRows(QString const& report);
-
 } // namespace VEK

@@ -295,6 +295,11 @@ int JtagSession::kindOfConnection() const
     return connectionKind;
 }
 
+void JtagSession::setKindOfConnection(int kind)
+{
+    connectionKind = kind;
+}
+
 void JtagSession::startNlcStateMonitor()
 {
     if (nlcClient)

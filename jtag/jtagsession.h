@@ -148,8 +148,9 @@ public:
     QString nlcHostText() const;
     QString nlcPortText() const;
 
-    /// 1 makes the programmer work through the remote host.
+    /// 1 makes the programmer work through the remote host; 2 at first.
     int kindOfConnection() const;
+    void setKindOfConnection(int kind);
 
     /// Watches the current remote client: when its connection is lost, `onStateChanged` tells.
     void startNlcStateMonitor();
