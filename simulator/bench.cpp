@@ -74,6 +74,28 @@ void readFaults(BenchFields fields, Faults& faults)
     fields.close();
 }
 
+void readLoader(BenchFields fields, QDir const& folder, Bench& bench)
+{
+    constexpr int MaxDelay = 600000;
+    LoaderBench& loader = bench.loader;
+    for (BenchFields& item : fields.objects("chain")) {
+        loader.chain.append({item.text("family"), item.text("name"), item.text("id")});
+        item.close();
+    }
+    auto const path = [&](char const* key) {
+        QString const name = fields.text(key);
+        return name.isEmpty() ? QString() : folder.absoluteFilePath(name);
+    };
+    loader.bitstream = path("bitstream");
+    loader.log = path("log");
+    loader.output = fields.text("output");
+    loader.delay = fields.integer("delay", 0, 0, MaxDelay);
+    loader.exitCode = fields.integer("exit_code", 0, 0, 255);
+    loader.crash = fields.flag("crash");
+    loader.flood = fields.flag("flood");
+    fields.close();
+}
+
 } // namespace
 
 bool parseBench(QByteArray const& text, QString const& folder, Bench& bench, QString& error)
@@ -102,6 +124,7 @@ bool parseBench(QByteArray const& text, QString const& folder, Bench& bench, QSt
     if (fields.has("stimulus"))
         readStimulus(fields.object("stimulus"), paths, bench);
     readFaults(fields.object("faults"), bench.faults);
+    readLoader(fields.object("programmer"), paths, bench);
     fields.close();
     return error.isEmpty();
 }

@@ -30,6 +30,27 @@ struct Faults
     bool neverListen = false;
 };
 
+/// A device as a scan of the chain reports it.
+struct ChainDevice
+{
+    QString family;
+    QString name;
+    QString id; ///< Hexadecimal, without the prefix 0x.
+};
+
+/// What the simulated programmer finds and how it behaves.
+struct LoaderBench
+{
+    QList<ChainDevice> chain;
+    QString bitstream; ///< A file that a download leaves; while it is missing the device is empty.
+    QString log;       ///< A file that gets the arguments of each run; may be empty.
+    QString output;    ///< A line that is printed last; may be empty.
+    int delay = 0;     ///< ms before a run does anything.
+    int exitCode = 0;  ///< Other than 0: every run fails with it.
+    bool crash = false;
+    bool flood = false; ///< Prints without end.
+};
+
 /// What is on the desk; docs/simulator.md describes the file.
 struct Bench
 {
@@ -45,6 +66,7 @@ struct Bench
     Pattern pattern;
     int openResult = 0; ///< Other than 0: the answer to every OPEN.
     Faults faults;
+    LoaderBench loader;
 };
 
 /// Reads a bench from the text of its file. Paths in it count from `folder`. False with an `error`

@@ -1,11 +1,15 @@
 #include "simulator/bridge.h"
 
+#include "simulator/cables.h"
 #include "simulator/chipfactory.h"
 #include "simulator/log.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
 Q_LOGGING_CATEGORY(lcSimulator, "vek.simulator", QtWarningMsg)
+
 
 namespace VEK::Simulator {
 namespace {
@@ -26,16 +30,6 @@ QString kindOfIndex(int index)
     default:
         return QString();
     }
-}
-
-QString cableName(QString const& kind)
-{
-    for (QString const& name :
-         {Server::Ft2chName, Server::Tr7qzName, Server::WinUsbName, Server::LptName}) {
-        if (name.contains(kind))
-            return name;
-    }
-    return kind;
 }
 
 void copy(CmdPack const& from, CmdPack& to, std::initializer_list<QString> keys)
@@ -103,7 +97,8 @@ int Bridge::open(CmdPack const& request)
         return OpenResult::NoBitstream;
     if (m_bench.device.isEmpty() || !hasCable(request))
         return OpenResult::NoDevice;
-    if (!m_chip)
+    QString const bitstream = m_bench.loader.bitstream;
+    if (!m_chip || (!bitstream.isEmpty() && !QFileInfo::exists(bitstream)))
         return OpenResult::NoBitstream;
     m_chip->powerUp();
     m_isOpen = true;
@@ -124,20 +119,11 @@ bool Bridge::hasCable(CmdPack const& request) const
     });
 }
 
-/// One part for each cable: kind, name, location and serial number.
 QString Bridge::cableReport() const
 {
-    QList<BenchCable> cables = m_bench.cables;
-    if (!m_bench.listsCables && !m_bench.isEmpty)
-        cables.append({m_kinds.first(), 0, QStringLiteral("SIM0")});
     QString report;
-    for (BenchCable const& cable : cables) {
-        if (m_kinds.contains(cable.kind))
-            report += QStringLiteral("Cable found: %1/%2/%3/%4 (simulated);")
-                          .arg(cable.kind, cableName(cable.kind))
-                          .arg(cable.location)
-                          .arg(cable.serial);
-    }
+    for (BenchCable const& cable : cablesInSight(m_bench, m_kinds))
+        report += cableLine(cable) + QLatin1Char(';');
     return report;
 }
 

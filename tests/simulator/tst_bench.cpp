@@ -1,7 +1,10 @@
 #include "deskfiles.h"
 
 #include "simulator/bridge.h"
+#include "simulator/loader.h"
 #include "simulator/patterns.h"
+
+#include <QBuffer>
 
 using namespace VEK;
 using namespace VEK::Simulator;
@@ -117,6 +120,29 @@ private slots:
         QCOMPARE(reply.value("CABLES").toString(),
                  QString("Cable found: FT2CH/Kavro USB Cable(FT2CH)/2/A1 (simulated);"
                          "Cable found: WINUSB/Kavro USB Cable(WINUSB)/9/ (simulated);"));
+    }
+
+    /// A device that has to be loaded first opens once the programmer has been there.
+    void openAfterDownload()
+    {
+        Desk desk(R"(, "programmer": {"bitstream": "mark"})");
+        auto const opened = [&] {
+            desk.serve(DeskFiles::request("OPEN"));
+            return desk.reply.value("RES").toInt();
+        };
+        Bench bench;
+        bench.isEmpty = false;
+        bench.loader.bitstream = desk.files.path("mark");
+        auto const load = [&](QString const& file) {
+            QBuffer out;
+            out.open(QIODevice::ReadWrite);
+            runLoader(bench, {"--device", "D", "--fsFile", file, "--cable-index", "1"}, out);
+            return out.data();
+        };
+        QVERIFY(load("/missing.fs").contains("Error: "));
+        QCOMPARE(opened(), -20);
+        QVERIFY(!load(desk.files.write("a.fs", "")).contains("rror"));
+        QCOMPARE(opened(), 0);
     }
 
     /// A design that can't be used is told, and the server answers nevertheless.
