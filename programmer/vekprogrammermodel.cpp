@@ -1,0 +1,421 @@
+#include "programmer/vekprogrammermodel.h"
+
+#include "jtag/alert.h"
+#include "programmer/deviceselector.h"
+#include "programmer/fsfile.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileSystemWatcher>
+#include <QPointer>
+
+#include <array>
+
+namespace VEK {
+
+namespace {
+
+constexpr int MostDevices = 17;
+constexpr int DefaultIrCode = 8;
+constexpr int SettleTime = 10; // ms
+QString const UnknownIdCode = QStringLiteral("00000000");
+
+constexpr std::array<char const*, VekProgrammerModel::ColumnCount> Headers{
+    "Enable",  "Series",   "Device",    "Device Version", "Operation",
+    "Fs File", "Checksum", "User Code", "ID Code",        "IRCode"};
+
+} // namespace
+
+VekProgrammerModel::VekProgrammerModel(QObject* parent)
+    : QAbstractTableModel(parent), m_process(new QProcess(this)),
+      m_watcher(new QFileSystemWatcher(this))
+{
+    qRegisterMetaType<ProgrammerStatus>("ProgrammerStatus");
+    m_process->setStandardErrorFile(QProcess::nullDevice());
+    connect(m_process, &QProcess::errorOccurred, this, &VekProgrammerModel::onProgramError);
+    connect(m_process, &QProcess::readyReadStandardOutput, this,
+            &VekProgrammerModel::collectOutput);
+    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &VekProgrammerModel::onFileChanged);
+}
+
+VekProgrammerModel::~VekProgrammerModel()
+{
+    // ending the process must not call back into what is going
+    m_process->disconnect(this);
+    qDeleteAll(m_rows);
+}
+
+int VekProgrammerModel::rowCount(QModelIndex const& parent) const
+{
+    return parent.isValid() ? 0 : m_rows.size();
+}
+
+int VekProgrammerModel::columnCount(QModelIndex const& parent) const
+{
+    return parent.isValid() ? 0 : int(ColumnCount);
+}
+
+Qt::ItemFlags VekProgrammerModel::flags(QModelIndex const& index) const
+{
+    DeviceItem const* const row = device(index);
+    if (!row)
+        return Qt::NoItemFlags;
+    Qt::ItemFlags const common = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
+    bool const known = row->known == 1;
+    switch (index.column()) {
+    case EnableColumn:
+        return known ? Qt::ItemIsUserCheckable | Qt::ItemIsEnabled : common;
+    case SeriesColumn:
+    case DeviceColumn:
+    case VersionColumn:
+        return common | Qt::ItemIsEditable;
+    case FsFileColumn:
+        return known ? common | Qt::ItemIsEditable : common;
+    case IrCodeColumn:
+        return row->known == 0 ? common | Qt::ItemIsEditable : common;
+    default:
+        return common;
+    }
+}
+
+QVariant VekProgrammerModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role != Qt::DisplayRole || orientation != Qt::Horizontal || section < 0 ||
+        section >= ColumnCount)
+        return QAbstractTableModel::headerData(section, orientation, role);
+    return QLatin1String(Headers[std::size_t(section)]);
+}
+
+QVariant VekProgrammerModel::data(QModelIndex const& index, int role) const
+{
+    DeviceItem const* const row = device(index);
+    if (!row)
+        return QVariant();
+    if (role == Qt::DisplayRole || role == Qt::EditRole)
+        return text(*row, index.column());
+    if (role == Qt::CheckStateRole && index.column() == EnableColumn)
+        return int(row->enable ? Qt::Checked : Qt::Unchecked);
+    return QVariant();
+}
+
+QVariant VekProgrammerModel::text(DeviceItem const& row, int column) const
+{
+    switch (column) {
+    case SeriesColumn:
+        return row.series;
+    case DeviceColumn:
+        return row.deviceN;
+    case VersionColumn:
+        return row.deviceNV;
+    case OperationColumn:
+        return row.operation ? row.operation->description : QStringLiteral("Bypass");
+    case FsFileColumn:
+        return row.fsFile;
+    case ChecksumColumn:
+        return row.checksum;
+    case UserCodeColumn:
+        return row.userCode;
+    case IdCodeColumn:
+        return row.idCode;
+    case IrCodeColumn:
+        return row.irCode;
+    default:
+        return QVariant();
+    }
+}
+
+bool VekProgrammerModel::setData(QModelIndex const& index, QVariant const& value, int role)
+{
+    DeviceItem* const row = device(index);
+    int const column = index.column();
+    if (!row || role != (column == EnableColumn ? Qt::CheckStateRole : Qt::EditRole))
+        return false;
+    switch (column) {
+    case EnableColumn:
+        row->enable = value.toInt() == Qt::Checked;
+        break;
+    case SeriesColumn:
+        setSeries(row, value.toString());
+        break;
+    case DeviceColumn:
+        setDevice(row, value.toString());
+        break;
+    case VersionColumn:
+        row->deviceNV = value.toString();
+        break;
+    case FsFileColumn:
+        readFsFile(value.toString(), row);
+        break;
+    case ChecksumColumn:
+        row->checksum = value.toString();
+        break;
+    case UserCodeColumn:
+        row->userCode = value.toString();
+        break;
+    case IdCodeColumn:
+        row->idCode = value.toString();
+        break;
+    case IrCodeColumn:
+        row->irCode = value.toInt();
+        break;
+    default:
+        return false;
+    }
+    int const number = index.row();
+    Q_EMIT dataChanged(this->index(number, 0), this->index(number, ColumnCount - 1));
+    if (column == SeriesColumn || column == DeviceColumn || column == VersionColumn)
+        Q_EMIT deviceChanged();
+    if (column == SeriesColumn || column == FsFileColumn)
+        updateWatcherFsFiles();
+    return true;
+}
+
+void VekProgrammerModel::setSeries(DeviceItem* row, QString const& name)
+{
+    Series const* const series = DeviceConfigurations::instance()->series(name);
+    row->series = name;
+    row->known = series ? 1 : 0;
+    row->irCode = DefaultIrCode;
+    row->fsFile.clear();
+    if (series && !series->deviceList.isEmpty()) {
+        row->setDevice(series->firstDevice());
+        row->series = name;
+        updateOperation(row);
+    } else {
+        row->idCode = UnknownIdCode;
+        row->operation = nullptr;
+    }
+}
+
+/// `name` is a package group or a device. Several devices may share a group: the row keeps its
+/// device when that belongs to the group, and takes the group's first otherwise.
+void VekProgrammerModel::setDevice(DeviceItem* row, QString const& name)
+{
+    DeviceConfigurations const* const catalogue = DeviceConfigurations::instance();
+    Series const* const series = catalogue->series(row->series);
+    DeviceModes const* chosen = nullptr;
+    for (DeviceModes const* const entry : series ? series->deviceList : QList<DeviceModes*>()) {
+        bool const fits = entry->deviceN == name || entry->device == name;
+        if (fits && (!chosen || entry->device == row->device))
+            chosen = entry;
+    }
+    if (chosen) {
+        row->setDevice(chosen->device);
+        row->series = series->name;
+    } else {
+        row->setDevice(catalogue->unKnownDevice());
+        row->idCode = UnknownIdCode;
+    }
+    updateOperation(row);
+}
+
+void VekProgrammerModel::initData(QString const& series, QString const& device,
+                                  QString const& fsFile)
+{
+    DeviceConfigurations const* const catalogue = DeviceConfigurations::instance();
+    auto* const row = new DeviceItem;
+    row->known = 1;
+    Series const* const known = catalogue->series(series);
+    if (catalogue->deviceModes(device))
+        row->setDevice(device);
+    else if (known && !known->deviceList.isEmpty())
+        row->setDevice(known->firstDevice());
+    if (known)
+        row->series = series;
+    readFsFile(fsFile, row);
+    updateOperation(row);
+    replaceRows({row});
+    updateWatcherFsFiles();
+}
+
+void VekProgrammerModel::updateFsFile(QString const& file)
+{
+    auto* const row = new DeviceItem;
+    row->known = 1;
+    DeviceItem const* const former = activeDevice() ? activeDevice() : m_rows.value(0, nullptr);
+    if (former) {
+        row->setDevice(former->device);
+        row->series = former->series;
+        row->deviceNV = former->deviceNV;
+        row->enable = former->enable;
+    }
+    readFsFile(file, row);
+    updateOperation(row);
+    replaceRows({row});
+    QPointer<VekProgrammerModel> const self(this);
+    updateWatcherFsFiles();
+    if (self)
+        Q_EMIT statusChanged(ProgrammerIdle, {});
+}
+
+DeviceItem* VekProgrammerModel::activeDevice() const
+{
+    for (DeviceItem* const row : m_rows)
+        if (row->enable)
+            return row;
+    return nullptr;
+}
+
+DeviceItem* VekProgrammerModel::device(QModelIndex const& index) const
+{
+    return index.isValid() ? m_rows.value(index.row(), nullptr) : nullptr;
+}
+
+bool VekProgrammerModel::validate() const
+{
+    auto const refuse = [](QString const& text) {
+        showAlert({AlertKind::Critical, QStringLiteral("Error"), text});
+        return false;
+    };
+    if (m_rows.isEmpty())
+        return refuse(QStringLiteral("No available device."));
+    int targets = 0;
+    for (int i = 0; i < m_rows.size(); ++i) {
+        if (m_rows[i]->known != 1 && m_rows[i]->irCode < 1)
+            return refuse(QStringLiteral("Device (%1) has wrong IRCode.").arg(i + 1));
+        targets += m_rows[i]->enable ? 1 : 0;
+    }
+    if (targets > 1)
+        return refuse(QStringLiteral("Only one device can be set as target device."));
+    return targets == 1 || refuse(QStringLiteral("No target device."));
+}
+
+bool VekProgrammerModel::readFsFile(QString const& file, DeviceItem* row)
+{
+    QString warning;
+    bool const fits = readFsHeader(file, m_crc, *row, warning);
+    if (!warning.isEmpty())
+        Q_EMIT programPrint(warning);
+    return fits;
+}
+
+void VekProgrammerModel::selectDevice(DeviceItem* row)
+{
+    QStringList const names =
+        DeviceConfigurations::instance()->getDevicesNamesByIDCODE(row->idCode);
+    if (names.size() == 1) {
+        row->setDevice(names.first());
+    } else if (names.size() > 1) {
+        DeviceSelector selector(row, names, QApplication::activeWindow());
+        selector.exec();
+    }
+}
+
+void VekProgrammerModel::updateOperation(DeviceItem* row)
+{
+    row->operation = nullptr;
+    DeviceModes const* const entry = DeviceConfigurations::instance()->deviceModes(row->device);
+    QList<AccessMode*> const modes =
+        entry ? entry->accessModesWithProgramming() : QList<AccessMode*>();
+    if (!modes.isEmpty())
+        row->operation = modes.first()->programmerOperations().first();
+}
+
+/// Editors replace a file when they save it, which ends the watch on it: this starts it again.
+void VekProgrammerModel::updateWatcherFsFiles()
+{
+    if (m_refreshing)
+        return;
+    m_refreshing = true;
+    if (!m_watcher->files().isEmpty())
+        m_watcher->removePaths(m_watcher->files());
+
+    // a signal of an old path that is already queued has to go by
+    QPointer<VekProgrammerModel> const self(this);
+    QElapsedTimer timer;
+    timer.start();
+    while (self && timer.elapsed() < SettleTime)
+        QCoreApplication::processEvents();
+    if (!self)
+        return;
+    m_refreshing = false;
+    for (DeviceItem const* const row : qAsConst(m_rows))
+        if (!row->fsFile.isEmpty() && QFile::exists(row->fsFile))
+            m_watcher->addPath(row->fsFile);
+}
+
+void VekProgrammerModel::replaceRows(QList<DeviceItem*> const& rows)
+{
+    beginResetModel();
+    qDeleteAll(m_rows);
+    m_rows = rows;
+    endResetModel();
+    Q_EMIT deviceChanged();
+}
+
+void VekProgrammerModel::onAddNewDevice()
+{
+    if (m_rows.size() >= MostDevices) {
+        showAlert({AlertKind::Warning, QStringLiteral("Warning"),
+                   QStringLiteral("Exceeding the maximum number of devices.")});
+        return;
+    }
+    beginResetModel();
+    m_rows << new DeviceItem;
+    endResetModel();
+    Q_EMIT deviceChanged();
+}
+
+void VekProgrammerModel::onRemoveDevice(QModelIndex const& index)
+{
+    if (!device(index))
+        return;
+    beginResetModel();
+    delete m_rows.takeAt(index.row());
+    endResetModel();
+    Q_EMIT deviceChanged();
+    updateWatcherFsFiles();
+}
+
+void VekProgrammerModel::swapRows(int a, int b)
+{
+    if (a < 0 || b < 0 || a >= m_rows.size() || b >= m_rows.size())
+        return;
+    beginResetModel();
+    m_rows.swapItemsAt(a, b);
+    endResetModel();
+}
+
+void VekProgrammerModel::onMoveUp(QModelIndex const& index)
+{
+    if (index.isValid())
+        swapRows(index.row(), index.row() - 1);
+}
+
+void VekProgrammerModel::onMoveDown(QModelIndex const& index)
+{
+    if (index.isValid())
+        swapRows(index.row(), index.row() + 1);
+}
+
+void VekProgrammerModel::onFileChanged(QString const& path)
+{
+    if (m_refreshing)
+        return;
+    DeviceItem* const active = activeDevice();
+    if (active && active->status == ProgrammerDownloaded && active->fsFile == path) {
+        active->status = ProgrammerIdle;
+        if (QFile::exists(path))
+            Q_EMIT statusChanged(
+                ProgrammerIdle,
+                {QStringLiteral("Warn: File updated,checksum:%1.").arg(active->checksum)});
+        else
+            Q_EMIT statusChanged(ProgrammerIdle, {});
+    }
+    QStringList warnings;
+    beginResetModel();
+    for (DeviceItem* const row : qAsConst(m_rows)) {
+        QString warning;
+        if (row->fsFile == path && QFile::exists(path))
+            readFsHeader(path, m_crc, *row, warning);
+        if (!warning.isEmpty())
+            warnings << warning;
+    }
+    endResetModel();
+    for (QString const& warning : qAsConst(warnings))
+        Q_EMIT programPrint(warning);
+    updateWatcherFsFiles();
+}
+
+} // namespace VEK

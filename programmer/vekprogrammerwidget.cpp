@@ -1,0 +1,348 @@
+#include "programmer/vekprogrammerwidget.h"
+
+#include "programmer/deviceconfigurationdlg.h"
+#include "programmer/ui_vekprogrammerwidget.h"
+#include "programmer/vekprogrammeritemdelegate.h"
+#include "programmer/vekprogrammermodel.h"
+#include "triggerui/waitingtip.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QTableView>
+#include <QTextCursor>
+#include <QTextEdit>
+#include <QTime>
+
+namespace VEK {
+
+namespace {
+
+/// By `ProgrammerStatus`.
+QString statusText(ProgrammerStatus status)
+{
+    switch (status) {
+    case ProgrammerNothingFound:
+        return QStringLiteral(" No device detected ");
+    case ProgrammerRunning:
+        return QStringLiteral(" Waiting download ");
+    case ProgrammerDownloaded:
+        return QStringLiteral(" Ready to acquire ");
+    default:
+        return QStringLiteral(" Please program the device first ");
+    }
+}
+
+/// Devices whose chain runs at one frequency only, by package group.
+bool hasFixedFrequency(QString const& deviceN)
+{
+    static QStringList const groups{
+        QStringLiteral("TK-501"), QStringLiteral("TK-505"), QStringLiteral("TK-506"),
+        QStringLiteral("TK-504"), QStringLiteral("TK-507"), QStringLiteral("TK-512"),
+        QStringLiteral("TK-508"), QStringLiteral("TK-511"), QStringLiteral("TK-513"),
+        QStringLiteral("TK-510"), QStringLiteral("TK-509"), QStringLiteral("TK-514"),
+        QStringLiteral("TK-515"), QStringLiteral("TK-301"), QStringLiteral("TK-503")};
+    return groups.contains(deviceN);
+}
+
+QStringList allFrequencies()
+{
+    return QStringLiteral("0.02MHz,0.1MHz,0.3MHz,0.4MHz,0.5MHz,0.75MHz,0.9MHz,1.1MHz,1.5MHz,2MHz,"
+                          "2.5MHz,10MHz,15MHz")
+        .split(QLatin1Char(','));
+}
+
+} // namespace
+
+VekProgrammerWidget::VekProgrammerWidget(QWidget* parent)
+    : QWidget(parent), ui(new Ui_VekProgrammerWidget), m_model(new VekProgrammerModel(this))
+{
+    ui->setupUi(this);
+    ui->tableView->setModel(m_model);
+    ui->tableView->setItemDelegate(new VekProgrammerItemDelegate(ui->tableView));
+    ui->tableView->setColumnWidth(VekProgrammerModel::EnableColumn, 50);
+    ui->tableView->setColumnWidth(VekProgrammerModel::SeriesColumn, 120);
+    ui->tableView->setColumnWidth(VekProgrammerModel::VersionColumn, 130);
+    ui->tableView->setColumnWidth(VekProgrammerModel::OperationColumn, 200);
+    ui->tableView->setColumnWidth(VekProgrammerModel::FsFileColumn, 400);
+    if (isDeepColorStyle())
+        showDarkGrid();
+    connectModel();
+    connectForm();
+    updateFrequency();
+    DeviceConfigurations const* const catalogue = DeviceConfigurations::instance();
+    if (catalogue->seriesList.isEmpty() || catalogue->devices.isEmpty())
+        createProgrammerOutput(QStringLiteral(
+            "Warn: The device catalogue programmer.json is missing, or has no devices."));
+}
+
+VekProgrammerWidget::~VekProgrammerWidget()
+{
+    if (m_running)
+        WaitingTip::hideWaiting();
+}
+
+void VekProgrammerWidget::connectModel()
+{
+    using Widget = VekProgrammerWidget;
+    connect(m_model, &VekProgrammerModel::deviceChanged, this, &Widget::ondeviceChanged);
+    connect(m_model, &VekProgrammerModel::statusChanged, this,
+            QOverload<ProgrammerStatus, QStringList const&>::of(&Widget::onStatusChanged));
+    connect(m_model, &VekProgrammerModel::programPrint, this,
+            QOverload<QString const&>::of(&Widget::createProgrammerOutput));
+    connect(m_model, &VekProgrammerModel::CableError, this, &Widget::CableErrorBox);
+}
+
+void VekProgrammerWidget::connectForm()
+{
+    using Widget = VekProgrammerWidget;
+    connect(ui->comboBoxFrequency, &QComboBox::currentTextChanged, this,
+            &Widget::onFrequencyChanged);
+    connect(ui->enableBox, &QCheckBox::stateChanged, this, &Widget::onEnableChange);
+    connect(ui->tableView, &QTableView::doubleClicked, this, &Widget::onTableViewDoubleClkiced);
+    connect(ui->searchDevice, &QPushButton::clicked, this, &Widget::on_searchDevice_clicked);
+    connect(ui->downLoad, &QPushButton::clicked, this, &Widget::on_downLoad_clicked);
+    connect(ui->addDevice, &QPushButton::clicked, this, &Widget::on_addDevice_clicked);
+    connect(ui->rmDevice, &QPushButton::clicked, this, &Widget::on_rmDevice_clicked);
+    connect(ui->moveUp, &QPushButton::clicked, this, &Widget::on_moveUp_clicked);
+    connect(ui->moveDown, &QPushButton::clicked, this, &Widget::on_moveDown_clicked);
+}
+
+bool VekProgrammerWidget::isDeepColorStyle()
+{
+    QColor const base = QApplication::palette().color(QPalette::Base);
+    return 0.299 * base.red() + 0.587 * base.green() + 0.114 * base.blue() < 100;
+}
+
+/// Lines that would vanish in a dark table.
+void VekProgrammerWidget::showDarkGrid()
+{
+    QString const sections = QStringLiteral("QHeaderView::section {border: 1px solid white;}");
+    ui->tableView->horizontalHeader()->setStyleSheet(sections);
+    ui->tableView->verticalHeader()->setStyleSheet(sections);
+    ui->tableView->setStyleSheet(QStringLiteral("gridline-color:white;"));
+}
+
+void VekProgrammerWidget::initData(QString const& series, QString const& device,
+                                   QString const& fsFile)
+{
+    m_model->initData(series, device, fsFile);
+}
+
+bool VekProgrammerWidget::validate() const
+{
+    return m_model->validate();
+}
+
+QModelIndex VekProgrammerWidget::selectedIndex() const
+{
+    return ui->tableView->currentIndex();
+}
+
+/// What both kinds of run show until their status comes.
+void VekProgrammerWidget::startRun()
+{
+    WaitingTip::showWaiting(window());
+    m_running = true;
+    updateButtons();
+}
+
+void VekProgrammerWidget::on_searchDevice_clicked()
+{
+    if (m_model->isBusy())
+        return;
+    startRun();
+    m_model->scanDevices(m_cable, m_location);
+}
+
+void VekProgrammerWidget::on_downLoad_clicked()
+{
+    if (m_model->isBusy())
+        return;
+    startRun();
+    m_model->programFs(m_cable, m_location, m_frequency);
+}
+
+void VekProgrammerWidget::onEnableChange(int state)
+{
+    m_active = state == Qt::Checked;
+    Q_EMIT enableChange(m_active);
+    if (!m_active)
+        WaitingTip::hideWaiting(); // what would end it is kept from now on
+    if (!m_active || !m_hasKept)
+        return;
+    QStringList messages;
+    messages.swap(m_keptMessages);
+    m_hasKept = false;
+    onStatusChanged(m_keptStatus, messages);
+}
+
+void VekProgrammerWidget::on_addDevice_clicked()
+{
+    m_model->onAddNewDevice();
+}
+
+void VekProgrammerWidget::on_rmDevice_clicked()
+{
+    m_model->onRemoveDevice(selectedIndex());
+}
+
+void VekProgrammerWidget::on_moveUp_clicked()
+{
+    m_model->onMoveUp(selectedIndex());
+}
+
+void VekProgrammerWidget::on_moveDown_clicked()
+{
+    m_model->onMoveDown(selectedIndex());
+}
+
+void VekProgrammerWidget::onStatusChanged(ProgrammerStatus status, QStringList const& messages)
+{
+    if (!m_active) {
+        m_hasKept = true;
+        m_keptStatus = status;
+        m_keptMessages += messages;
+        return;
+    }
+    if (status != m_status) {
+        m_status = status;
+        sendStatusSig();
+    }
+    if (DeviceItem* const active = m_model->activeDevice())
+        active->status = status;
+    m_running = status == ProgrammerRunning;
+    if (!m_running)
+        WaitingTip::hideWaiting();
+    updateButtons();
+    createProgrammerOutput(messages);
+}
+
+void VekProgrammerWidget::onStatusChanged(ProgrammerStatus status)
+{
+    onStatusChanged(status, QStringList());
+}
+
+void VekProgrammerWidget::sendStatusSig()
+{
+    Q_EMIT programStatusChanged(m_status == ProgrammerDownloaded, statusText(m_status));
+}
+
+void VekProgrammerWidget::onTableViewDoubleClkiced(QModelIndex const& index)
+{
+    DeviceItem* const row = m_model->device(index);
+    if (!row || index.column() != VekProgrammerModel::OperationColumn || !row->operation)
+        return;
+    // the table may get other rows while the dialog is open, so that works on a copy
+    DeviceItem edited = *row;
+    DeviceConfigurationDlg dialog(&edited, this);
+    if (dialog.exec() != QDialog::Accepted || !m_model->devices().contains(row))
+        return;
+    row->operation = edited.operation;
+    if (dialog.fileName() != row->fsFile) {
+        int const place = m_model->devices().indexOf(row);
+        m_model->setData(m_model->index(place, VekProgrammerModel::FsFileColumn),
+                         dialog.fileName());
+    }
+    ui->tableView->viewport()->update();
+}
+
+void VekProgrammerWidget::updateIsBusy(bool busy)
+{
+    m_hostBusy = busy;
+    updateButtons();
+}
+
+void VekProgrammerWidget::updateButtons()
+{
+    for (QAbstractButton* const button : ui->buttons())
+        button->setEnabled(!m_running && !m_hostBusy);
+}
+
+void VekProgrammerWidget::updateCable(int cable)
+{
+    m_cable = cable;
+    updateFrequency();
+}
+
+void VekProgrammerWidget::updateChannel(int location)
+{
+    m_location = location;
+}
+
+void VekProgrammerWidget::createProgrammerOutput(QStringList const& messages)
+{
+    for (QString const& message : messages)
+        createProgrammerOutput(message);
+}
+
+void VekProgrammerWidget::createProgrammerOutput(QString const& message)
+{
+    QString stamp =
+        QStringLiteral("[%1]").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
+    QColor color = Qt::blue;
+    if (message.contains(QLatin1String("Error:")))
+        color = Qt::red;
+    else if (message.contains(QLatin1String("Warn:")))
+        color = Qt::darkYellow;
+    else
+        stamp += QStringLiteral("Info: ");
+
+    // by a cursor: what the programmer says is text, even when it looks like markup
+    QTextCursor cursor(ui->textEdit->document());
+    cursor.movePosition(QTextCursor::End);
+    QTextCharFormat format;
+    format.setForeground(color);
+    if (!ui->textEdit->document()->isEmpty())
+        cursor.insertBlock();
+    cursor.insertText(stamp + message, format);
+    QScrollBar* const bar = ui->textEdit->verticalScrollBar();
+    bar->setValue(bar->maximum());
+}
+
+void VekProgrammerWidget::onFrequencyChanged(QString const& frequency)
+{
+    m_frequency = frequency;
+}
+
+void VekProgrammerWidget::ondeviceChanged()
+{
+    updateFrequency();
+}
+
+void VekProgrammerWidget::updateFrequency()
+{
+    bool const hasFrequency = m_cable == 1 || m_cable == 2;
+    ui->labelFrequency->setVisible(hasFrequency);
+    ui->comboBoxFrequency->setVisible(hasFrequency);
+    ui->labelFrequency->setEnabled(hasFrequency);
+    ui->comboBoxFrequency->setEnabled(hasFrequency);
+
+    bool fixed = false;
+    for (DeviceItem const* const row : m_model->devices())
+        fixed = fixed || hasFixedFrequency(row->deviceN);
+    QString const chosen = ui->comboBoxFrequency->currentText();
+    {
+        QSignalBlocker const blocked(ui->comboBoxFrequency);
+        ui->comboBoxFrequency->clear();
+        ui->comboBoxFrequency->addItems(fixed ? QStringList{QStringLiteral("15MHz")}
+                                              : allFrequencies());
+        int const same = ui->comboBoxFrequency->findText(chosen);
+        if (same >= 0)
+            ui->comboBoxFrequency->setCurrentIndex(same);
+    }
+    onFrequencyChanged(ui->comboBoxFrequency->currentText());
+}
+
+void VekProgrammerWidget::CableErrorBox(QString const& text)
+{
+    QMessageBox::critical(this, QStringLiteral("error"), text);
+}
+
+} // namespace VEK

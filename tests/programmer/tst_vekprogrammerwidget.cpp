@@ -1,0 +1,287 @@
+#include "programmer/deviceconfigurationdlg.h"
+#include "programmer/vekprogrammermodel.h"
+#include "programmer/vekprogrammerwidget.h"
+#include "programmerdesk.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QScopedPointer>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextEdit>
+#include <QTimer>
+
+using namespace VEK;
+
+namespace {
+
+struct Panel : VekProgrammerWidget
+{
+    Panel()
+    {
+        updateCable(1);
+        updateChannel(7);
+        resize(1000, 500);
+        show();
+    }
+
+    QPushButton* button(char const* name) const { return findChild<QPushButton*>(name); }
+    void click(char const* name) { QTest::mouseClick(button(name), Qt::LeftButton); }
+    QModelIndex index(int row, int column) const { return model()->index(row, column); }
+    /// Lines of the output pane without their times.
+    QStringList output() const
+    {
+        static QRegularExpression const time("^\\[\\d\\d:\\d\\d:\\d\\d\\]");
+        QStringList lines = pane->toPlainText().split('\n');
+        for (QString& line : lines)
+            line = time.match(line).hasMatch() ? line.mid(10) : "no time: " + line;
+        return lines;
+    }
+    QColor colorOfLine(int number) const
+    {
+        QTextBlock const block = pane->document()->findBlockByNumber(number);
+        return block.begin().fragment().charFormat().foreground().color();
+    }
+    void tick(int row)
+    {
+        QRect const cell = table->visualRect(index(row, 0));
+        for (int x = cell.left() + 2; x < cell.right() && !model()->devices().at(row)->enable;
+             x += 4)
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              QPoint(x, cell.center().y()));
+    }
+    QWidget* editor() const
+    {
+        QWidget* newest = nullptr; // earlier ones wait for their deletion
+        for (QWidget* const child :
+             table->viewport()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+            newest = child->isVisible() ? child : newest;
+        return newest;
+    }
+    QWidget* edit(int row, int column)
+    {
+        if (editor())
+            QTest::keyClick(editor(), Qt::Key_Escape);
+        table->edit(index(row, column));
+        return editor();
+    }
+
+    QTableView* const table = findChild<QTableView*>("tableView");
+    QTextEdit* const pane = findChild<QTextEdit*>("textEdit");
+    QComboBox* const frequency = findChild<QComboBox*>("comboBoxFrequency");
+    QCheckBox* const enableBox = findChild<QCheckBox*>("enableBox");
+};
+
+QStringList entries(QWidget* editor)
+{
+    auto const* const box = qobject_cast<QComboBox*>(editor);
+    QStringList texts;
+    for (int i = 0; box && i < box->count(); ++i)
+        texts << box->itemText(i);
+    return texts;
+}
+
+} // namespace
+
+class VekProgrammerWidgetTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QScopedPointer<ProgrammerDesk> m_desk;
+
+private slots:
+    void init() { m_desk.reset(new ProgrammerDesk); }
+    void cleanup() { m_desk.reset(); }
+
+    void fromSearchToReady()
+    {
+        m_desk->layAll("{'device': 'x', 'programmer': {'log': 'log', 'chain': ["
+                       "{'family': 'TK-100', 'name': 'TK-104', 'id': '10068001'},"
+                       "{'family': 'TK-100', 'name': 'TK-105', 'id': '10069001'}]}}");
+        Panel panel;
+        QSignalSpy status(&panel, &VekProgrammerWidget::programStatusChanged);
+        panel.click("searchDevice");
+        QVERIFY(!panel.button("downLoad")->isEnabled() && !panel.button("moveUp")->isEnabled());
+        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QCOMPARE(panel.output(), (QStringList{"Info: Scanning!", "Info: 2 device(s) found!"}));
+        QVERIFY(status.isEmpty()); // idle as before
+
+        panel.tick(1);
+        QString const file = m_desk->writeFs("TK-105-Q48");
+        panel.model()->setData(panel.index(1, 5), file);
+        QCOMPARE(panel.frequency->count(), 13);
+        panel.frequency->setCurrentText("2MHz");
+        panel.click("downLoad");
+        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QCOMPARE(m_desk->log().last(), "--device TK-105 --fsFile " + file +
+                                           " --operation_index 2 --cable-index 1 --location 7"
+                                           " --frequency 2MHz --chain_size 2 --chain_index 1"
+                                           " --chain_ir 8,8");
+        QCOMPARE(status.count(), 2);
+        QCOMPARE(status.at(0), (QVariantList{false, " Waiting download "}));
+        QCOMPARE(status.at(1), (QVariantList{true, " Ready to acquire "}));
+        QCOMPARE(panel.model()->activeDevice()->status, ProgrammerDownloaded);
+
+        m_desk->lay("'output': '<b>error</b> Error: no'");
+        panel.click("downLoad");
+        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QCOMPARE(status.last(), (QVariantList{false, " Please program the device first "}));
+        QVERIFY(panel.output().contains("<b>error</b> Error: no"));
+
+        m_desk->lay("'exit_code': 1");
+        panel.click("searchDevice");
+        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QCOMPARE(status.last(), (QVariantList{false, " No device detected "}));
+    }
+
+    void output()
+    {
+        Panel panel;
+        panel.createProgrammerOutput(QStringList{"Warn: a", "x Error: b <i>", "c"});
+        QCOMPARE(panel.output(), (QStringList{"Warn: a", "x Error: b <i>", "Info: c"}));
+        QCOMPARE(panel.colorOfLine(0), QColor(Qt::darkYellow));
+        QCOMPARE(panel.colorOfLine(1), QColor(Qt::red));
+        QCOMPARE(panel.colorOfLine(2), QColor(Qt::blue));
+    }
+
+    void inactivePanelKeeps()
+    {
+        Panel panel;
+        QSignalSpy enable(&panel, &VekProgrammerWidget::enableChange);
+        QSignalSpy status(&panel, &VekProgrammerWidget::programStatusChanged);
+        QTest::mouseClick(panel.enableBox, Qt::LeftButton, Qt::NoModifier,
+                          QPoint(8, panel.enableBox->height() / 2));
+        panel.onStatusChanged(ProgrammerDownloaded, {"one"});
+        panel.onStatusChanged(ProgrammerFailed, {"Error: two"});
+        QVERIFY(status.isEmpty());
+        QCOMPARE(panel.pane->toPlainText(), QString());
+        QTest::mouseClick(panel.enableBox, Qt::LeftButton, Qt::NoModifier,
+                          QPoint(8, panel.enableBox->height() / 2));
+        QCOMPARE(enable.count(), 2);
+        QCOMPARE(enable.last().first().toBool(), true);
+        QCOMPARE(status.count(), 1);
+        QCOMPARE(panel.output(), (QStringList{"Info: one", "Error: two"}));
+    }
+
+    void frequencies()
+    {
+        Panel panel;
+        panel.initData("TK-100", "TK-104", QString());
+        QVERIFY(panel.frequency->isVisible());
+        panel.frequency->setCurrentText("2MHz");
+        panel.click("addDevice");
+        QCOMPARE(panel.frequency->currentText(), QString("2MHz"));
+        panel.model()->setData(panel.index(1, 1), "TK-300");
+        QCOMPARE(entries(panel.frequency), QStringList{"15MHz"});
+        panel.table->setCurrentIndex(panel.index(1, 1));
+        panel.click("rmDevice");
+        QCOMPARE(panel.frequency->count(), 13);
+        QCOMPARE(panel.frequency->currentText(), QString("15MHz"));
+        panel.updateCable(3);
+        QVERIFY(!panel.frequency->isVisible());
+        panel.updateCable(2);
+        QVERIFY(panel.frequency->isVisible());
+        panel.updateIsBusy(true);
+        QVERIFY(!panel.button("searchDevice")->isEnabled());
+    }
+
+    void editors()
+    {
+        Panel panel;
+        panel.initData("TK-100", "TK-107", QString());
+        QCOMPARE(entries(panel.edit(0, 1)), DeviceConfigurations::instance()->getSeriesNames());
+        QCOMPARE(entries(panel.edit(0, 2)),
+                 DeviceConfigurations::instance()->series("TK-100")->deviceNs());
+        QCOMPARE(entries(panel.edit(0, 3)), QStringList{"B"});
+        auto* const devices = qobject_cast<QComboBox*>(panel.edit(0, 2));
+        QCOMPARE(devices->currentText(), QString("TK-107"));
+        QTest::keyClick(devices, Qt::Key_Home);
+        QTest::keyClick(devices, Qt::Key_Tab);
+        QCOMPARE(panel.model()->devices().first()->device, QString("TK-101"));
+
+        panel.model()->setData(panel.index(0, 1), "no series");
+        QCOMPARE(entries(panel.edit(0, 2)), QStringList{"JTAG_NOP"});
+        auto* const number = qobject_cast<QSpinBox*>(panel.edit(0, 9));
+        QVERIFY(number);
+        QCOMPARE(number->minimum() * 100 + number->maximum(), 116);
+        number->setValue(12);
+        QTest::keyClick(number, Qt::Key_Tab);
+        QCOMPARE(panel.model()->devices().first()->irCode, 12);
+    }
+
+    void chooseFile()
+    {
+        Panel panel;
+        panel.initData("TK-100", "TK-104", QString());
+        QString const file = m_desk->writeFs("TK-104-Q48");
+        auto const choose = [&](bool accept) {
+            QWidget* const editor = panel.edit(0, 5);
+            QVERIFY(editor);
+            QTRY_VERIFY(QApplication::activeModalWidget());
+            auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            QCOMPARE(dialog->windowTitle(), QString("Open Fs File..."));
+            QCOMPARE(dialog->nameFilters(), QStringList{"KAVRO Fs File (*.fs)"});
+            auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
+            name->setText(file);
+            QTest::keyClick(name, accept ? Qt::Key_Return : Qt::Key_Escape);
+            QTRY_VERIFY(!QApplication::activeModalWidget());
+        };
+        choose(false);
+        QCOMPARE(panel.model()->devices().first()->fsFile, QString());
+        choose(true);
+        QTRY_COMPARE(panel.model()->devices().first()->fsFile, file);
+        QCOMPARE(panel.model()->devices().first()->checksum, QString("0x1234"));
+    }
+
+    void configureOperation()
+    {
+        Panel panel;
+        panel.initData("TK-100", "TK-104", QString());
+        QTimer::singleShot(0, [] {
+            QWidget* const dialog = QApplication::activeModalWidget();
+            QCOMPARE(dialog->windowTitle(), QString("Device Configuration"));
+            auto* const modes = dialog->findChild<QComboBox*>("comboBoxAccessMode");
+            auto* const operations = dialog->findChild<QComboBox*>("comboBoxOperation");
+            auto* const flash = dialog->findChild<QGroupBox*>("groupFlash");
+            QCOMPARE(entries(operations), (QStringList{"Load", "Load and Verify"}));
+            QVERIFY(!flash->isVisible());
+            modes->setCurrentIndex(2);
+            QCOMPARE(operations->count(), 2);
+            QVERIFY(flash->isVisible());
+            operations->setCurrentIndex(1);
+            for (auto* const button : dialog->findChildren<QPushButton*>())
+                if (button->text() == "save")
+                    QTest::mouseClick(button, Qt::LeftButton);
+        });
+        QPoint const cell = panel.table->visualRect(panel.index(0, 4)).center();
+        QTest::mouseClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
+        QTest::mouseDClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
+        QCOMPARE(panel.model()->devices().first()->operation->cmdIndex, 8);
+    }
+
+    void emptyCatalogue()
+    {
+        DeviceConfigurations::setFile(m_desk->path("none.json"));
+        Panel panel;
+        QVERIFY(panel.output().value(0).startsWith("Warn: "));
+        panel.click("addDevice");
+        panel.initData("a", "b", QString());
+        QVERIFY(entries(panel.edit(0, 1)).isEmpty());
+        panel.click("downLoad");
+        QVERIFY(panel.output().last().startsWith("Error: "));
+    }
+};
+
+QTEST_MAIN(VekProgrammerWidgetTest)
+#include "tst_vekprogrammerwidget.moc"
