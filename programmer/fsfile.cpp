@@ -8,7 +8,7 @@ namespace VEK {
 namespace {
 
 constexpr qint64 LongestLine = 64 * 1024;
-constexpr qint64 LongestHeader = 16 * 1024 * 1024; // what is longer is no header
+constexpr qint64 LongestHeader = 4 * 1024 * 1024; // what is longer is no header
 
 /// The value behind the key of a header line.
 QString valueOf(QString const& line)
