@@ -8,15 +8,14 @@
 #include <QDir>
 #include <QPointer>
 #include <QRegExp>
-
-#include <utility>
+#include <QSet>
 
 namespace VEK {
 
 namespace {
 
 constexpr int RemoteConnection = 1;
-constexpr int MostOutput = 64 * 1024 * 1024; // a programmer that says more is broken
+constexpr int MostOutput = 4 * 1024 * 1024; // a programmer that says more is broken
 
 QString programmerPath()
 {
@@ -61,7 +60,7 @@ void takeDeviceInfo(QStringList const& block, DeviceItem& row)
 
 bool VekProgrammerModel::isBusy() const
 {
-    return m_process->state() != QProcess::NotRunning;
+    return m_run != Run::None || m_process->state() != QProcess::NotRunning;
 }
 
 int VekProgrammerModel::cabletoProgrammerCableIdx(int cable)
@@ -79,26 +78,37 @@ QStringList VekProgrammerModel::remoteArguments() const
             session->nlcHostText() + QLatin1Char(':') + session->nlcPortText()};
 }
 
-/// Starts the programmer. `giveBack` runs when the run has ended, however it did.
-void VekProgrammerModel::run(QStringList const& arguments, FinishSlot finish,
-                             std::function<void()> const& giveBack)
+/// Starts the programmer. `giveBack` ends the run, however it went; until then any other is
+/// refused.
+void VekProgrammerModel::start(Run run, QStringList const& arguments, FinishSlot finish)
 {
+    m_run = run;
     Q_EMIT TargetEnable(false);
     m_output.clear();
-    m_giveBack = giveBack;
     m_finish = connect(m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
                        this, finish);
     m_process->start(m_programmer.isEmpty() ? programmerPath() : m_programmer, arguments,
                      QIODevice::ReadWrite);
 }
 
-/// What every finish slot does first, since the process is used again. Gives what gives back what
-/// the run took.
-std::function<void()> VekProgrammerModel::endRun()
+/// What every finish slot does first, since the process is used again.
+void VekProgrammerModel::endRun(Run run)
 {
+    m_run = run;
     disconnect(m_finish);
     collectOutput();
-    return std::exchange(m_giveBack, nullptr);
+}
+
+/// What every run does last. The next one may start in answer.
+void VekProgrammerModel::giveBack()
+{
+    Run const run = m_run;
+    if (run == Run::Cables || run == Run::CablesInit)
+        Q_EMIT StartandAutoEnable(true);
+    m_run = Run::None;
+    Q_EMIT TargetEnable(true);
+    if (run == Run::CablesInit)
+        Q_EMIT cableInitFinsh();
 }
 
 /// Keeps the pipe of the process empty, and the memory bounded.
@@ -119,43 +129,43 @@ QByteArray VekProgrammerModel::takeOutput()
 void VekProgrammerModel::onProgramError()
 {
     // a crash finishes the process too, but is told once
-    std::function<void()> const giveBack = endRun();
+    bool const hadRun = disconnect(m_finish);
     m_output.clear();
     Q_EMIT statusChanged(ProgrammerFailed, {QStringLiteral("Error: Call Programmer failed!")});
-    if (giveBack)
-        giveBack();
+    // not yet: the process tidies up behind this signal, and with it a run that was started here
+    if (hadRun)
+        QMetaObject::invokeMethod(this, &VekProgrammerModel::giveBack, Qt::QueuedConnection);
 }
 
 void VekProgrammerModel::scanCables()
 {
-    scanCablesForFT2CH(&VekProgrammerModel::onScanCableFinishForFT2CH);
+    scanCablesForFT2CH(Run::Cables, &VekProgrammerModel::onScanCableFinishForFT2CH);
 }
 
 void VekProgrammerModel::scanCablesInit()
 {
-    scanCablesForFT2CH(&VekProgrammerModel::onScanCableFinishForFT2CHInit);
+    scanCablesForFT2CH(Run::CablesInit, &VekProgrammerModel::onScanCableFinishForFT2CHInit);
 }
 
-void VekProgrammerModel::scanCablesForFT2CH(FinishSlot finish)
+void VekProgrammerModel::scanCablesForFT2CH(Run run, FinishSlot finish)
 {
     if (isBusy())
         return;
     m_cables.clear();
-    bool const init = finish == &VekProgrammerModel::onScanCableFinishForFT2CHInit;
+    m_run = run;
     Q_EMIT StartandAutoEnable(false);
-    run(QStringList{QStringLiteral("--scan-cables")} + remoteArguments(), finish, [this, init] {
-        Q_EMIT StartandAutoEnable(true);
-        Q_EMIT TargetEnable(true);
-        if (init)
-            Q_EMIT cableInitFinsh();
-    });
+    start(run, QStringList{QStringLiteral("--scan-cables")} + remoteArguments(), finish);
 }
 
-void VekProgrammerModel::scanCablesForWINUSB(FinishSlot finish,
-                                             std::function<void()> const& giveBack)
+/// The second half of a cable scan, which follows however the first one ended.
+void VekProgrammerModel::scanCablesForWINUSB(Run run, FinishSlot finish, int code,
+                                             QProcess::ExitStatus status)
 {
-    run(QStringList{QStringLiteral("--scan-cables"), QStringLiteral("L")} + remoteArguments(),
-        finish, giveBack);
+    endRun(run);
+    addCables(code, status);
+    start(run,
+          QStringList{QStringLiteral("--scan-cables"), QStringLiteral("L")} + remoteArguments(),
+          finish);
 }
 
 void VekProgrammerModel::addCables(int code, QProcess::ExitStatus status)
@@ -167,31 +177,28 @@ void VekProgrammerModel::addCables(int code, QProcess::ExitStatus status)
 
 void VekProgrammerModel::onScanCableFinishForFT2CH(int code, QProcess::ExitStatus status)
 {
-    std::function<void()> const giveBack = endRun();
-    addCables(code, status);
-    scanCablesForWINUSB(&VekProgrammerModel::onScanCableFinishForWINUSB, giveBack);
+    scanCablesForWINUSB(Run::Cables, &VekProgrammerModel::onScanCableFinishForWINUSB, code, status);
 }
 
 void VekProgrammerModel::onScanCableFinishForFT2CHInit(int code, QProcess::ExitStatus status)
 {
-    std::function<void()> const giveBack = endRun();
-    addCables(code, status);
-    scanCablesForWINUSB(&VekProgrammerModel::onScanCableFinishForWINUSBInit, giveBack);
+    scanCablesForWINUSB(Run::CablesInit, &VekProgrammerModel::onScanCableFinishForWINUSBInit, code,
+                        status);
 }
 
 void VekProgrammerModel::onScanCableFinishForWINUSB(int code, QProcess::ExitStatus status)
 {
-    endCableScan(code, status);
+    endCableScan(Run::Cables, code, status);
 }
 
 void VekProgrammerModel::onScanCableFinishForWINUSBInit(int code, QProcess::ExitStatus status)
 {
-    endCableScan(code, status);
+    endCableScan(Run::CablesInit, code, status);
 }
 
-void VekProgrammerModel::endCableScan(int code, QProcess::ExitStatus status)
+void VekProgrammerModel::endCableScan(Run run, int code, QProcess::ExitStatus status)
 {
-    std::function<void()> const giveBack = endRun();
+    endRun(run);
     addCables(code, status);
     checkCableAndChannel();
     giveBack();
@@ -201,29 +208,33 @@ void VekProgrammerModel::endCableScan(int code, QProcess::ExitStatus status)
 void VekProgrammerModel::checkCableAndChannel()
 {
     QList<QStringList> const all = m_cables;
+    QSet<QStringList> seen;
     m_cables.clear();
-    for (QStringList const& row : all)
-        if (!m_cables.contains(row))
-            m_cables << row;
+    for (QStringList const& row : all) {
+        if (seen.contains(row))
+            continue;
+        seen << row;
+        m_cables << row;
+    }
 }
 
 void VekProgrammerModel::scanDevices(int cable, int location)
 {
     if (isBusy())
         return;
+    m_run = Run::Devices;
     replaceRows({});
     QStringList arguments{QStringLiteral("--cable-index"),
                           QString::number(cabletoProgrammerCableIdx(cable))};
     if (location > 0)
         arguments << QStringLiteral("--location") << QString::number(location);
     arguments << QStringLiteral("--scan");
-    run(arguments + remoteArguments(), &VekProgrammerModel::onScanFinish,
-        [this] { Q_EMIT TargetEnable(true); });
+    start(Run::Devices, arguments + remoteArguments(), &VekProgrammerModel::onScanFinish);
 }
 
 void VekProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
 {
-    std::function<void()> const giveBack = endRun();
+    endRun(Run::Devices);
     QString const output = QString::fromUtf8(takeOutput());
     if (failed(code, status)) {
         replaceRows({});
@@ -271,8 +282,9 @@ void VekProgrammerModel::readDeviceCodes()
 {
     if (isBusy())
         return;
-    run(QStringList{QStringLiteral("--operation_index"), QStringLiteral("0")} + remoteArguments(),
-        &VekProgrammerModel::onDownloadFinish, [this] { Q_EMIT TargetEnable(true); });
+    start(Run::Devices,
+          QStringList{QStringLiteral("--operation_index"), QStringLiteral("0")} + remoteArguments(),
+          &VekProgrammerModel::onDownloadFinish);
 }
 
 QStringList VekProgrammerModel::downloadArguments(DeviceItem const& target, int cable, int location,
@@ -318,13 +330,14 @@ void VekProgrammerModel::programFs(int cable, int location, QString const& frequ
     if (!target->operation)
         return refuse(QStringLiteral("Error: Program Failed, No operation!"));
     QStringList const arguments = downloadArguments(*target, cable, location, frequency);
+    m_run = Run::Devices;
     Q_EMIT statusChanged(ProgrammerRunning, {});
-    run(arguments, &VekProgrammerModel::onDownloadFinish, [this] { Q_EMIT TargetEnable(true); });
+    start(Run::Devices, arguments, &VekProgrammerModel::onDownloadFinish);
 }
 
 void VekProgrammerModel::onDownloadFinish(int code, QProcess::ExitStatus status)
 {
-    std::function<void()> const giveBack = endRun();
+    endRun(Run::Devices);
     QByteArray const output = takeOutput();
     for (DeviceItem* const row : qAsConst(m_rows))
         row->status = ProgrammerIdle;

@@ -7,8 +7,6 @@
 #include <QProcess>
 #include <QStringList>
 
-#include <functional>
-
 class QFileSystemWatcher;
 
 namespace VEK {
@@ -102,7 +100,7 @@ public:
     /// Rows of the cable scans: type, name, location, serial text.
     QList<QStringList> cables() const { return m_cables; }
 
-    /// Whether a run of the programmer is under way.
+    /// Whether a run of the programmer is under way, which ends with `TargetEnable(true)`.
     bool isBusy() const;
 
     /// Path of the programmer in the place of "../../Programmer/bin/loader_cli" beside the
@@ -137,6 +135,8 @@ public Q_SLOTS:
 
 private:
     using FinishSlot = void (VekProgrammerModel::*)(int, QProcess::ExitStatus);
+    /// What is under way, by what it gives back at its end.
+    enum class Run { None, Devices, Cables, CablesInit };
 
     // table
     QVariant text(DeviceItem const& row, int column) const;
@@ -146,18 +146,18 @@ private:
     void swapRows(int a, int b);
 
     // runs
-    void run(QStringList const& arguments, FinishSlot finish,
-             std::function<void()> const& giveBack);
-    std::function<void()> endRun();
+    void start(Run run, QStringList const& arguments, FinishSlot finish);
+    void endRun(Run run);
+    void giveBack();
     QByteArray takeOutput();
     void collectOutput();
     QStringList remoteArguments() const;
     QStringList downloadArguments(DeviceItem const& target, int cable, int location,
                                   QString const& frequency) const;
-    void scanCablesForFT2CH(FinishSlot finish);
-    void scanCablesForWINUSB(FinishSlot finish, std::function<void()> const& giveBack);
+    void scanCablesForFT2CH(Run run, FinishSlot finish);
+    void scanCablesForWINUSB(Run run, FinishSlot finish, int code, QProcess::ExitStatus status);
     void addCables(int code, QProcess::ExitStatus status);
-    void endCableScan(int code, QProcess::ExitStatus status);
+    void endCableScan(Run run, int code, QProcess::ExitStatus status);
     void checkCableAndChannel();
     bool chooseDevices(QList<DeviceItem*> const& rows);
 
@@ -169,8 +169,8 @@ private:
     QString m_programmer;
     QByteArray m_output;
     QMetaObject::Connection m_finish;
-    std::function<void()> m_giveBack; ///< What a run took, also given back when it fails.
-    bool m_refreshing = false;        ///< The watcher's paths are being replaced.
+    Run m_run = Run::None;
+    bool m_refreshing = false; ///< The watcher's paths are being replaced.
 };
 
 } // namespace VEK

@@ -291,6 +291,20 @@ private slots:
                      (QStringList{"no target", "0:Error: Call Programmer failed!", "target"}));
     }
 
+    void runInAnswerToAFailure()
+    {
+        Watched w;
+        w.model.setProgrammer(m_desk->path("missing"));
+        connect(&w.model, &VekProgrammerModel::cableInitFinsh, [&] {
+            w.model.setProgrammer(QString());
+            m_desk->layAll("{'device': 'x', 'programmer': {'chain': []}}");
+            w.model.scanDevices(1, 7);
+        });
+        w.model.scanCablesInit();
+        QTRY_COMPARE(w.said.mid(6),
+                     (QStringList{"no target", "1:Scanning!|0 device(s) found!", "target"}));
+    }
+
     void readCodes()
     {
         Watched w;
