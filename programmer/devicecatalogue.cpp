@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QJsonDocument>
 #include <QVariantMap>
 
@@ -11,7 +12,7 @@ namespace VEK {
 
 namespace {
 
-constexpr qint64 LargestFile = 64 * 1024 * 1024;
+constexpr qint64 LargestFile = 4 * 1024 * 1024; // hundreds of times what devices there are
 
 /// The element whose `field` has that value, or null.
 template <typename T>
@@ -191,6 +192,7 @@ void DeviceConfigurations::loadProgrammerJson()
     // each list names entries of the one before
     for (QVariantMap const& object : objects(file, "ALL_MODES"))
         accessModes << makeAccessMode(object);
+    QHash<QString, DeviceModes*> byName;
     for (QVariantMap const& object : objects(file, "DEVICE_CONFIG")) {
         auto* const entry = new DeviceModes;
         entry->device = text(object, "DEVICE");
@@ -200,12 +202,14 @@ void DeviceConfigurations::loadProgrammerJson()
         for (QString const& name : textList(object, "ACCESS_MODES"))
             entry->accessModes << accessMode(name);
         devices << entry;
+        if (!byName.contains(entry->device))
+            byName.insert(entry->device, entry);
     }
     for (QVariantMap const& object : objects(file, "ALL_SERIES")) {
         auto* const entry = new Series;
         entry->name = text(object, "SERIES");
         for (QString const& name : textList(object, "DEVICES")) {
-            if (DeviceModes* const device = deviceModes(name)) {
+            if (DeviceModes* const device = byName.value(name)) {
                 device->series = entry;
                 entry->deviceList << device;
             }
