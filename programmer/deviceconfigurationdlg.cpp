@@ -69,6 +69,7 @@ QGroupBox* Ui_DeviceConfigurationDlg::makeOperation(QDialog* dialog)
     auto* const group = new QGroupBox(QStringLiteral("Device Operation"), dialog);
     comboBoxAccessMode = named(new QComboBox(group), "comboBoxAccessMode");
     comboBoxOperation = named(new QComboBox(group), "comboBoxOperation");
+    comboBoxOperation->setSizeAdjustPolicy(QComboBox::AdjustToContents); // it gets other entries
     auto* const form = new QFormLayout(group);
     form->addRow(QStringLiteral("Access Mode:"), comboBoxAccessMode);
     form->addRow(QStringLiteral("Operation:"), comboBoxOperation);
@@ -184,10 +185,11 @@ void DeviceConfigurationDlg::onSave()
 
 void DeviceConfigurationDlg::onChooseFile()
 {
-    QString const file =
-        QFileDialog::getOpenFileName(this, FsFileTitle, ui->lineEditFile->text(), FsFileFilter);
-    if (!file.isEmpty())
-        ui->lineEditFile->setText(file);
+    auto* const dialog = new QFileDialog(this, FsFileTitle, ui->lineEditFile->text(), FsFileFilter);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QFileDialog::fileSelected, ui->lineEditFile, &QLineEdit::setText);
+    dialog->open();
 }
 
 } // namespace VEK

@@ -36,13 +36,19 @@ VekProgrammerModel::VekProgrammerModel(QObject* parent)
     connect(m_process, &QProcess::errorOccurred, this, &VekProgrammerModel::onProgramError);
     connect(m_process, &QProcess::readyReadStandardOutput, this,
             &VekProgrammerModel::collectOutput);
-    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &VekProgrammerModel::onFileChanged);
+    // queued: the answer runs the event loop, where the watcher may go with this object
+    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &VekProgrammerModel::onFileChanged,
+            Qt::QueuedConnection);
 }
 
 VekProgrammerModel::~VekProgrammerModel()
 {
     // ending the process must not call back into what is going
     m_process->disconnect(this);
+    if (m_process->state() != QProcess::NotRunning) {
+        m_process->kill();
+        m_process->waitForFinished();
+    }
     qDeleteAll(m_rows);
 }
 
@@ -133,7 +139,7 @@ bool VekProgrammerModel::setData(QModelIndex const& index, QVariant const& value
         return false;
     switch (column) {
     case EnableColumn:
-        row->enable = value.toInt() == Qt::Checked;
+        row->enable = value.toInt() != Qt::Unchecked;
         break;
     case SeriesColumn:
         setSeries(row, value.toString());
@@ -297,8 +303,9 @@ void VekProgrammerModel::selectDevice(DeviceItem* row)
     if (names.size() == 1) {
         row->setDevice(names.first());
     } else if (names.size() > 1) {
-        DeviceSelector selector(row, names, QApplication::activeWindow());
-        selector.exec();
+        auto* const selector = new DeviceSelector(row, names, QApplication::activeWindow());
+        selector->setAttribute(Qt::WA_DeleteOnClose); // its parent may go first
+        selector->exec();
     }
 }
 
@@ -326,7 +333,7 @@ void VekProgrammerModel::updateWatcherFsFiles()
     QElapsedTimer timer;
     timer.start();
     while (self && timer.elapsed() < SettleTime)
-        QCoreApplication::processEvents();
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     if (!self)
         return;
     m_refreshing = false;

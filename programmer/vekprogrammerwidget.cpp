@@ -1,5 +1,6 @@
 #include "programmer/vekprogrammerwidget.h"
 
+#include "jtag/alert.h"
 #include "programmer/deviceconfigurationdlg.h"
 #include "programmer/ui_vekprogrammerwidget.h"
 #include "programmer/vekprogrammeritemdelegate.h"
@@ -11,7 +12,7 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -97,6 +98,7 @@ void VekProgrammerWidget::connectModel()
     connect(m_model, &VekProgrammerModel::programPrint, this,
             QOverload<QString const&>::of(&Widget::createProgrammerOutput));
     connect(m_model, &VekProgrammerModel::CableError, this, &Widget::CableErrorBox);
+    connect(m_model, &VekProgrammerModel::TargetEnable, this, &Widget::onTargetEnable);
 }
 
 void VekProgrammerWidget::connectForm()
@@ -148,8 +150,31 @@ QModelIndex VekProgrammerWidget::selectedIndex() const
 /// What both kinds of run show until their status comes.
 void VekProgrammerWidget::startRun()
 {
-    WaitingTip::showWaiting(window());
     m_running = true;
+    if (m_active)
+        showTip();
+    updateButtons();
+}
+
+/// What ends the tip is kept while the panel is not active, so that has none.
+void VekProgrammerWidget::showTip()
+{
+    if (m_running && m_active)
+        WaitingTip::showWaiting(window());
+    else
+        WaitingTip::hideWaiting();
+}
+
+/// A run may end without a status, when the target mark was taken away meanwhile.
+void VekProgrammerWidget::onTargetEnable(bool enabled)
+{
+    if (!enabled)
+        return;
+    if (m_keptStatus == ProgrammerRunning)
+        m_keptStatus = ProgrammerIdle;
+    if (m_running && m_active)
+        return onStatusChanged(ProgrammerIdle);
+    m_running = false;
     updateButtons();
 }
 
@@ -173,8 +198,8 @@ void VekProgrammerWidget::onEnableChange(int state)
 {
     m_active = state == Qt::Checked;
     Q_EMIT enableChange(m_active);
-    if (!m_active)
-        WaitingTip::hideWaiting(); // what would end it is kept from now on
+    if (m_running)
+        showTip();
     if (!m_active || !m_hasKept)
         return;
     QStringList messages;
@@ -219,7 +244,7 @@ void VekProgrammerWidget::onStatusChanged(ProgrammerStatus status, QStringList c
         active->status = status;
     m_running = status == ProgrammerRunning;
     if (!m_running)
-        WaitingTip::hideWaiting();
+        showTip();
     updateButtons();
     createProgrammerOutput(messages);
 }
@@ -241,16 +266,19 @@ void VekProgrammerWidget::onTableViewDoubleClkiced(QModelIndex const& index)
         return;
     // the table may get other rows while the dialog is open, so that works on a copy
     DeviceItem edited = *row;
-    DeviceConfigurationDlg dialog(&edited, this);
-    if (dialog.exec() != QDialog::Accepted || !m_model->devices().contains(row))
+    QPointer<DeviceConfigurationDlg> const dialog = new DeviceConfigurationDlg(&edited, this);
+    bool const saved = dialog->exec() == QDialog::Accepted;
+    if (!dialog)
+        return; // gone with this panel
+    QString const file = dialog->fileName();
+    dialog->deleteLater();
+    int const place = m_model->devices().indexOf(row);
+    if (!saved || place < 0)
         return;
     row->operation = edited.operation;
-    if (dialog.fileName() != row->fsFile) {
-        int const place = m_model->devices().indexOf(row);
-        m_model->setData(m_model->index(place, VekProgrammerModel::FsFileColumn),
-                         dialog.fileName());
-    }
     ui->tableView->viewport()->update();
+    if (file != row->fsFile)
+        m_model->setData(m_model->index(place, VekProgrammerModel::FsFileColumn), file);
 }
 
 void VekProgrammerWidget::updateIsBusy(bool busy)
@@ -278,8 +306,9 @@ void VekProgrammerWidget::updateChannel(int location)
 
 void VekProgrammerWidget::createProgrammerOutput(QStringList const& messages)
 {
-    for (QString const& message : messages)
-        createProgrammerOutput(message);
+    int const lines = ui->textEdit->document()->maximumBlockCount();
+    for (int i = qMax(0, messages.size() - lines); i < messages.size(); ++i)
+        createProgrammerOutput(messages[i]);
 }
 
 void VekProgrammerWidget::createProgrammerOutput(QString const& message)
@@ -342,7 +371,7 @@ void VekProgrammerWidget::updateFrequency()
 
 void VekProgrammerWidget::CableErrorBox(QString const& text)
 {
-    QMessageBox::critical(this, QStringLiteral("error"), text);
+    showAlert({AlertKind::Critical, QStringLiteral("error"), text});
 }
 
 } // namespace VEK

@@ -72,6 +72,8 @@ private:
     void connectModel();
     void connectForm();
     void startRun();
+    void showTip();
+    void onTargetEnable(bool enabled);
     void sendStatusSig();
     void updateFrequency();
     void updateButtons();

@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScopedPointer>
@@ -268,6 +269,45 @@ private slots:
         QTest::mouseClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
         QTest::mouseDClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
         QCOMPARE(panel.model()->devices().first()->operation->cmdIndex, 8);
+    }
+
+    void goneDuringADialog_data()
+    {
+        QTest::addColumn<bool>("search");
+        QTest::newRow("device chooser") << true;
+        QTest::newRow("configuration") << false;
+    }
+
+    void goneDuringADialog()
+    {
+        QFETCH(bool, search);
+        QPointer<Panel> panel = new Panel;
+        panel->initData("TK-100", "TK-104", QString());
+        QVERIFY(QTest::qWaitForWindowActive(panel));
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, [&] {
+            if (QApplication::activeModalWidget())
+                delete panel.data();
+        });
+        timer.start(10);
+        if (search)
+            panel->click("searchDevice");
+        else
+            panel->onTableViewDoubleClkiced(panel->index(0, 4));
+        QTRY_VERIFY(!panel);
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+    }
+
+    void targetTakenAwayDuringDownload()
+    {
+        m_desk->lay("'delay': 200");
+        Panel panel;
+        panel.initData("TK-100", "TK-104", m_desk->writeFs("TK-104-Q48"));
+        panel.tick(0);
+        panel.click("downLoad");
+        QVERIFY(!panel.button("downLoad")->isEnabled());
+        panel.model()->setData(panel.index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
+        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
     }
 
     void emptyCatalogue()
