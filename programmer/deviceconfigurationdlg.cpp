@@ -61,13 +61,13 @@ void Ui_DeviceConfigurationDlg::setupUi(QDialog* dialog)
     buttonSave = buttons->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole);
     buttonCancel = buttons->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole);
     layout->addWidget(buttons);
-    dialog->setMinimumWidth(420);
 }
 
 QGroupBox* Ui_DeviceConfigurationDlg::makeOperation(QDialog* dialog)
 {
     auto* const group = new QGroupBox(QStringLiteral("Device Operation"), dialog);
     comboBoxAccessMode = named(new QComboBox(group), "comboBoxAccessMode");
+    comboBoxAccessMode->setMinimumWidth(250); // gives the dialog room for a file name
     comboBoxOperation = named(new QComboBox(group), "comboBoxOperation");
     comboBoxOperation->setSizeAdjustPolicy(QComboBox::AdjustToContents); // it gets other entries
     auto* const form = new QFormLayout(group);
@@ -166,6 +166,7 @@ void DeviceConfigurationDlg::onAccessModeChanged()
             for (Operation const* const entry : mode->programmerOperations())
                 ui->comboBoxOperation->addItem(entry->description);
     }
+    ui->comboBoxOperation->setMinimumWidth(ui->comboBoxOperation->sizeHint().width());
     onOperationChanged();
 }
 

@@ -114,7 +114,8 @@ void VekProgrammerModel::giveBack()
 /// Keeps the pipe of the process empty, and the memory bounded.
 void VekProgrammerModel::collectOutput()
 {
-    m_output += m_process->readAllStandardOutput();
+    if (m_process->isOpen())
+        m_output += m_process->readAllStandardOutput();
     if (m_output.size() > MostOutput && isBusy())
         m_process->kill();
 }

@@ -25,6 +25,8 @@ namespace VEK {
 
 namespace {
 
+constexpr int LongestMessage = 2000; // laying out a line takes the square of its length
+
 /// By `ProgrammerStatus`.
 QString statusText(ProgrammerStatus status)
 {
@@ -330,7 +332,7 @@ void VekProgrammerWidget::createProgrammerOutput(QString const& message)
     format.setForeground(color);
     if (!ui->textEdit->document()->isEmpty())
         cursor.insertBlock();
-    cursor.insertText(stamp + message, format);
+    cursor.insertText(stamp + message.left(LongestMessage), format);
     QScrollBar* const bar = ui->textEdit->verticalScrollBar();
     bar->setValue(bar->maximum());
 }
