@@ -25,7 +25,7 @@ public:
     /// The editor of a row that has one.
     static TreeLineEdit* ofItem(QTreeWidgetItem* item);
 
-    int width = 1;                 ///< Single signals in this row.
+    int width = 1;                 ///< Single signals in this row; hides the width of the widget.
     int index = -1;                ///< Place of the row in its tree, or of a bit in its bus.
     QList<TreeLineEdit*> subEdits; ///< Of a bus: the editors of its bits, in order. Not owned.
     TreeLineEdit* bus = nullptr;   ///< Of a bit: the editor of its bus. Not owned.
