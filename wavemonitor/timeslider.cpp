@@ -15,10 +15,19 @@ namespace {
 constexpr double kFlagHeight = 15.0;
 constexpr double kMinWidth = 10.0;
 constexpr int kFontPoints = 9;
+constexpr double kTextRoom = 15.0; ///< Pixels above a flag, up to the top of the ruler.
+constexpr int kFittingPixels = 12;
+
+/// Where points are large, smaller letters: the ruler would cut a number off at its top.
+QFont timeFont()
+{
+    QFont const font = monitorFontOfPointSize(kFontPoints);
+    return QFontMetricsF(font).height() > kTextRoom ? monitorFontOfPixelSize(kFittingPixels) : font;
+}
 
 QSizeF timeTextSize(int time)
 {
-    QFontMetricsF const metrics(monitorFontOfPointSize(kFontPoints));
+    QFontMetricsF const metrics(timeFont());
     return QSizeF(metrics.horizontalAdvance(QString::number(time)), metrics.height());
 }
 
@@ -36,7 +45,7 @@ void paintSlider(QPainter* painter, QPainterPath const& shape, int time, QColor 
     painter->setPen(outline);
     painter->setBrush(filling);
     painter->drawPath(shape);
-    painter->setFont(monitorFontOfPointSize(kFontPoints));
+    painter->setFont(timeFont());
     QSizeF const text = timeTextSize(time);
     painter->drawText(QRectF(QPointF(0.0, -kFlagHeight - text.height()), text), Qt::AlignCenter,
                       QString::number(time));
