@@ -1,0 +1,67 @@
+#include "workbench/sessionfile.h"
+
+#include "model/vekfile.h"
+#include "results/windowdocument.h"
+#include "results/windowreader.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+using namespace VEK;
+
+namespace {
+
+QString const CoreAttribute = QStringLiteral("core");
+
+} // namespace
+
+bool writeSession(QString const& path, QByteArray const& configuration,
+                  QList<SavedWindow> const& windows, QString& error)
+{
+    ParsedDocument parsed = parseVekDocument(configuration);
+    if (!parsed.isOk()) {
+        error = parsed.error;
+        return false;
+    }
+    QDomElement root = parsed.config();
+    for (SavedWindow const& saved : windows) {
+        QDomNode copy = parsed.document.importNode(saved.window, true);
+        copy.toElement().setAttribute(CoreAttribute, saved.core);
+        copy.toElement().setAttribute(DOM_ATTR_WINDOW_INDEX, 0);
+        root.appendChild(copy);
+    }
+    QSaveFile file(path);
+    QByteArray const text = parsed.document.toByteArray(4);
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+        return true;
+    error = file.errorString();
+    return false;
+}
+
+QList<SavedWindow> readSession(QString const& path, QDomDocument& document)
+{
+    QList<SavedWindow> windows;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return windows;
+    ParsedDocument const parsed = parseVekDocument(file.readAll());
+    document = parsed.document;
+    QDomElement window = parsed.config().firstChildElement(DOM_TAG_WINDOW);
+    for (; !window.isNull(); window = window.nextSiblingElement(DOM_TAG_WINDOW))
+        windows.append({window.attribute(CoreAttribute).toInt(), window});
+    return windows;
+}
+
+QDomElement singleWindow(QDomElement const& all, int window, int count)
+{
+    QDomElement single = all.cloneNode(true).toElement();
+    QDomElement signal = single.firstChildElement(DOM_TAG_SIGNALS).firstChildElement();
+    for (; !signal.isNull(); signal = signal.nextSiblingElement()) {
+        QString const bits = elementText(signal);
+        int const length = bits.size() / qMax(1, count);
+        while (signal.hasChildNodes())
+            signal.removeChild(signal.firstChild());
+        signal.appendChild(all.ownerDocument().createTextNode(bits.mid(window * length, length)));
+    }
+    return single;
+}
