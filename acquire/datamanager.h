@@ -60,7 +60,7 @@ public:
     /// section of a read in us.
     void setTiming(int pollInterval, unsigned sectionPause);
 
-signals:
+Q_SIGNALS:
     /// A run has ended: 0, or the error of the server.
     void triggerComplete(int resultID);
     void statusChanged(bool isBusy);
@@ -68,7 +68,7 @@ signals:
     void StartandAutoEnable(bool flag);
     void CableChangedForNlc();
 
-public slots:
+public Q_SLOTS:
     /// The poll step.
     virtual void checkState() = 0;
 

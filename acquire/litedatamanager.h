@@ -44,10 +44,10 @@ public:
     /// The receiver of `readRamComplete` must call this: it also moves the run on.
     QList<QBitArray> getCurrentData();
 
-signals:
+Q_SIGNALS:
     void readRamComplete();
 
-public slots:
+public Q_SLOTS:
     void checkState() override;
     void onDelay();
 

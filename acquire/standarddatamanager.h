@@ -66,11 +66,11 @@ public:
     bool readCsvFile(QString const& file, QList<SignalItem>& signalList,
                      QList<QBitArray>& dataList);
 
-signals:
+Q_SIGNALS:
     /// A window was read whole. `coreIdx` is the core's own index.
     void readRamComplete(int coreIdx, int winIdx);
 
-public slots:
+public Q_SLOTS:
     void checkState() override;
     /// Stops the run and reports a silent server. A host that wants a watchdog connects its timer.
     void onTimeout();

@@ -39,11 +39,11 @@ public:
     /// without bits, core or signals.
     QList<WaveMonitor::SignalData> handleTdoData(QBitArray const& tdo) const;
 
-signals:
+Q_SIGNALS:
     /// The run is over. Emitted once for each result of the manager.
     void finish();
 
-public slots:
+public Q_SLOTS:
     void onComplete(int status);
     void onReadRamComplete();
 

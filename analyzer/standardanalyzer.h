@@ -40,11 +40,11 @@ public:
     /// or samples to expect.
     QList<WaveMonitor::SignalData> handleTdoData(SxCore const* core, QBitArray const& tdo) const;
 
-signals:
+Q_SIGNALS:
     /// The run is over. Emitted once for each result of the manager.
     void finish();
 
-public slots:
+public Q_SLOTS:
     void onComplete(int status);
     void onReadRamComplete(int core, int window);
 

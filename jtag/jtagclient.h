@@ -25,13 +25,13 @@ public:
     /// Length of the frame body that is awaited, 0 while the length itself is.
     quint32 blockSize = 0;
 
-public slots:
+public Q_SLOTS:
     /// Takes at most one frame off the socket, arms itself for the next one, and emits its message.
     /// The receiver may run an event loop: later frames then arrive inside it. A frame that holds
     /// no message is dropped.
     void onDataReady();
 
-signals:
+Q_SIGNALS:
     void cmdReceived(CmdPack);
 };
 
@@ -47,14 +47,14 @@ public:
 
     quint32 blockSize = 0;
 
-public slots:
+public Q_SLOTS:
     void onDataReady();
 
     /// On `UnconnectedState` shows that the remote server is gone, with the host and port of the
     /// shared session. For a host that watches a client of its own; nothing is connected to it.
     void onStateChanged(QAbstractSocket::SocketState state);
 
-signals:
+Q_SIGNALS:
     void cmdReceived(CmdPack);
 };
 

@@ -161,14 +161,14 @@ public:
     /// Shows that the remote server is gone.
     void showDisconnected() const;
 
-signals:
+Q_SIGNALS:
     void switchServer(QString);
     void createData(CmdPack);
     void closeThread();
     void unconnect();
     void disConnectServer();
 
-public slots:
+public Q_SLOTS:
     /// Routes a reply by its `request_id`, else by its `data_request_id`. Without either, or with
     /// an id that nobody holds, the pack is dropped.
     void dataReturned(CmdPack const& pack);
