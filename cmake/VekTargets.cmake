@@ -28,8 +28,24 @@ function(vek_add_library)
   string(TOLOWER vek_${ARG_NAME} target)
   add_library(${target} ${ARG_SOURCES})
   add_library(Vek::${ARG_NAME} ALIAS ${target})
-  target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE vek_flags ${ARG_PRIVATE})
-  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  target_link_libraries(${target}
+    PUBLIC ${ARG_PUBLIC} PRIVATE $<BUILD_INTERFACE:vek_flags> ${ARG_PRIVATE})
+  target_include_directories(${target}
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:include/vek>)
+endfunction()
+
+# vek_install_library(NAME Model): the library and the headers of the calling folder for hosts. The
+# simulator is no host's business and has none.
+function(vek_install_library)
+  cmake_parse_arguments(ARG "" "NAME" "" ${ARGN})
+  string(TOLOWER vek_${ARG_NAME} target)
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${ARG_NAME} INSTALL_RPATH $ORIGIN)
+  install(TARGETS ${target} EXPORT VekTargets
+    LIBRARY DESTINATION lib COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION lib COMPONENT development)
+  cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
+  file(GLOB headers CONFIGURE_DEPENDS *.h)
+  install(FILES ${headers} DESTINATION include/vek/${folder} COMPONENT development)
 endfunction()
 
 # vek_add_program(NAME veksh FOLDER Analyzer/bin SOURCES ... LIBS ...): the build tree mirrors the
@@ -39,7 +55,8 @@ function(vek_add_program)
   add_executable(${ARG_NAME} ${ARG_SOURCES})
   target_link_libraries(${ARG_NAME} PRIVATE vek_flags ${ARG_LIBS})
   set_target_properties(${ARG_NAME} PROPERTIES
-    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${ARG_FOLDER})
+    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${ARG_FOLDER}
+    INSTALL_RPATH $ORIGIN/../../lib)
 endfunction()
 
 # vek_add_test(NAME tst_bits [TIMEOUT s] LIBS ...): builds NAME.cpp of the calling folder.

@@ -10,6 +10,8 @@
 #include <QVector>
 #include <QWidget>
 
+#include <type_traits>
+
 class QLabel;
 
 namespace WaveMonitor {
@@ -39,6 +41,15 @@ public:
     /// `config` may be null; only its column widths are used, for the first width of the tree.
     explicit WaveMonitorWidget(unsigned long long domain, QWidget* parent = nullptr,
                                DrawConfig* config = nullptr);
+
+    /// For forms made with Qt Designer, whose code gives a widget nothing but its parent: the
+    /// domain is one that no other monitor has. A template, so that a domain of 0 is no null
+    /// pointer.
+    template <typename Parent, typename = std::enable_if_t<std::is_base_of<QWidget, Parent>::value>>
+    explicit WaveMonitorWidget(Parent* parent)
+        : WaveMonitorWidget(quint64(reinterpret_cast<quintptr>(this)), parent)
+    {}
+
     ~WaveMonitorWidget() override;
 
     /// Adds a row to the capture. A signal whose id is there already replaces its data.
