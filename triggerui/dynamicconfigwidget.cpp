@@ -46,8 +46,8 @@ private:
 
 namespace {
 
-constexpr int MinimumAmount = 4;     ///< The least samples that a segment holds.
-constexpr int TypeColumnWidth = 130; // for the longest type
+constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
+constexpr int CellMargins = 12;
 constexpr int ValueColumnWidth = 300;
 
 template <typename Widget>
@@ -66,6 +66,19 @@ QComboBox* makeBox(QWidget* parent, char const* name)
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setMinimumContentsLength(10);
     return box;
+}
+
+/// Room for the longest that the columns of type and function may show, in the table's font.
+void fitColumns(QTableView* table)
+{
+    int type = 0;
+    int function = 0;
+    for (MatchFunc const func : optionalFunctions(MatchRangeEdges))
+        function = qMax(function, table->fontMetrics().horizontalAdvance(func2string(func)));
+    for (int i = MatchBasic; i <= MatchRangeEdges; ++i)
+        type = qMax(type, table->fontMetrics().horizontalAdvance(type2string(MatchType(i))));
+    table->setColumnWidth(MatchUnitModel::TypeColumn, type + CellMargins);
+    table->setColumnWidth(MatchUnitModel::FunctionColumn, function + CellMargins);
 }
 
 QString expressionLine(int row, QString const& expression)
@@ -140,8 +153,9 @@ QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* mo
     tableUnit->setModel(model);
     tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
     tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
+    tableUnit->setWordWrap(false); // the second value of a range would go below its row
     tableUnit->horizontalHeader()->setHighlightSections(false);
-    tableUnit->setColumnWidth(MatchUnitModel::TypeColumn, TypeColumnWidth);
+    fitColumns(tableUnit);
     tableUnit->setColumnWidth(MatchUnitModel::ValueColumn, ValueColumnWidth);
     tableUnit->verticalHeader()->setVisible(false);
     auto* const layout = new QVBoxLayout(groupBox_3);
