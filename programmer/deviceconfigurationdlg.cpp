@@ -58,8 +58,10 @@ void Ui_DeviceConfigurationDlg::setupUi(QDialog* dialog)
     layout->addWidget(makeFlash(dialog));
     layout->addStretch(1);
     auto* const buttons = new QDialogButtonBox(dialog);
-    buttonSave = buttons->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole);
-    buttonCancel = buttons->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole);
+    buttonSave = named(buttons->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole),
+                       "buttonSave");
+    buttonCancel = named(buttons->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole),
+                         "buttonCancel");
     layout->addWidget(buttons);
 }
 

@@ -77,6 +77,8 @@ void Ui_VekProgrammerWidget::makeTable(QWidget* widget)
     tableView = named(new QTableView(widget), "tableView");
     tableView->setSelectionBehavior(QAbstractItemView::SelectRows);
     tableView->setSelectionMode(QAbstractItemView::SingleSelection);
+    // the bold captions of a selected row would not fit their columns
+    tableView->horizontalHeader()->setHighlightSections(false);
 }
 
 void Ui_VekProgrammerWidget::makeOutput(QWidget* widget)

@@ -16,6 +16,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QStyle>
 #include <QTableView>
 #include <QTextCursor>
 #include <QTextEdit>
@@ -25,6 +26,7 @@ namespace VEK {
 
 namespace {
 
+constexpr int EnableWidth = 50;
 constexpr int LongestMessage = 2000; // laying out a line takes the square of its length
 
 /// By `ProgrammerStatus`.
@@ -54,6 +56,21 @@ bool hasFixedFrequency(QString const& deviceN)
     return groups.contains(deviceN);
 }
 
+/// The captions in a size in which the narrow first column has room for its own.
+QFont captionFont(QHeaderView const* header)
+{
+    QString const caption =
+        header->model()->headerData(VekProgrammerModel::EnableColumn, Qt::Horizontal).toString();
+    int const margins = 2 * header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
+    QFont font = header->font();
+    for (qreal size = QFontInfo(font).pointSizeF(); size > 6; size -= 0.5) {
+        font.setPointSizeF(size);
+        if (QFontMetrics(font).horizontalAdvance(caption) + margins <= EnableWidth)
+            break;
+    }
+    return font;
+}
+
 QStringList allFrequencies()
 {
     return QStringLiteral("0.02MHz,0.1MHz,0.3MHz,0.4MHz,0.5MHz,0.75MHz,0.9MHz,1.1MHz,1.5MHz,2MHz,"
@@ -69,7 +86,8 @@ VekProgrammerWidget::VekProgrammerWidget(QWidget* parent)
     ui->setupUi(this);
     ui->tableView->setModel(m_model);
     ui->tableView->setItemDelegate(new VekProgrammerItemDelegate(ui->tableView));
-    ui->tableView->setColumnWidth(VekProgrammerModel::EnableColumn, 50);
+    ui->tableView->horizontalHeader()->setFont(captionFont(ui->tableView->horizontalHeader()));
+    ui->tableView->setColumnWidth(VekProgrammerModel::EnableColumn, EnableWidth);
     ui->tableView->setColumnWidth(VekProgrammerModel::SeriesColumn, 120);
     ui->tableView->setColumnWidth(VekProgrammerModel::VersionColumn, 130);
     ui->tableView->setColumnWidth(VekProgrammerModel::OperationColumn, 200);
@@ -222,12 +240,24 @@ void VekProgrammerWidget::on_rmDevice_clicked()
 
 void VekProgrammerWidget::on_moveUp_clicked()
 {
-    m_model->onMoveUp(selectedIndex());
+    QModelIndex const from = selectedIndex();
+    m_model->onMoveUp(from);
+    followRow(from, from.row() - 1);
 }
 
 void VekProgrammerWidget::on_moveDown_clicked()
 {
-    m_model->onMoveDown(selectedIndex());
+    QModelIndex const from = selectedIndex();
+    m_model->onMoveDown(from);
+    followRow(from, from.row() + 1);
+}
+
+/// A row that moved stays the current one, so that it can be moved on. The model's reset took it
+/// from the table.
+void VekProgrammerWidget::followRow(QModelIndex const& from, int row)
+{
+    if (from.isValid() && row >= 0 && row < m_model->rowCount())
+        ui->tableView->setCurrentIndex(m_model->index(row, from.column()));
 }
 
 void VekProgrammerWidget::onStatusChanged(ProgrammerStatus status, QStringList const& messages)

@@ -72,6 +72,7 @@ private:
     void connectModel();
     void connectForm();
     void startRun();
+    void followRow(QModelIndex const& from, int row);
     void showTip();
     void onTargetEnable(bool enabled);
     void sendStatusSig();

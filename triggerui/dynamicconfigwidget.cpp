@@ -47,7 +47,7 @@ private:
 namespace {
 
 constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
-constexpr int TypeColumnWidth = 130; // for the longest type
+constexpr int CellMargins = 12;
 constexpr int ValueColumnWidth = 300;
 
 template <typename Widget>
@@ -66,6 +66,19 @@ QComboBox* makeBox(QWidget* parent, char const* name)
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setMinimumContentsLength(10);
     return box;
+}
+
+/// Room for the longest that the columns of type and function may show, in the table's font.
+void fitColumns(QTableView* table)
+{
+    int type = 0;
+    int function = 0;
+    for (MatchFunc const func : optionalFunctions(MatchRangeEdges))
+        function = qMax(function, table->fontMetrics().horizontalAdvance(func2string(func)));
+    for (int i = MatchBasic; i <= MatchRangeEdges; ++i)
+        type = qMax(type, table->fontMetrics().horizontalAdvance(type2string(MatchType(i))));
+    table->setColumnWidth(MatchUnitModel::TypeColumn, type + CellMargins);
+    table->setColumnWidth(MatchUnitModel::FunctionColumn, function + CellMargins);
 }
 
 QString expressionLine(int row, QString const& expression)
@@ -140,8 +153,9 @@ QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* mo
     tableUnit->setModel(model);
     tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
     tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
+    tableUnit->setWordWrap(false); // the second value of a range would go below its row
     tableUnit->horizontalHeader()->setHighlightSections(false);
-    tableUnit->setColumnWidth(MatchUnitModel::TypeColumn, TypeColumnWidth);
+    fitColumns(tableUnit);
     tableUnit->setColumnWidth(MatchUnitModel::ValueColumn, ValueColumnWidth);
     tableUnit->verticalHeader()->setVisible(false);
     auto* const layout = new QVBoxLayout(groupBox_3);
@@ -150,9 +164,9 @@ QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* mo
 }
 
 DynamicConfigWidget::DynamicConfigWidget(QWidget* parent)
-    : QWidget(parent), ui(new Ui_DynamicConfigWidget), m_model(new MatchUnitModel(this))
+    : QWidget(parent), ui(new Ui_DynamicConfigWidget), model(new MatchUnitModel(this))
 {
-    ui->setupUi(this, m_model);
+    ui->setupUi(this, model);
     resetUI();
     setEnabled(false);
 
@@ -169,7 +183,7 @@ DynamicConfigWidget::~DynamicConfigWidget() = default;
 void DynamicConfigWidget::setSxCore(SxCore* core)
 {
     resetUI();
-    m_core = core;
+    this->core = core;
     if (!core)
         return;
     ui->lineEditStorage->setText(QString::number(core->storageDepth));
@@ -180,28 +194,28 @@ void DynamicConfigWidget::setSxCore(SxCore* core)
         ui->comboBoxAmount->findText(QString::number(core->captureAmount)));
     setPositionLimit(core->captureAmount);
     ui->spinBoxTrPos->setValue(core->triggerPos);
-    m_model->setMatcherList(core->enabledMatchUnits());
+    model->setMatcherList(core->enabledMatchUnits());
     setExpressions();
 }
 
 void DynamicConfigWidget::setWindows()
 {
     QSignalBlocker const blocked(ui->comboBoxWindow);
-    int const last = m_core->storageDepth / MinimumAmount;
-    int const chosen = m_core->windowNum >= 1 && m_core->windowNum <= last ? m_core->windowNum : 0;
+    int const last = core->storageDepth / MinimumAmount;
+    int const chosen = core->windowNum >= 1 && core->windowNum <= last ? core->windowNum : 0;
     ui->windows->setRange(last, chosen);
     ui->comboBoxWindow->setCurrentIndex(chosen - 1);
 }
 
 void DynamicConfigWidget::setExpressions()
 {
-    QList<bool> const flags = filledFlags(m_core->expressionEnabled, m_core->expressions.size());
-    if (m_core->expressionEnabled.isEmpty())
-        m_core->expressionEnabled = flags;
-    for (int row = 0; row < m_core->expressions.size(); ++row) {
+    QList<bool> const flags = filledFlags(core->expressionEnabled, core->expressions.size());
+    if (core->expressionEnabled.isEmpty())
+        core->expressionEnabled = flags;
+    for (int row = 0; row < core->expressions.size(); ++row) {
         auto* const item = new QListWidgetItem(
-            expressionLine(row, shownExpression(m_core->expressions[row])), ui->listExpressions);
-        if (m_core->expressionType == ExpressionDynamic)
+            expressionLine(row, shownExpression(core->expressions[row])), ui->listExpressions);
+        if (core->expressionType == ExpressionDynamic)
             item->setCheckState(flags[row] ? Qt::Checked : Qt::Unchecked);
     }
 }
@@ -211,7 +225,7 @@ void DynamicConfigWidget::resetCaptureAmount()
     QSignalBlocker const blocked(ui->comboBoxAmount);
     ui->comboBoxAmount->clear();
     qint64 const parts = fixedWindowNum(unsigned(windowNum()));
-    qint64 const limit = m_core && parts > 0 ? m_core->storageDepth / parts : 0;
+    qint64 const limit = core && parts > 0 ? core->storageDepth / parts : 0;
     for (qint64 amount = MinimumAmount; amount <= limit; amount *= 2)
         ui->comboBoxAmount->addItem(QString::number(amount));
 }
@@ -223,23 +237,23 @@ void DynamicConfigWidget::setPositionLimit(int amount)
 
 void DynamicConfigWidget::save()
 {
-    if (!m_core)
+    if (!core)
         return;
     if (ui->comboBoxWindow->currentIndex() >= 0)
-        m_core->windowNum = windowNum();
+        core->windowNum = windowNum();
     if (ui->comboBoxAmount->currentIndex() >= 0)
-        m_core->captureAmount = ui->comboBoxAmount->currentText().toInt();
-    m_core->triggerPos = ui->spinBoxTrPos->value();
+        core->captureAmount = ui->comboBoxAmount->currentText().toInt();
+    core->triggerPos = ui->spinBoxTrPos->value();
 
     int const count = ui->listExpressions->count();
-    if (m_core->expressionType != ExpressionDynamic) {
-        m_core->expressionEnabled = filledFlags(m_core->expressionEnabled, count);
+    if (core->expressionType != ExpressionDynamic) {
+        core->expressionEnabled = filledFlags(core->expressionEnabled, count);
         return;
     }
     QList<bool> flags;
     for (int row = 0; row < count; ++row)
         flags << (ui->listExpressions->item(row)->checkState() == Qt::Checked);
-    m_core->expressionEnabled = flags;
+    core->expressionEnabled = flags;
 }
 
 int DynamicConfigWidget::windowNum() const
@@ -249,13 +263,14 @@ int DynamicConfigWidget::windowNum() const
 
 void DynamicConfigWidget::resetUI()
 {
+    core = nullptr; // an emptied panel must not be saved into it
     QSignalBlocker const windowBlocked(ui->comboBoxWindow);
     QSignalBlocker const amountBlocked(ui->comboBoxAmount);
     ui->lineEditStorage->clear();
     ui->windows->setRange(0, 0);
     ui->comboBoxAmount->clear();
     ui->listExpressions->clear();
-    m_model->reset();
+    model->reset();
     ui->spinBoxTrPos->setMaximum(std::numeric_limits<int>::max());
     ui->spinBoxTrPos->setValue(0);
 }
@@ -263,7 +278,7 @@ void DynamicConfigWidget::resetUI()
 void DynamicConfigWidget::editMu()
 {
     QModelIndexList const rows = ui->tableUnit->selectionModel()->selectedRows();
-    MatchUnit* const unit = rows.isEmpty() ? nullptr : m_model->muFromIndex(rows.first());
+    MatchUnit* const unit = rows.isEmpty() ? nullptr : model->muFromIndex(rows.first());
     if (!unit)
         return;
     MatchUnitDialog dialog(unit, true, this);
@@ -291,18 +306,18 @@ void DynamicConfigWidget::onCaptureAmountChanged()
 
 void DynamicConfigWidget::editExpression(QListWidgetItem* item)
 {
-    if (!m_core || m_core->expressionType == ExpressionStatic || !item)
+    if (!core || core->expressionType == ExpressionStatic || !item)
         return;
     QList<bool> enabled;
     for (int unit = 0; unit < CoreUnitCount; ++unit) {
-        MatchUnit const* const matchUnit = m_core->matchUnit(unit);
+        MatchUnit const* const matchUnit = core->matchUnit(unit);
         enabled << (matchUnit && matchUnit->enabled);
     }
-    SxCore* const core = m_core;
+    SxCore* const shown = core;
     int const row = ui->listExpressions->row(item);
     QString const expression = MuExpressionDialog::getExpression(enabled, this);
     // the host may have put another core here while the dialog was open
-    QListWidgetItem* const edited = m_core == core ? ui->listExpressions->item(row) : nullptr;
+    QListWidgetItem* const edited = core == shown ? ui->listExpressions->item(row) : nullptr;
     if (expression.isEmpty() || !edited)
         return;
     core->setExpression(expression, row);

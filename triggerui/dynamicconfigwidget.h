@@ -34,10 +34,11 @@ public:
     /// The number of segments chosen, 0 without a choice.
     int windowNum() const;
 
+    /// Empties the panel, which shows no core from then on.
     void resetUI();
 
     /// The units shown, for a host that shows the hidden column of their check marks.
-    MatchUnitModel* matchUnitModel() const { return m_model; }
+    MatchUnitModel* matchUnitModel() const { return model; }
 
 Q_SIGNALS:
     void windowNumChanged();
@@ -57,8 +58,8 @@ private:
     void setExpressions();
 
     std::unique_ptr<Ui_DynamicConfigWidget> ui;
-    SxCore* m_core = nullptr;
-    MatchUnitModel* m_model;
+    SxCore* core = nullptr; ///< Not owned.
+    MatchUnitModel* model;
 };
 
 } // namespace VEK

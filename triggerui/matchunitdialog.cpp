@@ -1,7 +1,6 @@
 #include "triggerui/matchunitdialog.h"
 
 #include "triggerui/matchunitform.h"
-#include "triggerui/matchvalue.h"
 
 #include <QCheckBox>
 #include <QComboBox>

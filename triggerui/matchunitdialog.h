@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/capturecore.h"
+#include "triggerui/matchvalue.h"
 #include "triggerui/treelineedit.h"
 
 #include <QDialog>
@@ -25,7 +26,7 @@ class MatchUnitDialog : public QDialog
 public:
     /// `unit` is not owned and must outlive the dialog, with its core. With `fixedStructure` only
     /// what can change without rebuilding the design is open to change.
-    MatchUnitDialog(MatchUnit* unit, bool fixedStructure, QWidget* parent);
+    MatchUnitDialog(MatchUnit* unit, bool fixedStructure, QWidget* parent = nullptr);
     ~MatchUnitDialog() override;
 
 public Q_SLOTS:

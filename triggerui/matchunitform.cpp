@@ -134,6 +134,7 @@ QWidget* Ui_MatchUnitDialog::makeCounter(QDialog* dialog)
     spinBoxCounterWidth->setValue(2);
     lbCount = named(new QLabel(QStringLiteral("Count:"), groupBoxCounter), "lbCount");
     spinBoxCounter = named(new QSpinBox(groupBoxCounter), "spinBoxCounter");
+    spinBoxCounter->setMinimum(1); // the register holds the count less one
     spinBoxCounter->setValue(1);
     checkBoxContinuous =
         named(new QCheckBox(QStringLiteral("Continuous"), groupBoxCounter), "checkBoxContinuous");

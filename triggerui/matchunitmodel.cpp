@@ -46,7 +46,7 @@ QString displayText(MatchUnit const& unit, int column)
 
 int MatchUnitModel::rowCount(QModelIndex const& parent) const
 {
-    return parent.isValid() ? 0 : m_units.size();
+    return parent.isValid() ? 0 : units.size();
 }
 
 int MatchUnitModel::columnCount(QModelIndex const& parent) const
@@ -107,7 +107,7 @@ bool MatchUnitModel::setData(QModelIndex const& index, QVariant const& value, in
 void MatchUnitModel::setMatcherList(QList<MatchUnit*> const& units)
 {
     beginResetModel();
-    m_units = units;
+    this->units = units;
     endResetModel();
 }
 
@@ -118,13 +118,13 @@ void MatchUnitModel::reset()
 
 void MatchUnitModel::updateRow(int row)
 {
-    if (row >= 0 && row < m_units.size())
+    if (row >= 0 && row < units.size())
         Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }
 
 MatchUnit* MatchUnitModel::muFromIndex(QModelIndex const& index) const
 {
-    return index.isValid() ? m_units.value(index.row(), nullptr) : nullptr;
+    return index.isValid() ? units.value(index.row(), nullptr) : nullptr;
 }
 
 } // namespace VEK

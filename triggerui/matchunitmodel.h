@@ -51,7 +51,7 @@ Q_SIGNALS:
     void modified();
 
 private:
-    QList<MatchUnit*> m_units;
+    QList<MatchUnit*> units;
 };
 
 } // namespace VEK

@@ -1,7 +1,6 @@
 #include "triggerui/matchunitdialog.h"
 
 #include "triggerui/matchunitform.h"
-#include "triggerui/matchvalue.h"
 
 #include <QGroupBox>
 #include <QMenu>
@@ -82,14 +81,14 @@ TreeLineEdit* MatchUnitDialog::Signal2treeItemAndEdit(QTreeWidget* tree, SignalI
                                                       int row)
 {
     QTreeWidgetItem* const treeItem = Signal2treeItem(tree, item);
-    auto* const edit = new TreeLineEdit(treeItem);
+    TreeLineEdit* const edit = TreeLineEdit::inItem(treeItem);
     edit->width = item.isBus() ? item.signalList.size() : 1;
     edit->index = row;
     connect(edit, &QWidget::customContextMenuRequested, this, &MatchUnitDialog::onEditMenu);
     connect(edit, &QLineEdit::editingFinished, this, &MatchUnitDialog::onBusEditChange);
 
     for (int i = 0; i < treeItem->childCount(); ++i) {
-        auto* const bit = new TreeLineEdit(treeItem->child(i));
+        TreeLineEdit* const bit = TreeLineEdit::inItem(treeItem->child(i));
         bit->index = i;
         bit->bus = edit;
         connect(bit, &QWidget::customContextMenuRequested, this, &MatchUnitDialog::onEditMenu);

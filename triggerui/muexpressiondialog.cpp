@@ -122,19 +122,19 @@ void Ui_MuExpressionDialog::makeOperatorButtons()
 }
 
 MuExpressionDialog::MuExpressionDialog(QWidget* parent)
-    : QDialog(parent), ui(new Ui_MuExpressionDialog), m_mapper(new QSignalMapper(this))
+    : QDialog(parent), ui(new Ui_MuExpressionDialog), mapper(new QSignalMapper(this))
 {
     ui->setupUi(this);
     auto const map = [this](QPushButton* button, QString const& token) {
-        connect(button, &QPushButton::clicked, m_mapper,
+        connect(button, &QPushButton::clicked, mapper,
                 static_cast<void (QSignalMapper::*)()>(&QSignalMapper::map));
-        m_mapper->setMapping(button, token);
+        mapper->setMapping(button, token);
     };
     for (QPushButton* const button : qAsConst(ui->unitButtons))
         map(button, button->text());
     for (QPushButton* const button : qAsConst(ui->operatorButtons))
         map(button, button->property("token").toString());
-    connect(m_mapper, &QSignalMapper::mappedString, this, &MuExpressionDialog::expBtnClicked);
+    connect(mapper, &QSignalMapper::mappedString, this, &MuExpressionDialog::expBtnClicked);
     connect(ui->backspace, &QPushButton::clicked, this, &MuExpressionDialog::backspaceClicked);
     connect(ui->clearAll, &QPushButton::clicked, this, &MuExpressionDialog::clearAllClicked);
     connect(ui->buttonBox, &QDialogButtonBox::accepted, this, &MuExpressionDialog::accept);
@@ -164,7 +164,7 @@ QString MuExpressionDialog::currentExpression() const
 
 bool MuExpressionDialog::isOk() const
 {
-    return VEK::isOk(m_tokens);
+    return VEK::isOk(tokens);
 }
 
 void MuExpressionDialog::accept()
@@ -178,26 +178,26 @@ void MuExpressionDialog::accept()
 
 void MuExpressionDialog::expBtnClicked(QString const& token)
 {
-    m_tokens << token;
+    tokens << token;
     showTokens();
 }
 
 void MuExpressionDialog::backspaceClicked()
 {
-    if (!m_tokens.isEmpty())
-        m_tokens.removeLast();
+    if (!tokens.isEmpty())
+        tokens.removeLast();
     showTokens();
 }
 
 void MuExpressionDialog::clearAllClicked()
 {
-    m_tokens.clear();
+    tokens.clear();
     showTokens();
 }
 
 void MuExpressionDialog::showTokens()
 {
-    ui->lineEdit->setText(m_tokens.join(QString()));
+    ui->lineEdit->setText(tokens.join(QString()));
 }
 
 } // namespace VEK

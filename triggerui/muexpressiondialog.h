@@ -43,8 +43,8 @@ private:
     void showTokens();
 
     std::unique_ptr<Ui_MuExpressionDialog> ui;
-    QStringList m_tokens;
-    QSignalMapper* m_mapper;
+    QStringList tokens;
+    QSignalMapper* mapper;
 };
 
 } // namespace VEK

@@ -18,13 +18,20 @@ void nameItem(QTreeWidgetItem* row, SignalItem const& item)
 
 } // namespace
 
-TreeLineEdit::TreeLineEdit(QTreeWidgetItem* item) : m_item(item)
+TreeLineEdit::TreeLineEdit(QWidget* parent) : QLineEdit(parent)
 {
     QFont font(QStringLiteral("Monospace"));
     font.setStyleHint(QFont::Monospace);
     setFont(font);
     setContextMenuPolicy(Qt::CustomContextMenu);
-    item->treeWidget()->setItemWidget(item, ValueColumn, this);
+}
+
+TreeLineEdit* TreeLineEdit::inItem(QTreeWidgetItem* item)
+{
+    auto* const edit = new TreeLineEdit;
+    edit->m_item = item;
+    item->treeWidget()->setItemWidget(item, ValueColumn, edit);
+    return edit;
 }
 
 TreeLineEdit* TreeLineEdit::ofItem(QTreeWidgetItem* item)
@@ -35,7 +42,8 @@ TreeLineEdit* TreeLineEdit::ofItem(QTreeWidgetItem* item)
 void TreeLineEdit::focusInEvent(QFocusEvent* event)
 {
     QLineEdit::focusInEvent(event);
-    m_item->treeWidget()->scrollToItem(m_item);
+    if (m_item)
+        m_item->treeWidget()->scrollToItem(m_item);
 }
 
 QTreeWidgetItem* Signal2treeItem(QTreeWidget* tree, SignalItem const& item)

@@ -19,8 +19,10 @@ class TreeLineEdit : public QLineEdit
     Q_OBJECT
 
 public:
-    /// An editor in column 1 of a tree's row; the tree owns it.
-    explicit TreeLineEdit(QTreeWidgetItem* item);
+    explicit TreeLineEdit(QWidget* parent = nullptr);
+
+    /// A new editor in column 1 of a tree's row; the tree owns it.
+    static TreeLineEdit* inItem(QTreeWidgetItem* item);
 
     /// The editor of a row that has one.
     static TreeLineEdit* ofItem(QTreeWidgetItem* item);
@@ -35,7 +37,7 @@ protected:
     void focusInEvent(QFocusEvent* event) override;
 
 private:
-    QTreeWidgetItem* m_item;
+    QTreeWidgetItem* m_item = nullptr; ///< The row that it is in, if any.
 };
 
 /// Appends a row, and for a bus a row below it for each member, named by the text of the signal or,

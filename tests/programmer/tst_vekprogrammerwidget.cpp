@@ -196,6 +196,20 @@ private slots:
         QVERIFY(!panel.button("searchDevice")->isEnabled());
     }
 
+    void movedRowStaysCurrent()
+    {
+        Panel panel;
+        for (int i = 0; i < 3; ++i)
+            panel.click("addDevice");
+        DeviceItem const* const row = panel.model()->devices().at(2);
+        panel.table->setCurrentIndex(panel.index(2, 1));
+        for (char const* button : {"moveUp", "moveUp", "moveUp", "moveDown"}) {
+            panel.click(button);
+            QCOMPARE(panel.model()->device(panel.selectedIndex()), row);
+        }
+        QCOMPARE(panel.selectedIndex().row(), 1);
+    }
+
     void editors()
     {
         Panel panel;
@@ -261,9 +275,7 @@ private slots:
             QCOMPARE(operations->count(), 2);
             QVERIFY(flash->isVisible());
             operations->setCurrentIndex(1);
-            for (auto* const button : dialog->findChildren<QPushButton*>())
-                if (button->text() == "save")
-                    QTest::mouseClick(button, Qt::LeftButton);
+            QTest::mouseClick(dialog->findChild<QPushButton*>("buttonSave"), Qt::LeftButton);
         });
         QPoint const cell = panel.table->visualRect(panel.index(0, 4)).center();
         QTest::mouseClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);

@@ -196,6 +196,10 @@ private slots:
         QCOMPARE(core.triggerPos, 60);
         QCOMPARE(core.expressionEnabled, (QList<bool>{true, false}));
 
+        panel.resetUI();
+        panel.save(); // an emptied panel has no core
+        QCOMPARE(core.triggerPos, 60);
+        panel.setSxCore(&core);
         panel.setSxCore(nullptr);
         QCOMPARE(panel.window->count() + panel.amount->count() + panel.list->count(), 0);
         QCOMPARE(panel.position->maximum(), std::numeric_limits<int>::max());

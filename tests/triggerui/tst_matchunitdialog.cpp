@@ -497,6 +497,8 @@ private slots:
         dialog.counterWidth->setValue(64);
         QCOMPARE(dialog.count->maximum(), std::numeric_limits<int>::max());
         dialog.counterWidth->setValue(2);
+        dialog.count->setValue(0);
+        QCOMPARE(dialog.count->value(), 1);
         dialog.count->setValue(99);
         dialog.press("Continuous");
         dialog.press("OK");
