@@ -34,11 +34,11 @@ public:
 
     /// The y of the zero line or, without a sign, of the bottom.
     double zero() const { return m_zero; }
-    double heightOf(double value) const { return value * m_unit; }
-    double yOf(double value) const { return m_zero - heightOf(value); }
+    /// Held within the row: a single bit that is set has no room above the zero line.
+    double yOf(double value) const { return std::max(0.0, m_zero - value * m_unit); }
 
     /// What a sample is drawn as: an unsigned chart shows a 0, too, and therefore one more than the
-    /// value.
+    /// value. A single bit has no sign, as in the formatter's texts.
     double value(int time)
     {
         constexpr int WordBits = 64;
@@ -47,8 +47,10 @@ public:
             m_samples.numbers(time, m_numbers);
         }
         quint64 const number = m_numbers[time - m_begin];
-        int const unused = WordBits - m_bits;
-        return m_signed ? double(qint64(number << unused) >> unused) : double(number) + 1;
+        if (!m_signed)
+            return double(number) + 1;
+        int const unused = m_bits > 1 ? WordBits - m_bits : 0;
+        return double(qint64(number << unused) >> unused);
     }
 
 private:
@@ -65,12 +67,12 @@ void paintBars(WavePainter& painter, BusPicture const& picture, ChartScale& scal
 {
     for (int i = picture.first; i < picture.last; ++i) {
         double const value = scale.value(i);
-        double const height = scale.heightOf(std::abs(value));
-        double const top = value > 0 ? scale.yOf(value) : scale.zero();
-        if (value != 0)
-            painter.fillRect(
-                QRectF(i * kSampleWidth + BarGap, top, kSampleWidth - 2 * BarGap, height),
-                picture.pen.color());
+        if (value == 0)
+            continue;
+        auto const [top, bottom] = std::minmax({scale.yOf(value), scale.zero()}); // by value
+        painter.fillRect(
+            QRectF(i * kSampleWidth + BarGap, top, kSampleWidth - 2 * BarGap, bottom - top),
+            picture.pen.color());
     }
 }
 

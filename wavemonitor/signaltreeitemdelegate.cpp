@@ -5,6 +5,14 @@
 
 namespace WaveMonitor {
 
+namespace {
+
+// Backgrounds with less light than this take white letters. Pure green is bright, but its gray is
+// only 127; that of the reds, for which either would do, is 87 at most.
+constexpr int LightGray = 100;
+
+} // namespace
+
 QWidget* SignalTreeItemDelegate::createEditor(QWidget* parent, QStyleOptionViewItem const&,
                                               QModelIndex const& index) const
 {
@@ -36,7 +44,7 @@ void SignalTreeItemDelegate::initStyleOption(QStyleOptionViewItem* option,
     // The rows' backgrounds are the model's, light ones and the colours of dividers, so the
     // palette's text colour need not be readable on them.
     if (option->backgroundBrush.style() != Qt::NoBrush) {
-        bool const dark = qGray(option->backgroundBrush.color().rgb()) < 128;
+        bool const dark = qGray(option->backgroundBrush.color().rgb()) < LightGray;
         option->palette.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
     }
 }

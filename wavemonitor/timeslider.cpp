@@ -19,21 +19,22 @@ constexpr double kTextRoom = 15.0; ///< Pixels above a flag, up to the top of th
 constexpr int kFittingPixels = 12;
 
 /// Where points are large, smaller letters: the ruler would cut a number off at its top.
-QFont timeFont()
+QFont fittingFont()
 {
     QFont const font = monitorFontOfPointSize(kFontPoints);
     return QFontMetricsF(font).height() > kTextRoom ? monitorFontOfPixelSize(kFittingPixels) : font;
 }
 
-QSizeF timeTextSize(int time)
+QSizeF timeTextSize(QFont const& font, int time)
 {
-    QFontMetricsF const metrics(timeFont());
+    QFontMetricsF const metrics(font);
     return QSizeF(metrics.horizontalAdvance(QString::number(time)), metrics.height());
 }
 
+/// Has room for the number at its full size, also where it is painted smaller.
 QRectF sliderRect(int time)
 {
-    QSizeF const text = timeTextSize(time);
+    QSizeF const text = timeTextSize(monitorFontOfPointSize(kFontPoints), time);
     double const height = text.height() + kFlagHeight;
     return QRectF(0.0, -height, std::max(text.width(), kMinWidth), height);
 }
@@ -45,8 +46,9 @@ void paintSlider(QPainter* painter, QPainterPath const& shape, int time, QColor 
     painter->setPen(outline);
     painter->setBrush(filling);
     painter->drawPath(shape);
-    painter->setFont(timeFont());
-    QSizeF const text = timeTextSize(time);
+    QFont const font = fittingFont();
+    painter->setFont(font);
+    QSizeF const text = timeTextSize(font, time);
     painter->drawText(QRectF(QPointF(0.0, -kFlagHeight - text.height()), text), Qt::AlignCenter,
                       QString::number(time));
     painter->restore();

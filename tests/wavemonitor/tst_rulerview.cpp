@@ -1,3 +1,4 @@
+#include "wavemonitor/constants.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/scaleruler.h"
@@ -249,6 +250,13 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(QPoint(610, 47)), QColor(0x555555));
         QCOMPARE(image.pixelColor(QPoint(610, 49)), QColor(Qt::white));
         QCOMPARE(m_ruler->verticalScrollBar()->maximum(), m_ruler->verticalScrollBar()->minimum());
+        for (int x = 0; x < image.width(); ++x) { // no number is cut off
+            QCOMPARE(image.pixelColor(x, 0), QColor(Qt::gray));
+        }
+        QFont const font(Constants::Graphics::kFontFamily, 9);
+        QRectF const rect = m_ruler->timeMarker()->item()->boundingRect();
+        QCOMPARE(rect.topLeft(), QPointF(0.0, -QFontMetricsF(font).height() - 15.0));
+        QCOMPARE(rect.bottomRight(), QPointF(10.0, 0.0)); // one digit is not as wide
     }
 
 private:

@@ -101,6 +101,7 @@ private Q_SLOTS:
     void dividers();
     void rowHeight();
     void realFormat();
+    void dividerNamesAreReadable();
     void rowsStandAtTheirWaves_data();
     void rowsStandAtTheirWaves();
     void transitions();
@@ -320,6 +321,29 @@ void TestSignalTreeView::realFormat()
     QVERIFY(open(QDialogButtonBox::Apply)); // and then Cancel: what was applied stays
     QCOMPARE(format->formatType(), DataFormat::Real);
     QCOMPARE(format->realType().binaryPoint, 2);
+}
+
+/// In letters that stand out from the divider's colour.
+void TestSignalTreeView::dividerNamesAreReadable()
+{
+    MonitorRig rig;
+    for (auto const& [rgb, blackLetters] :
+         {std::pair(0x00FF00, true), std::pair(0xFFA500, true), std::pair(0x00008B, false),
+          std::pair(0xCE0000, false)}) {
+        rig.select({rig.row(3)});
+        rig.tree()->onWaveColorSetted(rgb);
+        rig.tree()->clearSelection();
+        MonitorRig::settle();
+        QRect const name = rig.tree()->visualRect(rig.row(3));
+        QImage const image = rig.tree()->viewport()->grab(name).toImage();
+        QSet<QRgb> shades;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                shades.insert(image.pixel(x, y));
+        }
+        QVERIFY(shades.contains(qRgb(0, 0, 0)) == blackLetters);
+        QVERIFY(shades.contains(qRgb(255, 255, 255)) != blackLetters);
+    }
 }
 
 void TestSignalTreeView::rowsStandAtTheirWaves_data()

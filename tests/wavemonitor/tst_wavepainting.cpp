@@ -130,21 +130,20 @@ void paintChartSample(QPainter* painter, DataFormatter const& formatter, QBitArr
     double const range = std::pow(2.0, sample.size());
     double const unit = (height - 12) / (isSigned ? range - 1 : range);
     double const zero = isSigned ? (0.5 * range - 1) * unit + 6 : height - 6;
-    double const number = sample.size() == 1 && isSigned ? -double(sample.testBit(0))
-                                                         : formatter.format(sample).toDouble();
+    double const number = formatter.format(sample).toDouble();
     double const value = isSigned ? number : number + 1;
+    auto const yOf = [&](double of) { return std::max(0.0, zero - of * unit); };
     if (isBar) {
         if (value != 0)
-            painter->fillRect(QRectF(QPointF(i * 50 + 2, std::min(zero, zero - value * unit)),
-                                     QPointF(i * 50 + 48, std::max(zero, zero - value * unit))),
+            painter->fillRect(QRectF(QPointF(i * 50 + 2, std::min(zero, yOf(value))),
+                                     QPointF(i * 50 + 48, std::max(zero, yOf(value)))),
                               WaveColor);
         return;
     }
     painter->setBrush(WaveColor);
-    painter->drawEllipse(QRectF(i * 50 + 24, zero - value * unit - 1, 2, 2));
+    painter->drawEllipse(QRectF(i * 50 + 24, yOf(value) - 1, 2, 2));
     if (i > 0)
-        painter->drawLine(QPointF(i * 50 - 25, zero - previous * unit),
-                          QPointF(i * 50 + 25, zero - value * unit));
+        painter->drawLine(QPointF(i * 50 - 25, yOf(previous)), QPointF(i * 50 + 25, yOf(value)));
     previous = value;
 }
 
@@ -162,8 +161,7 @@ void paintBus(QPainter* painter, QRectF const& exposed, Samples const& data,
         double const zero = (range / 2 - 1) * (formatter.rowHeight() - 12) / (range - 1) + 6;
         painter->setPen(QPen(Qt::white, 0));
         painter->drawLine(QPointF(exposed.left(), zero), QPointF(exposed.right(), zero));
-        previous = data[0].size() == 1 ? -double(data[first].testBit(0))
-                                       : formatter.format(data[first]).toDouble();
+        previous = formatter.format(data[first]).toDouble();
     }
     painter->setPen(wavePen(Qt::RoundJoin));
     int pin = first;
