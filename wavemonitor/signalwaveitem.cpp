@@ -60,7 +60,14 @@ public:
                 blockBegin = column;
             }
             free = column + 1;
-            edge = nextEdge(m_data, firstInColumn(edge + 1, free, end), end);
+            int next = firstInColumn(edge + 1, free, end);
+            // Column by column as long as each has an edge: there no step waits for the one before.
+            for (int after; m_samplesPerPixel > 1 && next < end; next = after, ++free) {
+                after = firstInColumn(0, free + 1, end);
+                if (nextEdge(m_data, next, after) == after)
+                    break;
+            }
+            edge = nextEdge(m_data, next, end);
         }
         m_painter.addPixels(blockBegin, free - 1, m_high, m_low);
         addLevel(free, m_painter.column(end * kSampleWidth), end - 1);
