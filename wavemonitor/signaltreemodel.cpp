@@ -58,7 +58,7 @@ SignalTreeModel::~SignalTreeModel()
 
 void SignalTreeModel::handleEvents(Notification* note)
 {
-    if (!note->sender || note->sender->property("domain").toULongLong() != domain())
+    if (!note->isFrom(domain()))
         return;
     if (note->type == DataFormatChanged || note->type == WaveColorChanged)
         updateTreeView();
