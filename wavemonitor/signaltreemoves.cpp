@@ -108,10 +108,7 @@ void SignalTreeModel::groupBus(QList<QModelIndex> const& rows)
     MLog() << "signals are avilable to group bus: "
            << "YES!";
     selectOutView({});
-    QList<LayoutNode*> absorbed;
-    m_layout->group(inOrder.values(), &absorbed);
-    for (LayoutNode* bus : qAsConst(absorbed))
-        m_layout->releaseNode(bus);
+    m_layout->group(inOrder.values());
     post(LayoutChanged);
 }
 
