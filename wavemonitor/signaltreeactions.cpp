@@ -183,7 +183,7 @@ void SignalTreeView::askRowHeight()
     if (!accepted)
         return;
     for (LayoutNode* bus : selectedBuses()) { // the rows may have changed behind the dialog
-        bus->formatter->setRowHeight(dialog->rowHeight());
+        bus->formatter->setRowHeight(dialog->height);
         postNotification(DataFormatChanged);
     }
     finishFormatChange();
