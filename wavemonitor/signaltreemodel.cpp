@@ -166,6 +166,8 @@ QString SignalTreeModel::valueText(LayoutNode const* node) const
 {
     if (node->type == LayoutNode::Signal) {
         SignalElement const* const element = m_elements.value(node->id);
+        if (!element)
+            return QString();
         return node->formatter->format(hasSample(element, m_currentTime)
                                            ? QBitArray(1, element->data.testBit(m_currentTime))
                                            : QBitArray());

@@ -445,6 +445,7 @@ private slots:
         rig.model.restore(document.documentElement());
         QCOMPARE(rig.outline(), "e b()");
         QCOMPARE(rig.value(rig.at(1)), "null");
+        QCOMPARE(rig.value(rig.at(1, 0)), "");
         QCOMPARE(rig.model.oneWindowSize(), 0);
         QCOMPARE(rig.model.signalElements().keys(), QList<int>{3});
         rig.model.NewDivider(QModelIndex());
