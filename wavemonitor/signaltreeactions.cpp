@@ -129,8 +129,8 @@ void SignalTreeView::onDeleteDivider()
     std::reverse(rows.begin(), rows.end()); // the rows above keep their numbers
     bool any = false;
     for (QPersistentModelIndex const& index : persistent(rows)) {
-        if (nodeAt(index)->type != LayoutNode::Divider)
-            continue;
+        if (!index.isValid() || nodeAt(index)->type != LayoutNode::Divider)
+            continue; // a selected bus goes with its last divider
         signalModel()->DeleteDivider(index.parent(), index);
         any = true;
     }
