@@ -1,15 +1,21 @@
 #include "benchmarks/comparison.h"
 #include "model/bits.h"
 #include "results/dataformatter.h"
+#include "wavemonitor/bussamples.h"
 #include "wavemonitor/buswaveitem.h"
+#include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/signaltreeview.h"
 #include "wavemonitor/signalwaveitem.h"
+#include "wavemonitor/wavemonitorwidget.h"
 
 #include <QApplication>
 #include <QImage>
+#include <QLoggingCategory>
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QStyleOptionGraphicsItem>
 
+#include <cstring>
 #include <map>
 #include <memory>
 
@@ -51,6 +57,40 @@ QBitArray column(Data data, int length, int bit)
     return length == Samples ? all : VEK::sub(all, (Samples - length) / 2, length);
 }
 
+/// The painted pixels: what lies side by side, and the same below each other.
+QVector<QRect> paintedRectangles(QImage const& image)
+{
+    QVector<QRect> rects;
+    std::map<std::pair<int, int>, int> open; // runs of the line above: where in `rects`
+    int const width = image.width();
+    for (int y = 0; y < image.height(); ++y) {
+        auto const* const line = reinterpret_cast<QRgb const*>(image.constScanLine(y));
+        std::map<std::pair<int, int>, int> runs;
+        for (int x = 0; x < width; ++x) {
+            int const begin = x;
+            while (x < width && line[x] != 0xff000000)
+                ++x;
+            if (x == begin)
+                continue;
+            auto const above = open.find({begin, x});
+            if (above == open.end())
+                rects.append(QRect(begin, y, x - begin, 1));
+            else
+                rects[above->second].setBottom(y);
+            runs[{begin, x}] = above == open.end() ? rects.size() - 1 : above->second;
+        }
+        open = runs;
+    }
+    return rects;
+}
+
+void fill(QImage& image, QVector<QRect> const& rects)
+{
+    QPainter painter(&image);
+    for (QRect const& rect : rects)
+        painter.fillRect(rect, Qt::green);
+}
+
 /// Rows one below the other, as the view shows them somewhere in the middle of the capture.
 class Picture
 {
@@ -86,7 +126,7 @@ public:
             Picture single(m_zoom);
             single.add(m_rows[std::size_t(row)]);
             single.paint();
-            QVector<QRect> const found = single.paintedRectangles();
+            QVector<QRect> const found = paintedRectangles(single.m_image);
             int const y = row * 30 % (Height - m_rows[std::size_t(row)]->rowHeight() + 1);
             for (QRect const& rect : found)
                 rects.append(rect.translated(0, y));
@@ -94,39 +134,9 @@ public:
         return rects;
     }
 
-    void fill(QVector<QRect> const& rects)
-    {
-        QPainter painter(&m_image);
-        for (QRect const& rect : rects)
-            painter.fillRect(rect, Qt::green);
-    }
+    void fill(QVector<QRect> const& rects) { ::fill(m_image, rects); }
 
 private:
-    QVector<QRect> paintedRectangles() const
-    {
-        QVector<QRect> rects;
-        std::map<std::pair<int, int>, int> open; // runs of the line above: where in `rects`
-        for (int y = 0; y < Height; ++y) {
-            auto const* const line = reinterpret_cast<QRgb const*>(m_image.constScanLine(y));
-            std::map<std::pair<int, int>, int> runs;
-            for (int x = 0; x < Width; ++x) {
-                int const begin = x;
-                while (x < Width && line[x] != 0xff000000)
-                    ++x;
-                if (x == begin)
-                    continue;
-                auto const above = open.find({begin, x});
-                if (above == open.end())
-                    rects.append(QRect(begin, y, x - begin, 1));
-                else
-                    rects[above->second].setBottom(y);
-                runs[{begin, x}] = above == open.end() ? rects.size() - 1 : above->second;
-            }
-            open = runs;
-        }
-        return rects;
-    }
-
     std::vector<std::shared_ptr<WaveItem>> m_rows;
     QImage m_image;
     double m_zoom;
@@ -183,11 +193,195 @@ Comparison comparisonOf(std::string const& name, int rows, double zoom, double a
     return comparison;
 }
 
+/// 32 signals and four 16-bit buses, as a host hands them over.
+struct Capture
+{
+    explicit Capture(int length)
+    {
+        int id = 0;
+        auto const next = [&] {
+            SignalData const data{id, QStringLiteral("top/s%1").arg(id), QString(),
+                                  column(Data::Random, length, id)};
+            ++id;
+            return data;
+        };
+        for (int i = 0; i < Signals; ++i)
+            signalList.append(next());
+        for (int i = 0; i < Buses; ++i) {
+            BusData bus;
+            bus.name = QStringLiteral("bus%1[15:0]").arg(i);
+            for (int k = 0; k < BusWidth; ++k)
+                bus.signalDataList.append(next());
+            busList.append(bus);
+        }
+    }
+
+    QList<SignalData> signalList;
+    QList<BusData> busList;
+};
+
+/// A shown monitor.
+class Monitor
+{
+public:
+    Monitor()
+    {
+        m_widget.resize(Width, Height);
+        m_widget.show();
+        settle();
+    }
+
+    void handOver(Capture const& capture)
+    {
+        for (BusData const& bus : capture.busList)
+            m_widget.addData(bus);
+        for (SignalData const& signal : capture.signalList)
+            m_widget.addData(signal);
+        settle();
+    }
+
+    /// Expands the first bus, or collapses it.
+    void toggle()
+    {
+        QModelIndex const bus = tree()->model()->index(0, 0);
+        tree()->setExpanded(bus, !tree()->isExpanded(bus));
+        settle();
+    }
+
+    /// Turns all buses from one radix to another.
+    void changeFormat()
+    {
+        m_format = m_format == DataFormat::Octal ? DataFormat::UnsignedDecimal : DataFormat::Octal;
+        for (int i = 0; i < Buses; ++i)
+            tree()->selectionModel()->select(tree()->model()->index(i, 0),
+                                             QItemSelectionModel::Select);
+        tree()->onDataFormatSetted(m_format);
+        settle();
+    }
+
+    QImage picture() const
+    {
+        return m_widget.waveView()->viewport()->grab().toImage().convertToFormat(
+            QImage::Format_RGB32);
+    }
+
+private:
+    SignalTreeView* tree() const { return m_widget.treeView(); }
+
+    void settle()
+    {
+        QCoreApplication::processEvents();
+        m_widget.waveView()->viewport()->repaint();
+    }
+
+    WaveMonitorWidget m_widget{1};
+    DataFormat::Type m_format = DataFormat::Hexadecimal;
+};
+
+/// Where a bus's values change: with the shared bits, all that a monitor has to build.
+std::vector<int> runStarts(BusData const& bus)
+{
+    std::vector<int> starts{0};
+    int const length = bus.signalDataList.first().data.size();
+    std::vector<quint64> changes(std::size_t(length / 64 + 1));
+    for (SignalData const& signal : bus.signalDataList) {
+        quint64 before = 0;
+        for (int at = 0; at < length; at += 64) {
+            quint64 word = 0;
+            std::memcpy(&word, signal.data.bits() + at / 8,
+                        std::size_t(std::min(8, (length - at + 7) / 8)));
+            changes[std::size_t(at / 64)] |= word ^ (word << 1 | before);
+            before = word >> 63;
+        }
+    }
+    for (int at = 0; at < length; at += 64) {
+        for (quint64 left = changes[std::size_t(at / 64)]; left; left &= left - 1) {
+            int const time = at + int(qCountTrailingZeroBits(left));
+            if (time > 0 && time < length)
+                starts.push_back(time);
+        }
+    }
+    return starts;
+}
+
+bool sameRuns(BusData const& bus)
+{
+    QList<QBitArray> members;
+    for (SignalData const& signal : bus.signalDataList)
+        members.append(signal.data);
+    BusSamples samples;
+    samples.setMembers(members);
+    QVector<int> const& starts = samples.runStarts();
+    return std::vector<int>(starts.begin(), starts.end()) == runStarts(bus);
+}
+
+using Captures = std::map<int, std::shared_ptr<Capture>>;
+
+Comparison handingOver(Captures const& captures)
+{
+    Comparison comparison;
+    comparison.name = "handing over 32 signals and 4 buses";
+    comparison.aim = 2;
+    comparison.slack = 0.06; // 100 rows are made, laid out and painted
+    comparison.size = Samples;
+    comparison.otherSize = Samples / 10;
+    comparison.work = [captures](benchmark::State& state) {
+        for (auto _ : state) {
+            state.PauseTiming();
+            auto monitor = std::make_unique<Monitor>();
+            state.ResumeTiming();
+            monitor->handOver(*captures.at(int(state.range(0))));
+            state.PauseTiming();
+            monitor.reset();
+            state.ResumeTiming();
+        }
+    };
+    comparison.limit = [captures](benchmark::State& state) {
+        for (auto _ : state) {
+            for (BusData const& bus : captures.at(int(state.range(0)))->busList)
+                benchmark::DoNotOptimize(runStarts(bus));
+        }
+    };
+    comparison.agree = [captures] { return sameRuns(captures.at(Samples)->busList.first()); };
+    return comparison;
+}
+
+/// Something that changes the picture but no sample, beside filling the pixels of the new picture.
+Comparison changing(std::string const& name, Captures const& captures, void (Monitor::*change)())
+{
+    auto const monitors = std::make_shared<std::map<int, Monitor>>();
+    auto const rects = std::make_shared<std::map<int, QVector<QRect>>>();
+    for (int length : {Samples, Samples / 10}) {
+        Monitor& monitor = (*monitors)[length];
+        monitor.handOver(*captures.at(length));
+        (monitor.*change)();
+        (*rects)[length] = paintedRectangles(monitor.picture());
+    }
+    Comparison comparison;
+    comparison.name = name;
+    comparison.aim = 4;
+    comparison.slack = 0.016;
+    comparison.size = Samples;
+    comparison.otherSize = Samples / 10;
+    comparison.work = [monitors, change](benchmark::State& state) {
+        for (auto _ : state)
+            (monitors->at(int(state.range(0))).*change)();
+    };
+    comparison.limit = [rects](benchmark::State& state) {
+        QImage image(Width, Height, QImage::Format_RGB32);
+        for (auto _ : state)
+            fill(image, rects->at(int(state.range(0))));
+    };
+    return comparison;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The platform regrets that it has no use for a monitor's least size.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
     QApplication application(argc, argv);
     static DataFormatter const hexadecimal(DataFormat::Hexadecimal);
     static DataFormatter const charts[] = {
@@ -214,5 +408,12 @@ int main(int argc, char** argv)
                 return busRow(Data::Constant, length, number, hexadecimal);
             }));
     }
+    Captures captures;
+    for (int length : {Samples, Samples / 10})
+        captures[length] = std::make_shared<Capture>(length);
+    comparisons.push_back(handingOver(captures));
+    comparisons.push_back(changing("expanding a bus", captures, &Monitor::toggle));
+    comparisons.push_back(
+        changing("changing the format of 4 buses", captures, &Monitor::changeFormat));
     return bench::run(comparisons, argc, argv);
 }

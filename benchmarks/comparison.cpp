@@ -143,6 +143,7 @@ int run(std::vector<Comparison> const& comparisons, int argc, char** argv)
     }
     Collector times;
     benchmark::RunSpecifiedBenchmarks(&times);
+    benchmark::ClearRegisteredBenchmarks(); // what they hold goes with the caller's application
     if (head)
         printHead();
     for (Comparison const& comparison : comparisons)

@@ -23,7 +23,14 @@ void LayoutNode::removeAll()
 
 int LayoutNode::row() const
 {
-    return parent ? parent->children.indexOf(const_cast<LayoutNode*>(this)) : -1;
+    if (!parent)
+        return -1;
+    QList<LayoutNode*> const& siblings = parent->children;
+    if (siblings.value(m_row) != this) {
+        for (int i = 0; i < siblings.size(); ++i)
+            siblings.at(i)->m_row = i;
+    }
+    return siblings.value(m_row) == this ? m_row : -1;
 }
 
 QDomElement LayoutNode::domElement(QDomDocument& document) const

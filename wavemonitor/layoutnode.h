@@ -49,6 +49,10 @@ struct LayoutNode
 protected:
     /// An element "Node" with what the nodes of all kinds have.
     QDomElement nodeElement(QDomDocument& document, QString const& kind, QString const& text) const;
+
+private:
+    // Views ask for rows all the time, so one search numbers all siblings. Checked before use.
+    mutable int m_row = 0;
 };
 
 struct SignalLayoutNode : LayoutNode

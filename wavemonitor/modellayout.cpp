@@ -111,15 +111,10 @@ void ModelLayout::insert(LayoutNode* parent, int row, QList<LayoutNode*> const& 
     m_model->endInsertRows();
 }
 
-LayoutNode* ModelLayout::group(QList<QModelIndex> const& rows, QList<LayoutNode*>* absorbed)
+LayoutNode* ModelLayout::group(QList<QModelIndex> const& rows)
 {
     if (rows.isEmpty())
         return nullptr;
-    QList<LayoutNode*> buses; // whose names are taken, those that go included
-    for (LayoutNode* node : qAsConst(m_root->children)) {
-        if (node->type == LayoutNode::Bus)
-            buses.append(node);
-    }
     QList<LayoutNode*> nodes;
     QList<LayoutNode*> members;
     bool anyBus = false;
@@ -140,20 +135,20 @@ LayoutNode* ModelLayout::group(QList<QModelIndex> const& rows, QList<LayoutNode*
     auto* bus = new BusLayoutNode;
     if (!anyBus || others == 1)
         bus->name = getGroupBusNameFromSelected(nodes);
-    if (bus->name.isEmpty())
-        bus->name = getGroupBusName(buses) + QStringLiteral("[%1:0]").arg(width - 1);
+    if (bus->name.isEmpty()) // the names of the buses that go are taken, too
+        bus->name = getGroupBusName(m_root->children) + QStringLiteral("[%1:0]").arg(width - 1);
 
     int const row = nodes.first()->row();
     take(nodes);
-    for (LayoutNode* node : qAsConst(nodes)) {
-        if (node->type == LayoutNode::Bus) {
-            node->children.clear();
-            absorbed->append(node);
-        }
-    }
+    for (LayoutNode* node : qAsConst(nodes))
+        node->children.clear();
     for (LayoutNode* member : qAsConst(members))
         append(bus, member);
     insert(m_root, row, {bus});
+    for (LayoutNode* node : qAsConst(nodes)) {
+        if (node->type == LayoutNode::Bus)
+            releaseNode(node);
+    }
     return bus;
 }
 
@@ -176,8 +171,10 @@ QString ModelLayout::getGroupBusNameFromSelected(QList<LayoutNode*> nodes) const
 QString ModelLayout::getGroupBusName(QList<LayoutNode*> const& buses) const
 {
     QStringList names;
-    for (LayoutNode const* node : buses)
-        names.append(static_cast<BusLayoutNode const*>(node)->name);
+    for (LayoutNode const* node : buses) {
+        if (node->type == LayoutNode::Bus)
+            names.append(static_cast<BusLayoutNode const*>(node)->name);
+    }
     return freeGroupName(names);
 }
 

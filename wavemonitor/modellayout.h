@@ -47,15 +47,15 @@ public:
     void insert(LayoutNode* parent, int row, QList<LayoutNode*> const& nodes);
 
     /// Replaces top-level rows by one bus at the place of the first. Signals and dividers become
-    /// its members, selected buses give theirs, and are handed to `absorbed` for releaseNode().
-    /// `rows` stand in the order of their rows. Null for an empty list.
-    LayoutNode* group(QList<QModelIndex> const& rows, QList<LayoutNode*>* absorbed);
+    /// its members, selected buses give theirs and are released. `rows` stand in the order of their
+    /// rows. Returns the new bus; null for an empty list.
+    LayoutNode* group(QList<QModelIndex> const& rows);
 
     /// The name that a bus of these nodes has by itself: that of the only bus, or of the vector
     /// whose bits they are; else empty. Dividers don't count.
     QString getGroupBusNameFromSelected(QList<LayoutNode*> nodes) const;
 
-    /// "group_%1" with the smallest number that is not taken.
+    /// "group_%1" with the smallest number that is not taken. Nodes that are no buses don't count.
     QString getGroupBusName(QList<LayoutNode*> const& buses) const;
 
     /// The text that a node's row shows.

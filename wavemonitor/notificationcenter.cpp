@@ -41,6 +41,11 @@ private:
 
 } // namespace
 
+bool Notification::isFrom(quint64 domain) const
+{
+    return sender && sender->property("domain").toULongLong() == domain;
+}
+
 NotificationCenter::NotificationCenter()
 {
     qRegisterMetaType<Notification*>();

@@ -44,6 +44,10 @@ struct Notification
     explicit Notification(Notification const* other) : Notification(*other) {}
     Notification& operator=(Notification const& other) = default;
 
+    /// Whether the sender is a part of the monitor of that domain. One without the property
+    /// "domain" counts as of domain 0; without any sender there is nothing to read from.
+    bool isFrom(quint64 domain) const;
+
     NotificationType type;
     QObject* sender; ///< Not owned.
     QString text;    ///< Empty in all notes of this library.

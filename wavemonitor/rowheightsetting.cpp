@@ -9,7 +9,7 @@
 namespace WaveMonitor {
 
 RowHeightSetting::RowHeightSetting(int height, QWidget* parent)
-    : QDialog(parent), m_rowHeight(height), m_spinBox(new QSpinBox(this))
+    : QDialog(parent), height(height), m_spinBox(new QSpinBox(this))
 {
     setWindowTitle(tr("Row Height Setting"));
     setFixedSize(300, 110);
@@ -38,7 +38,7 @@ RowHeightSetting::RowHeightSetting(int height, QWidget* parent)
 
 void RowHeightSetting::accept()
 {
-    m_rowHeight = m_spinBox->value();
+    height = m_spinBox->value();
     QDialog::accept();
 }
 

@@ -14,13 +14,13 @@ class RowHeightSetting : public QDialog
 public:
     explicit RowHeightSetting(int height, QWidget* parent = nullptr);
 
-    /// The accepted height; until then the one that the dialog began with.
-    int rowHeight() const { return m_rowHeight; }
-
     void accept() override;
 
+    /// The accepted height of the rows; until then the one that the dialog began with. The height
+    /// of the dialog itself is `size().height()`.
+    int height;
+
 private:
-    int m_rowHeight;
     QSpinBox* m_spinBox = nullptr;
 };
 

@@ -189,13 +189,16 @@ void RulerView::deleteAllMarker()
 
 void RulerView::handleEvents(Notification* note)
 {
-    if (note->sender->property("domain").toULongLong() != domain()) {
+    if (!note->isFrom(domain())) {
         return;
     }
     if (note->type == ZoomChanged) {
         setZoomRate(note->sender->property("zoomRate").toDouble());
     } else if (note->type == HorizontalScrollChanged) {
-        horizontalScrollBar()->setValue(note->sender->property("horizontalScrollBarValue").toInt());
+        QVariant const value = note->sender->property("horizontalScrollBarValue");
+        if (value.isValid()) {
+            horizontalScrollBar()->setValue(value.toInt());
+        }
     }
 }
 

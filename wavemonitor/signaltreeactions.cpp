@@ -57,10 +57,26 @@ void SignalTreeView::onGroupBus()
 
 void SignalTreeView::onUngroupBus()
 {
-    for (QPersistentModelIndex const& index : persistent(selectedRowList())) {
-        if (index.isValid() && model()->rowCount(index) > 0)
-            signalModel()->ungroupBus(index);
+    QList<QModelIndex> buses;
+    QItemSelection rows;
+    for (QModelIndex const& index : selectedRowList()) {
+        int const members = model()->rowCount(index);
+        if (members == 0)
+            continue;
+        buses.append(index);
+        rows.append(QItemSelectionRange(index));
+        rows.append(QItemSelectionRange(model()->index(0, 0, index),
+                                        model()->index(members - 1, 0, index)));
     }
+    if (buses.isEmpty())
+        return;
+    // Selected and current rows that go one by one would lay the whole tree out each time.
+    selectionModel()->select(rows, QItemSelectionModel::Deselect);
+    selectionModel()->clearCurrentIndex();
+    int const row = buses.first().row();
+    for (auto bus = buses.crbegin(); bus != buses.crend(); ++bus) // the rows above stay
+        signalModel()->ungroupBus(*bus);
+    selectionModel()->setCurrentIndex(model()->index(row, 0), QItemSelectionModel::NoUpdate);
 }
 
 void SignalTreeView::onRename()
@@ -129,8 +145,8 @@ void SignalTreeView::onDeleteDivider()
     std::reverse(rows.begin(), rows.end()); // the rows above keep their numbers
     bool any = false;
     for (QPersistentModelIndex const& index : persistent(rows)) {
-        if (nodeAt(index)->type != LayoutNode::Divider)
-            continue;
+        if (!index.isValid() || nodeAt(index)->type != LayoutNode::Divider)
+            continue; // a selected bus goes with its last divider
         signalModel()->DeleteDivider(index.parent(), index);
         any = true;
     }
@@ -183,7 +199,7 @@ void SignalTreeView::askRowHeight()
     if (!accepted)
         return;
     for (LayoutNode* bus : selectedBuses()) { // the rows may have changed behind the dialog
-        bus->formatter->setRowHeight(dialog->rowHeight());
+        bus->formatter->setRowHeight(dialog->height);
         postNotification(DataFormatChanged);
     }
     finishFormatChange();

@@ -50,7 +50,7 @@ DataFormat::Type SignalTreeModel::dataFormat() const
 void SignalTreeModel::setTriggerPosition(int time)
 {
     m_triggerPosition = time;
-    m_currentTime = time;
+    setCurrentTime(time);
     post(LayoutChanged);
 }
 

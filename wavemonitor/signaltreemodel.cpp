@@ -58,7 +58,7 @@ SignalTreeModel::~SignalTreeModel()
 
 void SignalTreeModel::handleEvents(Notification* note)
 {
-    if (!note->sender || note->sender->property("domain").toULongLong() != domain())
+    if (!note->isFrom(domain()))
         return;
     if (note->type == DataFormatChanged || note->type == WaveColorChanged)
         updateTreeView();
@@ -166,6 +166,8 @@ QString SignalTreeModel::valueText(LayoutNode const* node) const
 {
     if (node->type == LayoutNode::Signal) {
         SignalElement const* const element = m_elements.value(node->id);
+        if (!element)
+            return QString();
         return node->formatter->format(hasSample(element, m_currentTime)
                                            ? QBitArray(1, element->data.testBit(m_currentTime))
                                            : QBitArray());

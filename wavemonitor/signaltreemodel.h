@@ -70,7 +70,8 @@ public:
     /// Adds a divider above the row `at`, or at the end.
     void NewDivider(QModelIndex const& at);
 
-    /// Deletes the divider `at`, a child of `parent`; rows that are none stay.
+    /// Deletes the divider `at`, a child of `parent`; rows that are none stay. A bus that holds
+    /// nothing else goes with it.
     void DeleteDivider(QModelIndex const& parent, QModelIndex const& at);
 
     /// Reverses the order of a bus's members.
@@ -94,7 +95,8 @@ public:
 
     /// Move rows of one parent, given in the order of their rows, next to a row that is none of
     /// them, or to the head or end of a parent: a bus, or the top level for an invalid index. They
-    /// return the rows' indexes after the move. Rows that can't go there, a bus into a bus, stay.
+    /// return the rows' indexes after the move. Rows that can't go there, a bus into a bus, stay. A
+    /// bus whose last row leaves it goes.
     QList<QModelIndex> insertIndexesForward(QModelIndex const& target,
                                             QList<QModelIndex> const& indexes);
     QList<QModelIndex> insertIndexesBackward(QModelIndex const& target,
@@ -202,6 +204,7 @@ private:
     bool haveOneLength(QList<QModelIndex> const& rows) const;
     void setShortName(LayoutNode* signal);
     void setLongName(LayoutNode* signal);
+    void dropEmptyBus(LayoutNode* parent);
 
     QList<QModelIndex> moveRows(QList<QModelIndex> const& indexes, LayoutNode* parent, int from);
 

@@ -47,8 +47,19 @@ void SignalTreeModel::NewDivider(QModelIndex const& at)
 
 void SignalTreeModel::DeleteDivider(QModelIndex const& parent, QModelIndex const& at)
 {
-    if (isOwn(at) && at.parent() == parent && m_layout->nodeAt(at)->type == LayoutNode::Divider)
-        m_layout->releaseNode(m_layout->nodeAt(at));
+    if (!isOwn(at) || at.parent() != parent || m_layout->nodeAt(at)->type != LayoutNode::Divider)
+        return;
+    LayoutNode* const divider = m_layout->nodeAt(at);
+    LayoutNode* const owner = divider->parent;
+    m_layout->releaseNode(divider);
+    dropEmptyBus(owner);
+}
+
+/// Nobody could get rid of a bus without members, whose row has no place beside the waves.
+void SignalTreeModel::dropEmptyBus(LayoutNode* parent)
+{
+    if (parent && asBus(parent) && parent->children.isEmpty())
+        ungroupBus(m_layout->indexOf(parent));
 }
 
 void SignalTreeModel::reverse(QModelIndex const& index)
@@ -108,10 +119,7 @@ void SignalTreeModel::groupBus(QList<QModelIndex> const& rows)
     MLog() << "signals are avilable to group bus: "
            << "YES!";
     selectOutView({});
-    QList<LayoutNode*> absorbed;
-    m_layout->group(inOrder.values(), &absorbed);
-    for (LayoutNode* bus : qAsConst(absorbed))
-        m_layout->releaseNode(bus);
+    m_layout->group(inOrder.values());
     post(LayoutChanged);
 }
 
@@ -255,8 +263,7 @@ QList<QModelIndex> SignalTreeModel::moveRows(QList<QModelIndex> const& indexes, 
     m_layout->insert(parent, before ? before->row() : parent->children.size(), nodes);
     updateItems();
     post(SelectionChanged);
-    if (oldParent && asBus(oldParent) && oldParent->children.isEmpty())
-        ungroupBus(m_layout->indexOf(oldParent));
+    dropEmptyBus(oldParent);
 
     QList<QModelIndex> moved;
     int const row = nodes.isEmpty() ? 0 : nodes.first()->row();

@@ -74,7 +74,7 @@ SignalTreeView::SignalTreeView(QWidget* parent, int width)
     setFrameShape(QFrame::NoFrame);
     setStyleSheet(QStringLiteral("QTreeView::item { height: %1px; }"
                                  "QTreeView::item::selected "
-                                 "{ color : white;  background-color : #3299ff}")
+                                 "{ color : white;  background-color : #3299ff }")
                       .arg(Constants::Graphics::kRowHeight));
     setHeader(new SignalHeaderView(Qt::Horizontal, this));
     setTextElideMode(Qt::ElideRight);

@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QDropEvent>
 #include <QPainter>
-#include <QSet>
 #include <QStyleFactory>
 #include <QStyleOption>
 
@@ -70,6 +69,7 @@ SignalTreeView::DragDropDelegate::DragDropDelegate(SignalTreeView* view,
 {
     for (QModelIndex const& index : dragged)
         m_dragged.append(index);
+    m_draggedSet = QSet<QPersistentModelIndex>(m_dragged.begin(), m_dragged.end());
     m_view->setStyle(m_style.get());
 }
 
@@ -112,7 +112,7 @@ void SignalTreeView::DragDropDelegate::process(QEvent* event)
 
 bool SignalTreeView::DragDropDelegate::isDragged(QModelIndex const& index) const
 {
-    return index.isValid() && m_dragged.contains(QPersistentModelIndex(index));
+    return index.isValid() && m_draggedSet.contains(QPersistentModelIndex(index));
 }
 
 /// The rectangle of a row, or of all the dragged rows next to each other that it is one of.
@@ -122,9 +122,11 @@ QRect SignalTreeView::DragDropDelegate::markerAround(QModelIndex const& index) c
     if (!isDragged(index))
         return marker;
     for (int step : {-1, 1}) {
+        QModelIndex last = index;
         QModelIndex next = index.sibling(index.row() + step, 0);
         for (; isDragged(next); next = next.sibling(next.row() + step, 0))
-            marker |= m_view->visualRect(next);
+            last = next;
+        marker |= m_view->visualRect(last); // those between lie between
     }
     return marker;
 }
@@ -145,17 +147,34 @@ void SignalTreeView::DragDropDelegate::complete(QEvent* event)
         return;
     leaveDraggedRows();
     MLog() << "drop " << positionText(m_position);
+    moveAndReselect();
+    m_view->setStyle(nullptr);
+    invalidate();
+}
+
+void SignalTreeView::DragDropDelegate::moveAndReselect()
+{
     QSet<LayoutNode const*> open; // rows that are taken away and put back come back collapsed
     for (QPersistentModelIndex const& index : qAsConst(m_dragged)) {
         if (m_view->isExpanded(index))
             open.insert(nodeAt(index));
     }
+    LayoutNode const* const current = nodeAt(m_view->currentIndex());
+    // Selected and current rows that go one by one would lay the whole tree out each time.
+    m_view->selectionModel()->clear();
+    QItemSelection selection;
+    QModelIndex newCurrent;
     for (QModelIndex const& moved : moveRows()) {
-        m_view->selectionModel()->select(moved, QItemSelectionModel::Select);
         m_view->setExpanded(moved, open.contains(nodeAt(moved)));
+        if (nodeAt(moved) == current)
+            newCurrent = moved;
+        if (!selection.isEmpty() && selection.last().bottom() + 1 == moved.row())
+            selection.last() = QItemSelectionRange(selection.last().topLeft(), moved);
+        else
+            selection.append(QItemSelectionRange(moved));
     }
-    m_view->setStyle(nullptr);
-    invalidate();
+    m_view->selectionModel()->select(selection, QItemSelectionModel::Select);
+    m_view->selectionModel()->setCurrentIndex(newCurrent, QItemSelectionModel::NoUpdate);
 }
 
 /// A place next to rows that move away themselves is told by the row behind them that stays, or by

@@ -4,6 +4,7 @@
 
 #include <QPersistentModelIndex>
 #include <QProxyStyle>
+#include <QSet>
 
 class QDragMoveEvent;
 class QDropEvent;
@@ -64,12 +65,14 @@ private:
     QRect markerAround(QModelIndex const& index) const;
     void place(Position position, QModelIndex const& target, QRect const& marker);
     void leaveDraggedRows();
+    void moveAndReselect();
     QList<QModelIndex> moveRows();
 
     SignalTreeView* m_view;
     std::unique_ptr<TreeProxyStyle> m_style;
     bool m_valid = false;
     QList<QPersistentModelIndex> m_dragged;
+    QSet<QPersistentModelIndex> m_draggedSet; // the same, to search in
     QPersistentModelIndex m_draggedParent;
     Position m_position = Invalid;
     QPersistentModelIndex m_target;

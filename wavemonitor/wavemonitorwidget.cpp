@@ -292,7 +292,7 @@ void WaveMonitorWidget::removeAllWaveItems()
 
 void WaveMonitorWidget::handleEvents(Notification* note)
 {
-    if (note->sender->property("domain").toULongLong() != domain())
+    if (!note->isFrom(domain()))
         return;
     // An older rate must not undo one that the waves are still to be told of.
     if (note->type == ZoomChanged && m_unheardZooms == 0)

@@ -204,12 +204,18 @@ void WaveView::settleLayout()
 
 void WaveView::takeMarkers(QObject const* sender)
 {
-    auto const markers = sender->property("timeMarkers").value<QList<TimeSliderData*>>();
+    QVariant const value = sender->property("timeMarkers");
+    if (value.userType() != qMetaTypeId<QList<TimeSliderData*>>()) {
+        return; // no ruler
+    }
+    auto const markers = value.value<QList<TimeSliderData*>>();
     if (!markers.isSharedWith(m_takenMarkers)) { // else this is one of many notes on one change
         m_takenMarkers = markers;
         m_timeMarkers.clear();
         for (TimeSliderData* data : markers) {
-            m_timeMarkers.append(data->sliderItem());
+            if (data != nullptr) {
+                m_timeMarkers.append(data->sliderItem());
+            }
         }
     }
     viewport()->update();
@@ -218,7 +224,7 @@ void WaveView::takeMarkers(QObject const* sender)
 
 QString WaveView::handleEvents(Notification* note)
 {
-    if (note->sender->property("domain").toULongLong() != domain()) {
+    if (!note->isFrom(domain())) {
         return {};
     }
     switch (note->type) {

@@ -286,6 +286,13 @@ private slots:
             rig.model.DeleteDivider(index.parent(), index);
         QCOMPARE(rig.outline(), "bus[1:0](t/b[1] t/b[0]) t/s[1] t/s[0] t/x");
         QCOMPARE(rig.model.waveItems().size(), 6);
+
+        // the last one in a bus takes the bus along
+        rig.model.NewDivider(rig.at(0));
+        rig.model.append2Parent({rig.at(0)}, rig.at(1));
+        rig.model.append2Parent({rig.at(0, 0), rig.at(0, 1)}, QModelIndex());
+        rig.model.DeleteDivider(rig.at(0), rig.at(0, 0));
+        QCOMPARE(rig.outline(), "t/s[1] t/s[0] t/x t/b[1] t/b[0]");
     }
 
     void moving()
@@ -445,6 +452,7 @@ private slots:
         rig.model.restore(document.documentElement());
         QCOMPARE(rig.outline(), "e b()");
         QCOMPARE(rig.value(rig.at(1)), "null");
+        QCOMPARE(rig.value(rig.at(1, 0)), "");
         QCOMPARE(rig.model.oneWindowSize(), 0);
         QCOMPARE(rig.model.signalElements().keys(), QList<int>{3});
         rig.model.NewDivider(QModelIndex());

@@ -268,6 +268,13 @@ void TestSignalTreeView::dividers()
     QVERIFY(choose(rig, {"Delete Divider"}));
     QCOMPARE(rig.rows(), QString("data[3:0](top/data[3] top/data[2] top/data[1] top/data[0]) "
                                  "top/clk top/ready top/idle"));
+
+    rig.model()->addRawDivider(0, rig.row(0));
+    rig.model()->append2Parent({rig.row(0)}, rig.row(1));
+    rig.model()->append2Parent({rig.row(0, 0), rig.row(0, 1), rig.row(0, 2), rig.row(0, 3)}, {});
+    rig.select({rig.row(0), rig.row(0, 0), rig.row(1)}); // a bus and all that it holds
+    QVERIFY(choose(rig, {"Delete Divider"}));
+    QVERIFY(rig.rows().startsWith("top/clk top/ready top/idle top/data[3]"));
 }
 
 void TestSignalTreeView::rowHeight()

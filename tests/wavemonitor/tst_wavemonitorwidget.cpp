@@ -1,6 +1,7 @@
 #include "monitorrig.h"
 
 #include "wavemonitor/drawconfig.h"
+#include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
 
 #include <QApplication>
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void savesAndRestoresWindows();
     void startsEmpty();
     void endsWithNotesQueued();
+    void notesOfOddSenders();
 
 private:
     static CursorSliderItem* cursor(MonitorRig const& rig)
@@ -347,6 +349,31 @@ void TestWaveMonitorWidget::endsWithNotesQueued()
     }
     MonitorRig::settle();
     QVERIFY(other.widget->rulerView()->timeMarkers().isEmpty());
+}
+
+void TestWaveMonitorWidget::notesOfOddSenders()
+{
+    MonitorRig rig(0); // the domain of senders without one
+    rig.widget->zoomTo(2);
+    rig.widget->addMarker();
+    MonitorRig::settle();
+    rig.waves()->horizontalScrollBar()->setValue(77);
+    MonitorRig::settle();
+    QImage const before = rig.widget->grab().toImage();
+    QObject plain;
+    QObject odd;
+    odd.setProperty("zoomRate", QVariantList());
+    odd.setProperty("timeMarkers", QStringLiteral("none"));
+    for (QObject* sender : {static_cast<QObject*>(nullptr), &plain, &odd}) {
+        for (quint32 type = ZoomAboutToChange; type <= WaveColorChanged; ++type) {
+            if (type != RemoveWaveItems) // anybody's to send
+                NotificationCenter::shared()->postEvent(
+                    new Notification(NotificationType(type), sender), sender);
+        }
+    }
+    MonitorRig::settle();
+    QCOMPARE(rig.widget->rulerView()->horizontalScrollBar()->value(), 77);
+    QCOMPARE(rig.widget->grab().toImage(), before);
 }
 
 QTEST_MAIN(TestWaveMonitorWidget)
