@@ -104,50 +104,71 @@ QVector<int> tablePlaces(QBitArray const& mask, int siteCount)
     return places;
 }
 
-QList<QBitArray> tableWords(QString const& expression, int base, Sites const& sites, int width)
+/// The trigger tables of one core.
+class Tables
 {
-    QList<QBitArray> words;
-    QString const table = logicTruthTable(expression);
-    QVector<int> const places = tablePlaces(siteMask(expression, sites), sites.count);
-    TableWord const output0(base, width);
-    TableWord const output1(base + 1, width);
-    for (int k = 0; k < places.size(); ++k) {
-        bool const fires =
-            places.at(k) < table.size() && table.at(places.at(k)) == QLatin1Char('1');
-        words.append((fires ? output1 : output0).forCombination(k));
+public:
+    explicit Tables(SxCore const& core)
+        : m_sites(usedSites(core)), m_width(core.dataOutShiftWidth()),
+          m_expressions(chosenExpressions(core)),
+          m_always(m_expressions.isEmpty() &&
+                   core.expressions.size() == core.expressionEnabled.size())
+    {
+        if (core.expressionType == ExpressionStatic)
+            m_count = 0;
+        else
+            m_count = m_always ? 1 : m_expressions.size();
     }
-    return words;
-}
+
+    int count() const { return m_count; }
+
+    void appendTo(QList<QBitArray>& words, int index) const
+    {
+        int const base = Register::ExpressionTable + index * Register::ExpressionTableStep;
+        TableWord const output0(base, m_width);
+        TableWord const output1(base + 1, m_width);
+        if (m_always) {
+            for (int k = 0; k < 1 << m_sites.count; ++k)
+                words.append(output1.forCombination(k));
+            return;
+        }
+        QString const& expression = m_expressions.at(index);
+        QString const table = logicTruthTable(expression);
+        QVector<int> const places = tablePlaces(siteMask(expression, m_sites), m_sites.count);
+        for (int k = 0; k < places.size(); ++k) {
+            bool const fires =
+                places.at(k) < table.size() && table.at(places.at(k)) == QLatin1Char('1');
+            words.append((fires ? output1 : output0).forCombination(k));
+        }
+    }
+
+private:
+    Sites m_sites;
+    int m_width;
+    QStringList m_expressions;
+    bool m_always; ///< None is chosen: one table that is true throughout.
+    int m_count;
+};
 
 } // namespace
 
 void forEachExpressionTable(SxCore const* core,
                             std::function<void(QList<QBitArray> const&)> const& take)
 {
-    if (core->expressionType == ExpressionStatic)
-        return;
-    Sites const sites = usedSites(*core);
-    int const width = core->dataOutShiftWidth();
-    QStringList const expressions = chosenExpressions(*core);
-    bool const flagsMatch = core->expressions.size() == core->expressionEnabled.size();
-    if (expressions.isEmpty() && flagsMatch) {
-        TableWord const always(Register::ExpressionTable + 1, width);
+    Tables const tables(*core);
+    for (int i = 0; i < tables.count(); ++i) {
         QList<QBitArray> words;
-        for (int k = 0; k < 1 << sites.count; ++k)
-            words.append(always.forCombination(k));
+        tables.appendTo(words, i);
         take(words);
-        return;
     }
-    for (int e = 0; e < expressions.size(); ++e)
-        take(tableWords(expressions.at(e),
-                        Register::ExpressionTable + e * Register::ExpressionTableStep, sites,
-                        width));
 }
 
 QList<QBitArray> generateExpressionBit(SxCore const* core)
 {
+    Tables const tables(*core);
     QList<QBitArray> words;
-    forEachExpressionTable(core, [&](QList<QBitArray> const& table) { words += table; });
+    for (int i = 0; i < tables.count(); ++i)
+        tables.appendTo(words, i);
     return words;
 }
 

@@ -195,10 +195,7 @@ void RulerView::handleEvents(Notification* note)
     if (note->type == ZoomChanged) {
         setZoomRate(note->sender->property("zoomRate").toDouble());
     } else if (note->type == HorizontalScrollChanged) {
-        QVariant const value = note->sender->property("horizontalScrollBarValue");
-        if (value.isValid()) {
-            horizontalScrollBar()->setValue(value.toInt());
-        }
+        horizontalScrollBar()->setValue(note->sender->property("horizontalScrollBarValue").toInt());
     }
 }
 

@@ -204,11 +204,8 @@ void WaveView::settleLayout()
 
 void WaveView::takeMarkers(QObject const* sender)
 {
-    QVariant const value = sender->property("timeMarkers");
-    if (value.userType() != qMetaTypeId<QList<TimeSliderData*>>()) {
-        return; // no ruler
-    }
-    auto const markers = value.value<QList<TimeSliderData*>>();
+    // whoever has no such list has no markers
+    auto const markers = sender->property("timeMarkers").value<QList<TimeSliderData*>>();
     if (!markers.isSharedWith(m_takenMarkers)) { // else this is one of many notes on one change
         m_takenMarkers = markers;
         m_timeMarkers.clear();

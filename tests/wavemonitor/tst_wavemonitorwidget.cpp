@@ -364,16 +364,21 @@ void TestWaveMonitorWidget::notesOfOddSenders()
     QObject odd;
     odd.setProperty("zoomRate", QVariantList());
     odd.setProperty("timeMarkers", QStringLiteral("none"));
-    for (QObject* sender : {static_cast<QObject*>(nullptr), &plain, &odd}) {
+    auto const postAll = [](QObject* sender) {
         for (quint32 type = ZoomAboutToChange; type <= WaveColorChanged; ++type) {
             if (type != RemoveWaveItems) // anybody's to send
                 NotificationCenter::shared()->postEvent(
                     new Notification(NotificationType(type), sender), sender);
         }
-    }
-    MonitorRig::settle();
+        MonitorRig::settle();
+    };
+    postAll(nullptr);
     QCOMPARE(rig.widget->rulerView()->horizontalScrollBar()->value(), 77);
     QCOMPARE(rig.widget->grab().toImage(), before);
+    postAll(&plain);
+    postAll(&odd);
+    QCOMPARE(rig.widget->rulerView()->horizontalScrollBar()->value(), 0);
+    QCOMPARE(rig.widget->zoomRate(), 2.0);
 }
 
 QTEST_MAIN(TestWaveMonitorWidget)
