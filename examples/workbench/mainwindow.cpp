@@ -17,6 +17,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTime>
+#include <QTimer>
 #include <QToolBar>
 
 using namespace VEK;
@@ -46,6 +47,7 @@ MainWindow::MainWindow()
     connect(&m_capture, &Capture::ended, this, &MainWindow::onEnded);
     connect(&m_capture, &Capture::runningChanged, this, &MainWindow::updateActions);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onFileChanged);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &MainWindow::onFolderChanged);
     restoreState();
     updateActions();
 }
@@ -244,6 +246,6 @@ void MainWindow::say(QString const& message, bool isError)
 void MainWindow::grab(QString const& folder)
 {
     m_grabFolder = folder;
-    resize(DefaultSize); // whatever the screen
-    run();
+    resize(DefaultSize);                           // whatever the screen
+    QTimer::singleShot(0, this, &MainWindow::run); // once there is an event loop to end
 }

@@ -79,6 +79,7 @@ private:
     QByteArray configuration();
     void exportWindow(QString const& format);
     void onFileChanged();
+    void onFolderChanged();
 
     void clearCores();
     void showCores();

@@ -53,11 +53,11 @@ bool MainWindow::open(QString const& path)
         say(QStringLiteral("%1: %2").arg(file, error), true);
         return false;
     }
-    m_path = file;
     setWindowTitle(QStringLiteral("%1 - Workbench").arg(QFileInfo(file).fileName()));
-    if (!m_watcher.files().isEmpty())
-        m_watcher.removePaths(m_watcher.files());
-    m_watcher.addPath(file);
+    if (!m_path.isEmpty())
+        m_watcher.removePaths(m_watcher.files() + m_watcher.directories());
+    m_path = file;
+    m_watcher.addPaths({file, QFileInfo(file).absolutePath()});
     showCores();
     showSession(file);
     m_savedConfiguration = configuration();
@@ -101,15 +101,16 @@ bool MainWindow::mayLeave(QMessageBox::StandardButtons choices)
 {
     QStringList unsaved;
     if (hasCores() && configuration() != m_savedConfiguration)
-        unsaved << QStringLiteral("the configuration was changed");
+        unsaved << QStringLiteral("The configuration was changed.");
     if (m_hasNewCapture)
-        unsaved << QStringLiteral("there is a capture in no session file");
+        unsaved << QStringLiteral("The capture is in no session file yet.");
     if (unsaved.isEmpty())
         return true;
-    QMessageBox box(QMessageBox::Warning, QStringLiteral("Workbench"),
-                    QStringLiteral("%1: %2.").arg(QFileInfo(m_path).fileName(),
-                                                  unsaved.join(QStringLiteral(", and "))),
-                    choices, this);
+    QMessageBox box(
+        QMessageBox::Warning, QStringLiteral("Unsaved Work"),
+        QStringLiteral("%1 has work that is not saved.").arg(QFileInfo(m_path).fileName()), choices,
+        this);
+    box.setInformativeText(unsaved.join(QLatin1Char('\n')));
     box.setTextFormat(Qt::PlainText);
     box.setDefaultButton(QMessageBox::Cancel);
     int const answer = box.exec();
@@ -210,6 +211,13 @@ void MainWindow::exportWindowAs(QString const& path, int core, int window)
     }
     say((ok ? QStringLiteral("Exported %1.") : QStringLiteral("%1 can't be written.")).arg(path),
         !ok);
+}
+
+/// A file that was removed is watched no more, and may come back.
+void MainWindow::onFolderChanged()
+{
+    if (!m_watcher.files().contains(m_path) && QFile::exists(m_path))
+        onFileChanged();
 }
 
 void MainWindow::onFileChanged()

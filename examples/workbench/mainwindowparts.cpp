@@ -89,7 +89,7 @@ void MainWindow::makeDocks()
                                     QStringLiteral("messages"), m_messages);
     tabifyDockWidget(programmer, messages);
     resizeDocks({cores}, {420}, Qt::Horizontal);
-    resizeDocks({programmer}, {200}, Qt::Vertical);
+    resizeDocks({programmer}, {240}, Qt::Vertical);
     connect(m_programmer, &VekProgrammerWidget::programStatusChanged, this,
             [this](bool, QString const& text) { statusBar()->showMessage(text.trimmed()); });
     // queued: at the end of a run the model is still busy when it says so
@@ -107,8 +107,9 @@ void MainWindow::makeFileMenu(QToolBar* bar)
     QAction* const save =
         menu->addAction(style()->standardIcon(QStyle::SP_DialogSaveButton), QStringLiteral("&Save"),
                         this, &MainWindow::save, QKeySequence::Save);
-    QAction* const saveAs = menu->addAction(QStringLiteral("Save Session &As..."), this,
-                                            &MainWindow::saveSession, QKeySequence::SaveAs);
+    QAction* const saveAs =
+        menu->addAction(QStringLiteral("Save Session &As..."), this, &MainWindow::saveSession,
+                        QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S));
     m_fileActions << save << saveAs;
     QMenu* const exports = menu->addMenu(QStringLiteral("&Export Window"));
     for (char const* const format : {"csv", "prn", "vcd"}) {

@@ -7,6 +7,7 @@
 
 #include <QAction>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
 #include <QSettings>
@@ -276,10 +277,24 @@ private slots:
         QVERIFY(window.messages().endsWith("Run again to start another one."));
         QCOMPARE(window.messages().count("Error:"), 1);
 
+        // other cores while a window is being read
+        QVERIFY(window.open(setup));
+        auto* const log = window.findChild<QPlainTextEdit*>();
+        bool wasOpened = false;
+        auto const onMessage = connect(log, &QPlainTextEdit::textChanged, [&] {
+            if (wasOpened || !window.messages().endsWith("window 0: 256 samples."))
+                return;
+            wasOpened = true;
+            QVERIFY(window.open(path("never.vek")));
+        });
+        run->trigger();
+        QTRY_VERIFY(wasOpened && isOver());
+        QCOMPARE(window.monitor()->model()->timeLength(), 0);
+        disconnect(onMessage);
+
         run->trigger();
         QVERIFY(!isOver());
-        QPointer<QProcess> const server = servers().first();
-        qint64 const id = server->processId();
+        qint64 const id = servers().first()->processId();
         QVERIFY(id > 0 && QFile::exists(QString("/proc/%1").arg(id)));
         QVERIFY(window.close());
         QVERIFY(servers().isEmpty() && !QFile::exists(QString("/proc/%1").arg(id)));
@@ -343,6 +358,8 @@ private slots:
         QTRY_COMPARE(banner(), QString());
         QVERIFY(QFile::remove(setup));
         QTRY_COMPARE(banner(), QString("Vek file '%1' has been removed on disk.").arg(setup));
+        layDemo("bus/bus-stall");
+        QTRY_COMPARE(banner(), QString("Vek file '%1' has been changed on disk.").arg(setup));
     }
 };
 
