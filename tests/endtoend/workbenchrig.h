@@ -37,7 +37,8 @@ struct Window : MainWindow
 
 void doubleClick(QAbstractItemView* view, QModelIndex const& index);
 
-/// Answers the next dialogs, one after the other, as they open. `asked` counts those answered.
+/// Answers the next dialogs, one after the other, as they open. All must have opened in its
+/// lifetime.
 class Answers
 {
 public:
@@ -45,7 +46,6 @@ public:
 
     explicit Answers(QList<Answer> answers);
     ~Answers();
-    int asked() const { return m_asked; }
 
     static Answer file(QString const& path);
     static Answer number(int value);
@@ -57,5 +57,4 @@ private:
     QList<Answer> m_answers;
     QTimer m_timer;
     QWidget* m_last = nullptr;
-    int m_asked = 0;
 };
