@@ -7,7 +7,7 @@
 #include "model/bits.h"
 #include "model/vekfile.h"
 
-#include <QProcess>
+#include <QFile>
 #include <QTimer>
 
 using namespace VEK;
@@ -19,36 +19,40 @@ Capture::~Capture()
 {
     m_standard.reset();
     m_lite.reset();
-    JtagSession::shared()->disconnectServer();
-    JtagSession::shared()->clearAllServerMap();
+    dropServer();
 }
 
 bool Capture::open(QString const& path, QString& error)
 {
-    stop();
-    m_standard.reset();
-    m_lite.reset();
+    auto standard = std::make_unique<VekStandardDataManager>();
+    auto lite = std::make_unique<VekLiteDataManager>();
     VekMode const mode = vekModeFromVekConfigFile(path);
-    bool ok = false;
-    if (mode == VekModeStandard) {
-        m_standard = std::make_unique<VekStandardDataManager>();
+    error.clear();
+    bool const ok =
+        mode == VekModeLite ? lite->readVekFile(path, error) : standard->readVekFile(path, error);
+    if (mode == VekModeUnknown || !ok) {
+        if (error.isEmpty())
+            error = QFile::exists(path)
+                        ? QStringLiteral("This is no configuration file with cores.")
+                        : QStringLiteral("There is no such file.");
+        return false;
+    }
+    stop();
+    Q_EMIT closing();
+    m_standard.reset(mode == VekModeStandard ? standard.release() : nullptr);
+    m_lite.reset(mode == VekModeLite ? lite.release() : nullptr);
+    if (m_standard)
         connect(m_standard.get(), &VekStandardDataManager::readRamComplete, this,
                 &Capture::onStandardWindow);
-        connect(m_standard.get(), &DataManager::triggerComplete, this, &Capture::onComplete);
-        ok = m_standard->readVekFile(path, error);
-    } else if (mode == VekModeLite) {
-        m_lite = std::make_unique<VekLiteDataManager>();
+    else
         connect(m_lite.get(), &VekLiteDataManager::readRamComplete, this, &Capture::onLiteWindow);
-        connect(m_lite.get(), &DataManager::triggerComplete, this, &Capture::onComplete);
-        ok = m_lite->readVekFile(path, error);
-    }
-    if (ok)
-        return true;
-    if (error.isEmpty())
-        error = QStringLiteral("This is no configuration file with cores.");
-    m_standard.reset();
-    m_lite.reset();
-    return false;
+    connect(manager(), &DataManager::triggerComplete, this, &Capture::onComplete);
+    return true;
+}
+
+DataManager* Capture::manager() const
+{
+    return m_standard ? static_cast<DataManager*>(m_standard.get()) : m_lite.get();
 }
 
 QList<SxCore*> Capture::cores() const
@@ -67,34 +71,44 @@ void Capture::setDeviceName(QString const& name)
 }
 
 /// A server is started once, and kept; another cable's replaces it.
-bool Capture::connectServer(CABLE cable)
+bool Capture::connectServer(QString const& cable)
 {
     JtagSession* const session = JtagSession::shared();
-    QString const name = cable == CableLPT ? Server::LptName : Server::Ft2chName;
-    if (session->connectServer(name))
+    if (session->connectServer(cable))
         return true;
-    session->disconnectServer();
-    session->clearAllServerMap();
-    session->validateServerList(session->initLocalServerListForveksh(cable, Channel0));
-    for (QProcess* const process : session->serverMap())
-        connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
-                &Capture::onServerEnded);
-    return session->connectServer(name);
+    dropServer();
+    session->validateServerList(session->initLocalServerListForveksh(
+        cable == Server::LptName ? CableLPT : CableFT2CH, Channel0));
+    if (!session->connectServer(cable))
+        return false;
+    m_server = session->findChildren<JtagClient*>().constLast(); // the one that was just made
+    connect(m_server, &QLocalSocket::disconnected, this, &Capture::onServerLost);
+    return true;
 }
 
-void Capture::run(CABLE cable, QString const& location, bool repeat)
+void Capture::dropServer()
 {
-    if (m_running || (!m_standard && !m_lite))
+    if (m_server)
+        m_server->disconnect(this);
+    JtagSession::shared()->disconnectServer();
+    JtagSession::shared()->clearAllServerMap();
+}
+
+void Capture::run(QString const& cable, QString const& location, bool repeat)
+{
+    if (m_running || !manager())
         return;
-    if (!connectServer(cable))
-        return fail(QStringLiteral("No JTAG server: it could not be started, or did not answer. Is "
-                                   "Programmer/bin installed beside this program?"));
-    DataManager& manager = m_standard ? static_cast<DataManager&>(*m_standard) : *m_lite;
-    manager.setAutoRunCount(repeat ? 0 : -1);
+    if (!connectServer(cable)) {
+        Q_EMIT ended(false, QStringLiteral("No JTAG server: it could not be started, or did not "
+                                           "answer. Is Programmer/bin installed beside this "
+                                           "program?"));
+        return;
+    }
+    manager()->setAutoRunCount(repeat ? 0 : -1);
     m_stopped = false;
+    m_lost = false;
     setRunning(true);
-    QString const cableName = cable == CableLPT ? Server::LptName : Server::Ft2chName;
-    manager.initDeviceChainandLocation({0}, cableName, location);
+    manager()->initDeviceChainandLocation({0}, cable, location);
     if (m_lite)
         return m_lite->startDataTrigger(0);
     m_standard->setDeviceName(m_deviceName);
@@ -115,10 +129,13 @@ void Capture::stop()
     if (!m_running)
         return;
     m_stopped = true;
-    if (m_standard)
-        m_standard->stopDataTrigger();
-    else
-        m_lite->stopDataTrigger();
+    manager()->stopDataTrigger();
+}
+
+void Capture::shutDown()
+{
+    stop();
+    dropServer();
 }
 
 void Capture::onStandardWindow(int core, int window)
@@ -152,28 +169,28 @@ void Capture::finishRun()
     int const result = m_results.last();
     m_results.clear();
     setRunning(false);
-    switch (result) {
-    case Protocol::Result::Ok:
-        Q_EMIT ended(true,
-                     m_stopped ? QStringLiteral("Stopped.") : QStringLiteral("Capture complete."));
-        break;
-    case Protocol::Result::NoBitstream:
-        fail(QStringLiteral("The device is empty: download its Fs file first."));
-        break;
-    case Protocol::Result::OpenFailed:
-        fail(QStringLiteral("The device could not be opened: check cable, location and power."));
-        break;
-    default:
-        fail(QStringLiteral("The server reports device error %1.").arg(result));
-    }
+    QString message;
+    if (m_lost)
+        message = QStringLiteral("The JTAG server has ended. Run again to start another one.");
+    else if (result == Protocol::Result::NoBitstream)
+        message = QStringLiteral("The device is empty: download its Fs file first.");
+    else if (result == Protocol::Result::OpenFailed)
+        message =
+            QStringLiteral("The device could not be opened: check cable, location and power.");
+    else if (result != Protocol::Result::Ok)
+        message = QStringLiteral("The server reports device error %1.").arg(result);
+    else
+        message = m_stopped ? QStringLiteral("Stopped.") : QStringLiteral("Capture complete.");
+    Q_EMIT ended(!m_lost && result == Protocol::Result::Ok, message);
 }
 
-void Capture::onServerEnded()
+/// The manager itself would wait for ever.
+void Capture::onServerLost()
 {
     JtagSession::shared()->disconnectServer();
-    if (!m_running)
+    if (!m_running || !m_results.isEmpty())
         return;
-    fail(QStringLiteral("The JTAG server has ended. Run again to start another one."));
+    m_lost = true;
     stop();
 }
 
@@ -181,9 +198,4 @@ void Capture::setRunning(bool running)
 {
     m_running = running;
     Q_EMIT runningChanged(running);
-}
-
-void Capture::fail(QString const& message)
-{
-    Q_EMIT ended(false, message);
 }

@@ -5,11 +5,14 @@
 #include "results/signaldata.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 #include <memory>
 
 namespace VEK {
+class DataManager;
+class JtagClient;
 class VekLiteDataManager;
 class VekStandardDataManager;
 } // namespace VEK
@@ -24,29 +27,34 @@ public:
     explicit Capture(QObject* parent = nullptr);
     ~Capture() override;
 
-    /// Replaces the configuration; ends a run first. False with an error in words; then there are
-    /// no cores.
+    /// Replaces the configuration; ends a run first. False with an error in words; then all stays
+    /// as it was.
     bool open(QString const& path, QString& error);
 
     /// The cores, owned here until the next `open`. One of the two is empty.
     QList<VEK::SxCore*> cores() const;
     VEK::SXCore_Lite* liteCore() const;
 
-    /// Arms all cores. With `repeat` the capture starts again each time until `stop`.
-    void run(VEK::CABLE cable, QString const& location, bool repeat);
+    /// Arms all cores. `cable` is a name of `VEK::Server`, `location` one of its locations or empty
+    /// for any. With `repeat` the capture starts again each time until `stop`.
+    void run(QString const& cable, QString const& location, bool repeat);
     void force();
     void stop();
     bool isRunning() const { return m_running; }
+    /// Ends a run, and the server.
+    void shutDown();
 
     /// Model of the device on the desk, which some cores' memory layout depends on.
     void setDeviceName(QString const& name);
 
 Q_SIGNALS:
+    /// The cores are about to go.
+    void closing();
     /// A window was read. `repeats` counts the captures of a repeated run.
     void windowArrived(int core, int window, QList<WaveMonitor::SignalData> const& samples,
                        int repeats);
     void runningChanged(bool running);
-    /// What went wrong, or how the run ended, in words.
+    /// How the run ended, in words, once a run.
     void ended(bool ok, QString const& message);
 
 private:
@@ -54,15 +62,18 @@ private:
     void onLiteWindow();
     void onComplete(int result);
     void finishRun();
-    void onServerEnded();
-    bool connectServer(VEK::CABLE cable);
+    void onServerLost();
+    bool connectServer(QString const& cable);
+    void dropServer();
     void setRunning(bool running);
-    void fail(QString const& message);
+    VEK::DataManager* manager() const;
 
     std::unique_ptr<VEK::VekStandardDataManager> m_standard;
     std::unique_ptr<VEK::VekLiteDataManager> m_lite;
+    QPointer<VEK::JtagClient> m_server;
     QString m_deviceName;
     bool m_running = false;
-    bool m_stopped = false; ///< By the user, or because the server has gone.
+    bool m_stopped = false; ///< By the user.
+    bool m_lost = false;    ///< The server has gone in the middle of the run.
     QList<int> m_results;   ///< Of the run that is ending.
 };

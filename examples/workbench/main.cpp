@@ -1,6 +1,6 @@
 // The workbench: a host application around the widgets.
 //
-//     workbench [design.vek | session.rsx] [--grab FOLDER]
+//     workbench [--device NAME] [--grab FOLDER] [design.vek | session.rsx]
 //
 // With --grab it runs one capture, writes pictures of its panes into the folder and ends.
 
@@ -20,14 +20,19 @@ int main(int argc, char* argv[])
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("file"),
                                  QStringLiteral("Configuration or session."));
+    QCommandLineOption const device(QStringLiteral("device"),
+                                    QStringLiteral("Device on the desk, a row of the programmer."),
+                                    QStringLiteral("name"));
     QCommandLineOption const grab(QStringLiteral("grab"),
                                   QStringLiteral("Capture, write pictures."),
                                   QStringLiteral("folder"));
-    parser.addOption(grab);
+    parser.addOptions({device, grab});
     parser.process(app);
 
     MainWindow window;
     window.show();
+    if (parser.isSet(device))
+        window.setDevice(parser.value(device));
     QStringList const files = parser.positionalArguments();
     bool const opened = !files.isEmpty() && window.open(files.constFirst());
     if (parser.isSet(grab)) {

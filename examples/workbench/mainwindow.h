@@ -3,10 +3,15 @@
 #include "workbench/capture.h"
 
 #include <QFileSystemWatcher>
+#include <QHash>
 #include <QList>
 #include <QMainWindow>
+#include <QMessageBox>
 
-class QComboBox;
+class CableBox;
+class QDomDocument;
+class QDomElement;
+class QLabel;
 class QMenu;
 class QPlainTextEdit;
 class QProgressBar;
@@ -14,9 +19,8 @@ class QTabWidget;
 class QVBoxLayout;
 
 namespace VEK {
-class DynamicConfigWidget;
 class VekProgrammerWidget;
-} // namespace VEK
+}
 namespace WaveMonitor {
 class WaveMonitorWidget;
 }
@@ -30,11 +34,14 @@ class MainWindow : public QMainWindow
 public:
     MainWindow();
 
-    /// Opens a configuration or session file; says so when it can't.
+    /// Opens a configuration or session file. When it can't, it says so and all stays as it was.
     bool open(QString const& path);
 
+    /// Makes a device of the catalogue the only row of the programmer.
+    void setDevice(QString const& name);
+
     /// A session with the configuration and what the monitors show.
-    void saveSessionAs(QString const& path);
+    bool saveSessionAs(QString const& path);
 
     /// One window of a core, in the format that the file's ending names: .csv, .prn or .vcd.
     void exportWindowAs(QString const& path, int core, int window);
@@ -47,51 +54,73 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    void makeDocks();
-    void makeActions();
-    void makeRunActions(QMenu* menu, QToolBar* bar);
-    void makeExportActions(QMenu* menu);
-    void restoreState();
-    void showRecentFiles();
-    void rememberFile(QString const& path);
-    void showCores();
-    void showSession(QString const& path);
-    void saveCores();
+    static constexpr QSize DefaultSize{1480, 860};
 
-    void chooseFile();
-    void save();
-    void saveSession();
+    // what the window consists of (mainwindowparts.cpp)
+    void makeCentre();
+    void makeDocks();
+    void makeFileMenu(QToolBar* bar);
+    void makeCaptureMenu(QToolBar* bar);
+    void makeViewMenu();
+    void restoreState();
+    void keepState() const;
+    void showRecentFiles();
+    void rememberFile(QString const& path, bool isThere);
+    void about();
+    void grabPanes(QString const& folder, bool ok);
+
+    // its files (mainwindowfiles.cpp)
+    void chooseFile(QString const& recent = QString());
+    bool mayLeave(QMessageBox::StandardButtons choices);
+    void showSession(QString const& path);
+    bool save();
+    bool saveSession();
+    bool saveConfiguration(QString const& path);
+    QByteArray configuration();
     void exportWindow(QString const& format);
+    void onFileChanged();
+    void onFolderChanged();
+
+    void clearCores();
+    void showCores();
+    void addMonitor(int core);
+    void saveCores();
     void run();
     void onWindowArrived(int core, int window, QList<WaveMonitor::SignalData> const& samples,
                          int repeats);
     void onEnded(bool ok, QString const& message);
-    void onRunningChanged(bool running);
-    void onFileChanged();
+    void updateActions();
     void say(QString const& message, bool isError = false);
-    void grabPanes(QString const& folder, bool ok);
 
-    int windowCount(int core) const;
+    bool hasCores() const;
     int triggerPosition(int core) const;
     QList<VEK::SignalItem> capturedSignals(int core) const;
     WaveMonitor::WaveMonitorWidget* monitor(int core) const;
-    bool writeConfiguration(QString const& path);
+    WaveMonitor::WaveMonitorWidget* currentMonitor() const;
+    QString deviceName() const;
 
     Capture m_capture;
     QString m_path;
+    QByteArray m_savedConfiguration;
+    bool m_hasNewCapture = false; ///< One that is in no session file.
+    QHash<int, int> m_fitted;     ///< Samples that the waves of a core were last fitted to.
     QFileSystemWatcher m_watcher;
-    QTabWidget* m_monitors;
-    QVBoxLayout* m_centre;
+    QString m_grabFolder;
+
+    QTabWidget* m_monitors = nullptr;
+    QLabel* m_hint = nullptr;
+    QVBoxLayout* m_centre = nullptr;
     QWidget* m_banner = nullptr;
     QTabWidget* m_cores = nullptr;
     VEK::VekProgrammerWidget* m_programmer = nullptr;
     QPlainTextEdit* m_messages = nullptr;
     QProgressBar* m_busy = nullptr;
-    QComboBox* m_cable = nullptr;
+    CableBox* m_cable = nullptr;
     QMenu* m_recent = nullptr;
+    QList<QAction*> m_fileActions; ///< Those that need an open file.
     QAction* m_runAction = nullptr;
     QAction* m_forceAction = nullptr;
     QAction* m_stopAction = nullptr;
     QAction* m_repeatAction = nullptr;
-    QString m_grabFolder;
+    QAction* m_cablesAction = nullptr;
 };

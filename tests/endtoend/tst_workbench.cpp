@@ -1,11 +1,19 @@
-#include "workbench/mainwindow.h"
+#include "workbenchrig.h"
+
+#include "jtag/jtagsession.h"
+#include "model/standardfile.h"
+#include "programmer/devicecatalogue.h"
+#include "wavemonitor/signaltreemodel.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProcess>
+#include <QPushButton>
 #include <QSettings>
+#include <QSpinBox>
 #include <QTabWidget>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -20,28 +28,36 @@ QByteArray content(QString const& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no " + path.toUtf8());
 }
 
-struct Window : MainWindow
+/// The cells of a result file by the name of their column; row 0 is the first sample.
+QVector<QMap<QString, QString>> csvRows(QByteArray const& text)
 {
-    QAction* action(QString const& text) const
-    {
-        for (auto* const candidate : findChildren<QAction*>())
-            if (candidate->text() == text)
-                return candidate;
-        qFatal("no action %s", qPrintable(text));
+    QVector<QMap<QString, QString>> rows;
+    QStringList titles;
+    for (QString const& line : QString(text).split(",\n")) {
+        QStringList const cells = line.split(", ");
+        if (line.contains("time unit:")) {
+            titles = cells;
+        } else if (cells.size() == titles.size() && cells[0] != "0") {
+            rows.append(QMap<QString, QString>());
+            for (int i = 1; i < cells.size(); ++i)
+                rows.last()[titles[i]] = cells[i];
+        }
     }
-    QString messages() const { return findChild<QPlainTextEdit*>()->toPlainText(); }
-    /// Runs a capture to its end.
-    void run()
-    {
-        action("&Run")->trigger();
-        QVERIFY(!action("&Run")->isEnabled() || !messages().contains("started"));
-        QTRY_VERIFY_WITH_TIMEOUT(action("&Run")->isEnabled(), 20000);
-    }
-};
+    return rows;
+}
+
+QString configuration(QString const& path)
+{
+    QString id;
+    QList<VEK::SxCore*> const cores = VEK::readVEKConfigFromXml(path, id, nullptr, nullptr);
+    QString const text = VEK::writeVekConfigToString(cores);
+    qDeleteAll(cores);
+    return text;
+}
 
 } // namespace
 
-/// A session at the workbench with the real programs: capture, save, open again, export.
+/// Sessions at the workbench with the real programs.
 class TestWorkbench : public QObject
 {
     Q_OBJECT
@@ -50,14 +66,44 @@ private:
     QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
 
     QString path(QString const& name) const { return m_folder.filePath(name); }
+    QString write(QString const& name, QByteArray const& text) const
+    {
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+            qFatal("can't write %s", qPrintable(name));
+        return file.fileName();
+    }
     /// A demo's setup in the folder, with its bench in use.
-    QString layDemo(QString const& demo)
+    QString layDemo(QString const& demo) const
     {
         qputenv("VEK_BENCH", (Source + "/examples/" + demo + ".json").toUtf8());
-        QString const copy = path(QFileInfo(demo).fileName() + ".vek");
-        QFile::remove(copy);
-        QFile::copy(Source + "/examples/" + demo + ".vek", copy);
-        return copy;
+        return write(QFileInfo(demo).fileName() + ".vek",
+                     content(Source + "/examples/" + demo + ".vek"));
+    }
+    /// The demo that stalls, on another bench; `more` is appended to its members.
+    QString layBench(QByteArray const& more) const
+    {
+        QString const setup = layDemo("bus/bus-stall");
+        QByteArray const folder = (Source + "/examples/bus/").toUtf8();
+        qputenv("VEK_BENCH", write("bench.json", R"({"device": "TK-503", "design": ")" + folder +
+                                                     R"(bus-stall.vek", "stimulus": {"vcd": ")" +
+                                                     folder + R"(bus.vcd"}, )" + more + "}")
+                                 .toUtf8());
+        return setup;
+    }
+    /// Runs the batch tool on the same bench, with a server of its own.
+    void runBatch(QString const& setup, QString const& device)
+    {
+        QProcess batch;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        QDir(m_folder.path()).mkpath("tmp");
+        environment.insert("TMPDIR", path("tmp"));
+        batch.setProcessEnvironment(environment);
+        batch.setWorkingDirectory(m_folder.path());
+        batch.start(Build + "/Analyzer/bin/veksh",
+                    {"-cable", "FT2CH", "-vek", setup, "-device", device, "-out", "batch"});
+        QVERIFY(batch.waitForFinished());
+        QCOMPARE(batch.exitCode(), 0);
     }
 
 private slots:
@@ -67,73 +113,236 @@ private slots:
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_folder.path());
         QCoreApplication::setOrganizationName("vek");
         QCoreApplication::setApplicationName("tst_workbench");
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        VEK::DeviceConfigurations::setFile(Source + "/programmer/data/programmer.json");
+    }
+    void cleanupTestCase() { VEK::DeviceConfigurations::setFile(QString()); }
+
+    /// A day's work: program, capture, look, arrange, save, and go on with it later.
+    void wholeSession()
+    {
+        QString const setup = layBench(R"("programmer": {"bitstream": "loaded", "chain":
+            [{"family": "TK-500", "name": "TK-503", "id": "101F7001"}]})");
+        QString const design = write("design.fs", "//Device-package: TK-503-Q48\n1010\n");
+        QString const session = path("session.rsx");
+        QString arranged;
+        QList<QBitArray> samples;
+        {
+            Window window;
+            {
+                Answers const answers({Answers::file(setup)});
+                window.choose({"&File", "&Open..."});
+            }
+            window.run();
+            QVERIFY(window.messages().contains("Error: The device is empty"));
+
+            window.showTab("Programmer");
+            window.press("searchDevice");
+            auto* const chain = window.findChild<QTableView*>("tableView");
+            QTRY_COMPARE(chain->model()->rowCount(), 1);
+            QModelIndex const target = chain->model()->index(0, 0);
+            QPoint const box(chain->visualRect(target).left() + 10,
+                             chain->visualRect(target).center().y());
+            QTest::mouseClick(chain->viewport(), Qt::LeftButton, Qt::NoModifier, box);
+            QCOMPARE(target.data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
+            {
+                Answers const answers({Answers::file(design)});
+                doubleClick(chain, chain->model()->index(0, 5));
+                QTRY_COMPARE(chain->model()->index(0, 5).data(), QVariant(design));
+            }
+            auto* const download = window.findChild<QPushButton*>("downLoad");
+            QTRY_VERIFY(download->isEnabled());
+            window.press("downLoad");
+            QTRY_VERIFY(download->isEnabled());
+            QCOMPARE(content(path("loaded")), design.toUtf8());
+
+            window.run();
+            QVERIFY2(window.messages().endsWith("Capture complete."),
+                     qPrintable(window.messages()));
+            runBatch(setup, "TK-503");
+            for (int part : {0, 1}) {
+                auto const rows =
+                    csvRows(content(path(QString("batch_core0_window%1.csv").arg(part))));
+                QCOMPARE(rows.size(), 256);
+                for (int sample : {0, 79, 80, 81, 254, 255}) {
+                    auto const shown = window.valuesAt(part * 256 + sample);
+                    QCOMPARE(shown.size(), 9);
+                    for (auto it = shown.begin(); it != shown.end(); ++it)
+                        QCOMPARE(it.value(), rows[sample][it.key()]);
+                }
+            }
+
+            window.chooseForRows({"valid", "ready", "write"}, "Group");
+            QCOMPARE(window.monitor()->model()->rowCount(), 7);
+            arranged = window.arrangement();
+            samples = window.samples();
+            {
+                Answers const answers({Answers::file(session)});
+                window.choose({"&File", "Save Session &As..."});
+            }
+            QVERIFY(window.close()); // nothing to ask
+        }
+
+        Window window;
+        QVERIFY(window.open(session));
+        QCOMPARE(window.arrangement(), arranged);
+        QCOMPARE(window.samples(), samples);
+        QCOMPARE(configuration(session), configuration(setup));
+        QString const bus = window.monitor()->model()->index(2, 0).data().toString();
+        QCOMPARE(window.monitor()->model()->rowCount(window.row(bus)), 3);
+
+        window.chooseForRows({bus}, "Ungroup");
+        Answers const answers({Answers::number(1), Answers::file(path("again"))});
+        window.choose({"&File", "&Export Window", "CSV..."});
+        QCOMPARE(content(path("again.csv")), content(path("batch_core0_window1.csv")));
     }
 
     void captureSaveOpenExport_data()
     {
         QTest::addColumn<QString>("demo");
+        QTest::addColumn<QString>("device");
         QTest::addColumn<QString>("result"); // of the batch tool
         QTest::addColumn<int>("core");
-        QTest::addColumn<int>("window");
-        QTest::newRow("windows") << "bus/bus-stall"
-                                 << "batch_core0_window1.csv" << 0 << 1;
         QTest::newRow("cores") << "uart/uart-link"
-                               << "batch_core1_window0.csv" << 1 << 0;
+                               << "TK-501"
+                               << "batch_core1_window0.csv" << 1;
         QTest::newRow("lite") << "bus/bus-start"
-                              << "batch.csv" << 0 << 0;
+                              << "TK-107"
+                              << "batch.csv" << 0;
     }
 
     void captureSaveOpenExport()
     {
         QFETCH(QString, demo);
+        QFETCH(QString, device);
         QFETCH(QString, result);
         QFETCH(int, core);
-        QFETCH(int, window);
         QString const setup = layDemo(demo);
-        QProcess batch;
-        batch.setWorkingDirectory(m_folder.path());
-        batch.start(Build + "/Analyzer/bin/veksh",
-                    {"-cable", "FT2CH", "-vek", setup, "-out", "batch"});
-        QVERIFY(batch.waitForFinished());
+        runBatch(setup, device);
         QByteArray const expected = content(path(result));
         QVERIFY(expected.contains("time unit: us"));
         {
             Window first;
-            first.show();
+            first.setDevice(device);
             QVERIFY(first.open(setup));
             first.run();
-            QVERIFY2(first.messages().contains("Capture complete."), qPrintable(first.messages()));
-            first.exportWindowAs(path("first.csv"), core, window);
-            first.saveSessionAs(path("session.rsx"));
-            first.exportWindowAs(path("no/such/folder.csv"), core, window);
+            QVERIFY2(first.messages().endsWith("Capture complete."), qPrintable(first.messages()));
+            first.exportWindowAs(path("first.csv"), core, 0);
+            QVERIFY(first.saveSessionAs(path("session.rsx")));
+            first.exportWindowAs(path("no/such/folder.csv"), core, 0);
             QVERIFY(first.messages().contains("Error: " + path("no/such/folder.csv")));
+            QVERIFY(!first.saveSessionAs(path("no/such/session.rsx")));
         }
         QCOMPARE(content(path("first.csv")), expected);
 
         Window second;
         QVERIFY(second.open(path("session.rsx")));
-        second.exportWindowAs(path("second.csv"), core, window);
+        second.exportWindowAs(path("second.csv"), core, 0);
         QCOMPARE(content(path("second.csv")), expected);
-        second.exportWindowAs(path("second.vcd"), core, window);
+        second.exportWindowAs(path("second.vcd"), core, 0);
         QVERIFY(content(path("second.vcd")).contains("$enddefinitions"));
+    }
+
+    /// A core that waits for ever: force it, repeat it, lose its server, close on it.
+    void longRuns()
+    {
+        QString const setup = layBench(R"("cables": [{"kind": "FT2CH", "location": 3}])");
+        QByteArray never = content(setup); // no unit matches: what is there stays as it is
+        never.replace("M0&amp;(M1^M2)|M5&amp;!(M1|M2)", "M0&amp;!M0");
+        QVERIFY(never != content(setup));
+        write("never.vek", never);
+        Window window;
+        QVERIFY(window.open(path("never.vek")));
+        QAction* const run = window.action("&Run");
+        auto const isOver = [&] { return run->isEnabled(); };
+
+        run->trigger();
+        window.action("&Force Trigger")->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(isOver(), 20000);
+        QCOMPARE(window.monitor()->model()->timeLength(), 512);
+
+        window.action("&Auto-run")->setChecked(true);
+        QVERIFY(window.open(setup));
+        run->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(window.messages().count("window 1:") > 2, 20000);
+        window.action("&Stop")->trigger();
+        QTRY_VERIFY(isOver());
+        QVERIFY(window.messages().endsWith("Stopped."));
+
+        QVERIFY(window.open(path("never.vek")));
+        run->trigger();
+        auto const servers = [] { return VEK::JtagSession::shared()->serverMap(); };
+        servers().first()->kill();
+        QTRY_VERIFY(isOver());
+        QVERIFY(window.messages().endsWith("Run again to start another one."));
+        QCOMPARE(window.messages().count("Error:"), 1);
+
+        // other cores while a window is being read
+        QVERIFY(window.open(setup));
+        auto* const log = window.findChild<QPlainTextEdit*>();
+        bool wasOpened = false;
+        auto const onMessage = connect(log, &QPlainTextEdit::textChanged, [&] {
+            if (wasOpened || !window.messages().endsWith("window 0: 256 samples."))
+                return;
+            wasOpened = true;
+            QVERIFY(window.open(path("never.vek")));
+        });
+        run->trigger();
+        QTRY_VERIFY(wasOpened && isOver());
+        QCOMPARE(window.monitor()->model()->timeLength(), 0);
+        disconnect(onMessage);
+
+        run->trigger();
+        QVERIFY(!isOver());
+        qint64 const id = servers().first()->processId();
+        QVERIFY(id > 0 && QFile::exists(QString("/proc/%1").arg(id)));
+        QVERIFY(window.close());
+        QVERIFY(servers().isEmpty() && !QFile::exists(QString("/proc/%1").arg(id)));
+    }
+
+    void unsavedWork()
+    {
+        QString const setup = layDemo("bus/bus-stall");
+        QString const broken = write("broken.rsx", content(setup).left(900));
+        Window window;
+        QVERIFY(window.open(setup));
+        QVERIFY(!window.open(broken)); // and all stays
+        QVERIFY(window.messages().contains("Error: " + broken));
+        QVERIFY(window.windowTitle().startsWith("bus-stall.vek"));
+        QVERIFY(window.action("&Run")->isEnabled());
+
+        auto* const position = window.findChild<QTabWidget*>()->findChild<QSpinBox*>();
+        QVERIFY(position);
+        position->setValue(position->value() + 1);
+        {
+            Answers const answers({Answers::button("Cancel")});
+            QVERIFY(!window.close());
+        }
+        QVERIFY(window.isVisible());
+        Answers const answers({Answers::button("Save")});
+        QVERIFY(window.close());
+        QVERIFY(
+            configuration(setup).contains(QString("trigger_pos=\"%1\"").arg(position->value())));
+
+        Window next; // remembers
+        QVERIFY(next.action(setup)->isEnabled());
+        QAction* gone = nullptr;
+        for (auto* const action : next.findChildren<QAction*>())
+            gone = action->text() == broken ? action : gone;
+        QVERIFY(!gone);
     }
 
     void troubles()
     {
         Window window;
-        window.show();
         QVERIFY(!window.open(path("missing.vek")));
         QVERIFY(window.messages().contains("Error: " + path("missing.vek")));
         QVERIFY(!window.action("&Run")->isEnabled());
 
-        QString const setup = layDemo("bus/bus-stall");
-        qputenv("VEK_BENCH", path("empty.json").toUtf8());
-        QFile bench(path("empty.json"));
-        QVERIFY(bench.open(QIODevice::WriteOnly) && bench.write("{\"device\": \"TK-501\"}") > 0);
-        bench.close();
+        QString const setup = layBench(R"("open_result": -1)");
         QVERIFY(window.open(setup));
         window.run();
-        QVERIFY2(window.messages().contains("Error: The device is empty"),
+        QVERIFY2(window.messages().contains("Error: The device could not be opened"),
                  qPrintable(window.messages()));
 
         // the file changes under the window, and then goes
@@ -145,8 +354,12 @@ private slots:
             return label && label->isVisible() ? label->text() : QString();
         };
         QTRY_COMPARE(banner(), QString("Vek file '%1' has been changed on disk.").arg(setup));
+        window.press("btnA");
+        QTRY_COMPARE(banner(), QString());
         QVERIFY(QFile::remove(setup));
         QTRY_COMPARE(banner(), QString("Vek file '%1' has been removed on disk.").arg(setup));
+        layDemo("bus/bus-stall");
+        QTRY_COMPARE(banner(), QString("Vek file '%1' has been changed on disk.").arg(setup));
     }
 };
 

@@ -1,0 +1,245 @@
+// What the main window consists of, and what of it is remembered.
+
+#include "programmer/vekprogrammermodel.h"
+#include "programmer/vekprogrammerwidget.h"
+#include "wavemonitor/wavemonitorwidget.h"
+#include "workbench/cablebox.h"
+#include "workbench/mainwindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QDockWidget>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QScreen>
+#include <QScrollArea>
+#include <QSettings>
+#include <QStatusBar>
+#include <QStyle>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+using namespace VEK;
+using WaveMonitor::WaveMonitorWidget;
+
+namespace {
+
+constexpr int MostRecentFiles = 8;
+QString const RecentKey = QStringLiteral("recentFiles");
+QString const GeometryKey = QStringLiteral("geometry");
+QString const StateKey = QStringLiteral("state");
+
+QIcon icon(char const* name)
+{
+    return QIcon(QStringLiteral(":/workbench/images/%1.png").arg(QLatin1String(name)));
+}
+
+QDockWidget* makeDock(QMainWindow* window, Qt::DockWidgetArea area, QString const& title,
+                      QString const& name, QWidget* content)
+{
+    auto* const dock = new QDockWidget(title, window);
+    dock->setObjectName(name);
+    dock->setWidget(content);
+    window->addDockWidget(area, dock);
+    return dock;
+}
+
+} // namespace
+
+void MainWindow::makeCentre()
+{
+    setWindowIcon(icon("workbench"));
+    auto* const middle = new QWidget(this);
+    m_monitors = new QTabWidget;
+    m_hint = new QLabel(QStringLiteral("Open a configuration (.vek) or a session (.rsx) to see "
+                                       "its cores."));
+    m_hint->setAlignment(Qt::AlignCenter);
+    m_centre = new QVBoxLayout(middle);
+    m_centre->setContentsMargins(0, 0, 0, 0);
+    m_centre->addWidget(m_monitors, 1);
+    m_centre->addWidget(m_hint, 1);
+    setCentralWidget(middle);
+    m_busy = new QProgressBar;
+    m_busy->setRange(0, 0);
+    m_busy->setMaximumWidth(120);
+    statusBar()->addPermanentWidget(m_busy);
+}
+
+void MainWindow::makeDocks()
+{
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
+    m_cores = new QTabWidget;
+    auto* const cores = makeDock(this, Qt::LeftDockWidgetArea, QStringLiteral("Cores"),
+                                 QStringLiteral("cores"), m_cores);
+    m_programmer = new VekProgrammerWidget;
+    auto* const scrolled = new QScrollArea; // its row of buttons is wider than a small screen
+    scrolled->setWidget(m_programmer);
+    scrolled->setWidgetResizable(true);
+    scrolled->setFrameShape(QFrame::NoFrame);
+    auto* const programmer = makeDock(this, Qt::BottomDockWidgetArea, QStringLiteral("Programmer"),
+                                      QStringLiteral("programmer"), scrolled);
+    m_messages = new QPlainTextEdit;
+    m_messages->setReadOnly(true);
+    m_messages->setMaximumBlockCount(10000);
+    auto* const messages = makeDock(this, Qt::BottomDockWidgetArea, QStringLiteral("Messages"),
+                                    QStringLiteral("messages"), m_messages);
+    tabifyDockWidget(programmer, messages);
+    resizeDocks({cores}, {420}, Qt::Horizontal);
+    resizeDocks({programmer}, {240}, Qt::Vertical);
+    connect(m_programmer, &VekProgrammerWidget::programStatusChanged, this,
+            [this](bool, QString const& text) { statusBar()->showMessage(text.trimmed()); });
+    // queued: at the end of a run the model is still busy when it says so
+    connect(m_programmer->model(), &VekProgrammerModel::TargetEnable, this,
+            &MainWindow::updateActions, Qt::QueuedConnection);
+}
+
+void MainWindow::makeFileMenu(QToolBar* bar)
+{
+    QMenu* const menu = menuBar()->addMenu(QStringLiteral("&File"));
+    QAction* const open = menu->addAction(
+        style()->standardIcon(QStyle::SP_DialogOpenButton), QStringLiteral("&Open..."), this,
+        [this] { chooseFile(); }, QKeySequence::Open);
+    m_recent = menu->addMenu(QStringLiteral("Open &Recent"));
+    QAction* const save =
+        menu->addAction(style()->standardIcon(QStyle::SP_DialogSaveButton), QStringLiteral("&Save"),
+                        this, &MainWindow::save, QKeySequence::Save);
+    QAction* const saveAs =
+        menu->addAction(QStringLiteral("Save Session &As..."), this, &MainWindow::saveSession,
+                        QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S));
+    m_fileActions << save << saveAs;
+    QMenu* const exports = menu->addMenu(QStringLiteral("&Export Window"));
+    for (char const* const format : {"csv", "prn", "vcd"}) {
+        QString const name = QLatin1String(format);
+        m_fileActions << exports->addAction(name.toUpper() + QStringLiteral("..."), this,
+                                            [this, name] { exportWindow(name); });
+    }
+    menu->addSeparator();
+    menu->addAction(QStringLiteral("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    bar->addActions({open, save});
+    bar->addSeparator();
+}
+
+void MainWindow::makeCaptureMenu(QToolBar* bar)
+{
+    QMenu* const menu = menuBar()->addMenu(QStringLiteral("&Capture"));
+    m_runAction =
+        menu->addAction(icon("run"), QStringLiteral("&Run"), this, &MainWindow::run, Qt::Key_F5);
+    m_forceAction = menu->addAction(icon("force"), QStringLiteral("&Force Trigger"), &m_capture,
+                                    &Capture::force, Qt::Key_F6);
+    m_stopAction = menu->addAction(icon("stop"), QStringLiteral("&Stop"), &m_capture,
+                                   &Capture::stop, QKeySequence(Qt::SHIFT + Qt::Key_F5));
+    m_repeatAction = menu->addAction(icon("repeat"), QStringLiteral("&Auto-run"));
+    m_repeatAction->setCheckable(true);
+    m_repeatAction->setShortcut(Qt::CTRL + Qt::Key_F5);
+    VekProgrammerModel* const programmer = m_programmer->model();
+    m_cablesAction = menu->addAction(icon("cables"), QStringLiteral("Search &Cables"), programmer,
+                                     &VekProgrammerModel::scanCables);
+    bar->addActions({m_runAction, m_forceAction, m_stopAction, m_repeatAction});
+    bar->addSeparator();
+    bar->addAction(m_cablesAction);
+    m_cable = new CableBox;
+    bar->addWidget(m_cable);
+    auto const tellProgrammer = [this] {
+        m_programmer->updateCable(m_cable->cable());
+        m_programmer->updateChannel(m_cable->location().toInt());
+    };
+    tellProgrammer();
+    connect(m_cable, QOverload<int>::of(&QComboBox::currentIndexChanged), this, tellProgrammer);
+    connect(programmer, &VekProgrammerModel::StartandAutoEnable, this,
+            [this, programmer](bool done) {
+                if (!done)
+                    return;
+                m_cable->showFound(programmer->cables());
+                say(QStringLiteral("%1 cable(s) found.").arg(programmer->cables().size()));
+            });
+}
+
+void MainWindow::makeViewMenu()
+{
+    QMenu* const menu = menuBar()->addMenu(QStringLiteral("&View"));
+    auto const add = [&](QString const& text, QKeySequence const& keys,
+                         void (WaveMonitorWidget::*slot)()) {
+        menu->addAction(
+            text, this,
+            [this, slot] {
+                if (WaveMonitorWidget* const shown = currentMonitor())
+                    (shown->*slot)();
+            },
+            keys);
+    };
+    add(QStringLiteral("Zoom &In"), QKeySequence::ZoomIn, &WaveMonitorWidget::zoomIn);
+    add(QStringLiteral("Zoom &Out"), QKeySequence::ZoomOut, &WaveMonitorWidget::zoomOut);
+    add(QStringLiteral("Zoom &Fit"), Qt::CTRL + Qt::Key_0, &WaveMonitorWidget::zoomFit);
+    menu->addSeparator();
+    for (QDockWidget* const dock : findChildren<QDockWidget*>())
+        menu->addAction(dock->toggleViewAction());
+    menuBar()
+        ->addMenu(QStringLiteral("&Help"))
+        ->addAction(QStringLiteral("&About"), this, &MainWindow::about);
+}
+
+void MainWindow::about()
+{
+    QMessageBox::about(this, QStringLiteral("About Workbench"),
+                       QStringLiteral("<h3>Workbench %1</h3><p>A host of the logic analyzer's "
+                                      "widgets: cores, programmer and wave monitors in one "
+                                      "window.</p>")
+                           .arg(QApplication::applicationVersion()));
+}
+
+void MainWindow::restoreState()
+{
+    QSettings const settings;
+    resize(DefaultSize.boundedTo(screen()->availableSize()));
+    restoreGeometry(settings.value(GeometryKey).toByteArray());
+    QMainWindow::restoreState(settings.value(StateKey).toByteArray());
+    showRecentFiles();
+}
+
+void MainWindow::keepState() const
+{
+    QSettings settings;
+    settings.setValue(GeometryKey, saveGeometry());
+    settings.setValue(StateKey, saveState());
+}
+
+void MainWindow::showRecentFiles()
+{
+    m_recent->clear();
+    QStringList const files = QSettings().value(RecentKey).toStringList();
+    for (QString const& path : files) {
+        QString text = path;
+        m_recent->addAction(text.replace(QLatin1Char('&'), QLatin1String("&&")), this,
+                            [this, path] { chooseFile(path); });
+    }
+    m_recent->setEnabled(!files.isEmpty());
+}
+
+/// A file that can't be opened is forgotten.
+void MainWindow::rememberFile(QString const& path, bool isThere)
+{
+    QSettings settings;
+    QStringList files = settings.value(RecentKey).toStringList();
+    files.removeAll(path);
+    if (isThere)
+        files.prepend(path);
+    settings.setValue(RecentKey, QStringList(files.mid(0, MostRecentFiles)));
+    showRecentFiles();
+}
+
+void MainWindow::grabPanes(QString const& folder, bool ok)
+{
+    QDir().mkpath(folder);
+    QList<QPair<QString, QWidget*>> panes{{QStringLiteral("workbench"), this},
+                                          {QStringLiteral("cores"), m_cores},
+                                          {QStringLiteral("programmer"), m_programmer}};
+    for (int core = 0; core < m_monitors->count(); ++core)
+        panes.append({QStringLiteral("core%1").arg(core), m_monitors->widget(core)});
+    for (auto const& pane : panes)
+        ok = pane.second->grab().save(QStringLiteral("%1/%2.png").arg(folder, pane.first)) && ok;
+    QApplication::exit(ok ? 0 : 1);
+}
