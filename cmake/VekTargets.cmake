@@ -22,11 +22,16 @@ if(VEK_FUZZ)
   target_compile_options(vek_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# vek_add_library(NAME Model SOURCES ... PUBLIC ... PRIVATE ...): target vek_model, alias Vek::Model.
+# vek_add_library(NAME Model [STATIC] SOURCES ... PUBLIC ... PRIVATE ...): target vek_model, alias
+# Vek::Model. A library that is not installed is STATIC.
 function(vek_add_library)
-  cmake_parse_arguments(ARG "" "NAME" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "STATIC" "NAME" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   string(TOLOWER vek_${ARG_NAME} target)
-  add_library(${target} ${ARG_SOURCES})
+  set(type "")
+  if(ARG_STATIC)
+    set(type STATIC)
+  endif()
+  add_library(${target} ${type} ${ARG_SOURCES})
   add_library(Vek::${ARG_NAME} ALIAS ${target})
   target_link_libraries(${target}
     PUBLIC ${ARG_PUBLIC} PRIVATE $<BUILD_INTERFACE:vek_flags> ${ARG_PRIVATE})
