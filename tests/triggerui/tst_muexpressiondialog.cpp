@@ -1,36 +1,10 @@
+#include "tests/support/widgettools.h"
 #include "triggerui/muexpressiondialog.h"
 
 #include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
 
 using namespace VEK;
-
-namespace {
-
-QString const Clear = QStringLiteral("C");
-
-/// The button with that caption.
-QPushButton* button(QWidget& dialog, QString const& caption)
-{
-    for (auto* const candidate : dialog.findChildren<QPushButton*>())
-        if (candidate->text() == caption)
-            return candidate;
-    return nullptr;
-}
-
-void press(QWidget& dialog, QStringList const& captions)
-{
-    for (QString const& caption : captions) {
-        QVERIFY2(button(dialog, caption), qPrintable(caption));
-        QTest::mouseClick(button(dialog, caption), Qt::LeftButton);
-    }
-}
-
-} // namespace
+using namespace widgettools;
 
 class MuExpressionDialogTest : public QObject
 {
@@ -49,7 +23,7 @@ private slots:
         press(dialog, {back});
         QCOMPARE(dialog.currentExpression(), QString("!(M0&M12|M3)^"));
         QVERIFY(!dialog.isOk());
-        press(dialog, {Clear, back});
+        press(dialog, {"C", back});
         QCOMPARE(dialog.currentExpression(), QString());
 
         auto* const line = dialog.findChild<QLineEdit*>();
@@ -64,12 +38,7 @@ private slots:
         dialog.show();
         press(dialog, {"M1", "&&"});
         QStringList said;
-        QTimer::singleShot(0, [&] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box);
-            said << box->windowTitle() << box->text();
-            box->accept();
-        });
+        answerBox(said);
         dialog.accept();
         QCOMPARE(said, (QStringList{"Error", "Please input the right expression"}));
         QVERIFY(dialog.isVisible());
@@ -82,8 +51,7 @@ private slots:
     {
         QList<bool> enabled{true, false, false, true};
         auto const run = [&](QStringList const& captions) {
-            QTimer::singleShot(0,
-                               [captions] { press(*QApplication::activeModalWidget(), captions); });
+            inDialog([captions](QWidget* dialog) { press(*dialog, captions); });
             return MuExpressionDialog::getExpression(enabled, nullptr);
         };
         QCOMPARE(run({"M0", "M1", "|", "M2", "M3", "OK"}), QString("M0|M3"));
