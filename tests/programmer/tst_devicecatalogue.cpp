@@ -1,6 +1,6 @@
 #include "programmer/fsfile.h"
+#include "programmerdesk.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -36,23 +36,15 @@ class DeviceCatalogueTest : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder;
+    ProgrammerDesk m_desk;
 
-    QString write(QString const& name, QByteArray const& content)
-    {
-        QFile file(m_folder.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("can't write a file");
-        return file.fileName();
-    }
     void use(QByteArray const& catalogue)
     {
-        DeviceConfigurations::setFile(write("programmer.json", catalogue));
+        DeviceConfigurations::setFile(m_desk.write("programmer.json", catalogue));
     }
 
 private slots:
     void init() { use(Catalogue); }
-    void cleanupTestCase() { DeviceConfigurations::setFile(QString()); }
 
     void lookUps()
     {
@@ -149,7 +141,7 @@ private slots:
             {"TK-101", QByteArray("//\xff\xfe\0:\n//CheckSum", 17), true, ",,00000000", ""},
         };
         for (auto const& [device, text, fits, codes, warning] : cases) {
-            QString const path = write("a.fs", text);
+            QString const path = m_desk.write("a.fs", text);
             DeviceItem row;
             row.setDevice(device == "TK-501" ? "TK-502" : device);
             row.device = device;
@@ -168,9 +160,9 @@ private slots:
         row.fsFile = "old";
         QString said;
         QVERIFY(readFsHeader("", "", row, said));
-        QString const pipe = m_folder.filePath("pipe");
+        QString const pipe = m_desk.path("pipe");
         QCOMPARE(mkfifo(pipe.toUtf8(), 0600), 0);
-        for (QString const& path : {m_folder.filePath("missing"), m_folder.path(), pipe}) {
+        for (QString const& path : {m_desk.path("missing"), m_desk.path(""), pipe}) {
             QVERIFY(!readFsHeader(path, "", row, said));
             QCOMPARE(said, QString("Warn: %1 Invalid.").arg(path));
         }

@@ -3,10 +3,12 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
 
 /// What a user reads off widgets and does to them.
 namespace widgettools {
@@ -43,6 +45,20 @@ inline void doubleClick(QAbstractItemView* view, QModelIndex const& index)
     QPoint const at = view->visualRect(index).center();
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, at);
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, at);
+}
+
+inline void wheel(QWidget* viewport, QPoint const& angle, Qt::KeyboardModifiers modifiers = {})
+{
+    QWheelEvent event(QPointF(100, 20), viewport->mapToGlobal(QPoint(100, 20)), {}, angle,
+                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(viewport, &event);
+}
+
+/// Asks for a context menu as a right click does.
+inline void rightClick(QWidget* viewport, QPoint const& at)
+{
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, viewport->mapToGlobal(at));
+    QApplication::sendEvent(viewport, &event);
 }
 
 /// Runs once, when the next modal dialog of that class is open.
