@@ -248,10 +248,14 @@ void TestWaveMonitorWidget::keepsTwoMonitorsApart()
     MonitorRig second(2);
     first.widget->zoomIn();
     first.widget->addMarker();
+    first.widget->gotoLastTime();
     first.select({first.row(1)});
     MonitorRig::settle();
     QCOMPARE(second.waves()->zoomRate(), 1.0);
     QCOMPARE(second.widget->zoomRate(), 1.0);
+    QCOMPARE(second.widget->rulerView()->transform().m11(), 1.0);
+    QCOMPARE(second.widget->rulerView()->horizontalScrollBar()->value(),
+             second.waves()->horizontalScrollBar()->value());
     QVERIFY(second.widget->rulerView()->timeMarkers().isEmpty());
     QCOMPARE(first.widget->rulerView()->timeMarkers().size(), 1);
 }
