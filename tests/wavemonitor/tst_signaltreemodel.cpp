@@ -200,48 +200,32 @@ private slots:
         QCOMPARE(rig.outline(), "bus[1:0](t/b[1] t/b[0]) t/s[1] t/s[0] t/x break");
     }
 
-    void grouping_data()
-    {
-        QTest::addColumn<QList<int>>("rows");
-        QTest::addColumn<QString>("outline");
-        QTest::newRow("vector")
-            << QList<int>{1, 2}
-            << "bus[1:0](t/b[1] t/b[0]) t/s[1:0](t/s[1] t/s[0]) t/x New Divider";
-        QTest::newRow("others") << QList<int>{1, 3}
-                                << "bus[1:0](t/b[1] t/b[0]) group_0[1:0](t/s[1] t/x) t/s[0] "
-                                   "New Divider";
-        QTest::newRow("with divider") << QList<int>{3, 4}
-                                      << "bus[1:0](t/b[1] t/b[0]) t/s[1] t/s[0] "
-                                         "group_0[0:0](t/x New Divider)";
-        QTest::newRow("bus and divider")
-            << QList<int>{0, 4} << "bus[1:0](t/b[1] t/b[0] New Divider) t/s[1] t/s[0] t/x";
-        QTest::newRow("bus and signal")
-            << QList<int>{2, 0} << "group_0[2:0](t/b[1] t/b[0] t/s[0]) t/s[1] t/x New Divider";
-        QTest::newRow("dividers only") << QList<int>{4} << Initial;
-    }
-
     void grouping()
     {
-        QFETCH(QList<int>, rows);
-        QFETCH(QString, outline);
-        Rig rig;
-        rig.group(rows);
-        QCOMPARE(rig.outline(), outline);
-        QCoreApplication::processEvents();
-        QCOMPARE(rig.listener.layouts, outline == Initial ? 0 : 1);
-        for (QGraphicsItem* item : rig.model.waveItems())
-            QVERIFY(item->boundingRect().isValid());
-    }
+        std::pair<QList<int>, QString> const cases[] = {
+            {{1, 2}, "bus[1:0](t/b[1] t/b[0]) t/s[1:0](t/s[1] t/s[0]) t/x New Divider"},
+            {{1, 3}, "bus[1:0](t/b[1] t/b[0]) group_0[1:0](t/s[1] t/x) t/s[0] New Divider"},
+            {{3, 4}, "bus[1:0](t/b[1] t/b[0]) t/s[1] t/s[0] group_0[0:0](t/x New Divider)"},
+            {{0, 4}, "bus[1:0](t/b[1] t/b[0] New Divider) t/s[1] t/s[0] t/x"},
+            {{2, 0}, "group_0[2:0](t/b[1] t/b[0] t/s[0]) t/s[1] t/x New Divider"},
+            {{4}, Initial}, // dividers only
+        };
+        for (auto const& [rows, outline] : cases) {
+            Rig rig;
+            rig.group(rows);
+            QCOMPARE(rig.outline(), outline);
+            QCoreApplication::processEvents();
+            QCOMPARE(rig.listener.layouts, outline == Initial ? 0 : 1);
+            for (QGraphicsItem* item : rig.model.waveItems())
+                QVERIFY(item->boundingRect().isValid());
+        }
 
-    void refusedGroups()
-    {
-        Rig rig;
-        rig.model.addRawSignal(signal(5, "long", "01010"));
-        QString const before = rig.outline();
-        rig.group({0, 5});
-        rig.model.groupBus({rig.at(0, 0), rig.at(0, 1)});
-        rig.model.groupBus({QModelIndex()});
-        QCOMPARE(rig.outline(), before);
+        Rig refused;
+        refused.model.addRawSignal(signal(5, "long", "01010"));
+        refused.group({0, 5});
+        refused.model.groupBus({refused.at(0, 0), refused.at(0, 1)});
+        refused.model.groupBus({QModelIndex()});
+        QCOMPARE(refused.outline(), QString(Initial) + " long");
     }
 
     void groupNumbersComeBack()
@@ -398,42 +382,36 @@ private slots:
         QCOMPARE(other.outline(), rig.outline());
     }
 
-    void layoutAttributes_data()
-    {
-        QTest::addColumn<QString>("node");
-        QTest::addColumn<QString>("saved"); // attributes in the order of their names
-        QTest::newRow("bare signal") << "<Node type='sig'/>"
-                                     << "color=65280 id=0 nametype=2 text= type=sig";
-        QTest::newRow("divider") << "<Node type='divider' text='d' color='1' nametype='1' id='7'/>"
-                                 << "color=1 nametype=1 text=d type=divider";
-        QTest::newRow("bus") << "<Node type='bus' name='n' format='?' nametype='9' color='x'/>"
-                             << "color=0 format=hex name=n nametype=2 text= type=bus";
-        QTest::newRow("chart") << "<Node type='bus' format='%1' rowheight='2147483647'/>"
-                               << "color=65280 format=%1 name= nametype=2 rowheight=1000 text= "
-                                  "type=bus";
-        QTest::newRow("unknown") << "<Node type='port'/>"
-                                 << "";
-    }
-
     void layoutAttributes()
     {
-        QFETCH(QString, node);
-        QFETCH(QString, saved);
         QString const chart = DataFormat::stringFromType(DataFormat::SignedBarChart);
-        QDomDocument document;
-        QVERIFY(document.setContent("<Layout>" + node.replace("%1", chart) + "</Layout>"));
-        Rig rig;
-        rig.model.restoreLayout(document.documentElement());
-        QDomNamedNodeMap const attributes =
-            rig.model.saveLayout(document).firstChildElement().attributes();
-        QStringList texts;
-        for (int i = 0; i < attributes.size(); ++i)
-            texts.append(attributes.item(i).nodeName() + "=" + attributes.item(i).nodeValue());
-        texts.sort();
-        QCOMPARE(texts.join(' '), saved.replace("%1", chart));
-        QCoreApplication::processEvents();
-        QCOMPARE(rig.listener.layouts, 1);
-        QCOMPARE(rig.listener.selections, 1);
+        std::pair<QString, QString> const cases[] = {
+            // saved attributes in the order of their names
+            {"<Node type='sig'/>", "color=65280 id=0 nametype=2 text= type=sig"},
+            {"<Node type='divider' text='d' color='1' nametype='1' id='7'/>",
+             "color=1 nametype=1 text=d type=divider"},
+            {"<Node type='bus' name='n' format='?' nametype='9' color='x'/>",
+             "color=0 format=hex name=n nametype=2 text= type=bus"},
+            {"<Node type='bus' format='" + chart + "' rowheight='2147483647'/>",
+             "color=65280 format=" + chart + " name= nametype=2 rowheight=1000 text= type=bus"},
+            {"<Node type='port'/>", ""},
+        };
+        for (auto const& [node, saved] : cases) {
+            QDomDocument document;
+            QVERIFY(document.setContent("<Layout>" + node + "</Layout>"));
+            Rig rig;
+            rig.model.restoreLayout(document.documentElement());
+            QDomNamedNodeMap const attributes =
+                rig.model.saveLayout(document).firstChildElement().attributes();
+            QStringList texts;
+            for (int i = 0; i < attributes.size(); ++i)
+                texts.append(attributes.item(i).nodeName() + "=" + attributes.item(i).nodeValue());
+            texts.sort();
+            QCOMPARE(texts.join(' '), saved);
+            QCoreApplication::processEvents();
+            QCOMPARE(rig.listener.layouts, 1);
+            QCOMPARE(rig.listener.selections, 1);
+        }
     }
 
     void oddDocuments()

@@ -110,7 +110,7 @@ private Q_SLOTS:
         QVERIFY(member->waveData().bits() == m_model->signalElementByID(1)->data.bits());
     }
 
-    void colorsAndSelection()
+    void colorsAndUngrouping()
     {
         QGraphicsScene scene;
         for (QGraphicsItem* item : m_model->waveItems())
@@ -121,10 +121,6 @@ private Q_SLOTS:
         auto* const item = dynamic_cast<WaveItem*>(m_model->getItem(member));
         QCOMPARE(item->color(), QColor(0x12, 0x34, 0x56));
         QCOMPARE(bus()->color(), QColor(0, 255, 0));
-        m_model->updateSelection({m_model->index(2, 0)}, {});
-        QVERIFY(bus()->waveSelected());
-        m_model->updateSignalWaveChart();
-        QVERIFY(!bus()->waveSelected());
         int const count = scene.items().size();
         m_model->ungroupBus(m_model->index(2, 0));
         QCOMPARE(scene.items().size(), count - 1); // the bus's item left, its members stayed
