@@ -1,112 +1,10 @@
 #include "model/capturecore.h"
-#include "wavemonitor/modellayout.h"
-#include "wavemonitor/notificationcenter.h"
-#include "wavemonitor/signaltreemodel.h"
+#include "treerig.h"
 #include "wavemonitor/waveitem.h"
-
-#include <QAbstractItemModelTester>
-#include <QTreeView>
-#include <QtTest>
-
-namespace WaveMonitor {
-
-/// Counts what models publish.
-class Listener : public QObject
-{
-    Q_OBJECT
-
-public:
-    Listener()
-    {
-        NotificationCenter::shared()->registerObserver(
-            this, QList<NotificationType>{LayoutChanged, SelectionChanged});
-    }
-
-    Q_INVOKABLE void handleEvents(Notification* note)
-    {
-        (note->type == LayoutChanged ? layouts : selections) += 1;
-    }
-
-    int layouts = 0;
-    int selections = 0;
-};
-
-} // namespace WaveMonitor
 
 using namespace WaveMonitor;
 
 namespace {
-
-SignalData signal(int id, char const* name, char const* bits = "0101")
-{
-    return {id, QString::fromLatin1(name), QString(), string2Bits(QString::fromLatin1(bits))};
-}
-
-/// A model of a bus "bus[1:0]" (ids 0 and 1) in row 0, the signals s[1], s[0], x (ids 2 to 4) and a
-/// divider, in a tree, with the tester that aborts at the first slip.
-struct Rig
-{
-    Rig() : tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal)
-    {
-        view.setModel(&model);
-        model.setTreeView(&view);
-        model.addBus({"bus[1:0]", "", {signal(0, "t/b[1]", "0011"), signal(1, "t/b[0]", "0101")}});
-        model.addRawSignal(signal(2, "t/s[1]"));
-        model.addRawSignal(signal(3, "t/s[0]"));
-        model.addRawSignal(signal(4, "t/x"));
-        model.addRawDivider(99, QModelIndex());
-        view.expandAll();
-        model.updateItems();
-        settle();
-    }
-
-    void settle()
-    {
-        QCoreApplication::processEvents();
-        listener.layouts = listener.selections = 0;
-    }
-
-    QModelIndex at(int row, int member = -1) const
-    {
-        QModelIndex const top = model.index(row, 0);
-        return member < 0 ? top : model.index(member, 0, top);
-    }
-
-    QList<QModelIndex> rows(QList<int> const& numbers) const
-    {
-        QList<QModelIndex> list;
-        for (int row : numbers)
-            list.append(at(row));
-        return list;
-    }
-
-    void group(QList<int> const& numbers) { model.groupBus(rows(numbers)); }
-
-    /// Names of all rows, the members of buses in parentheses.
-    QString outline(QModelIndex const& parent = QModelIndex()) const
-    {
-        QStringList names;
-        for (int row = 0; row < model.rowCount(parent); ++row) {
-            QModelIndex const index = model.index(row, 0, parent);
-            names.append(index.data().toString());
-            if (model.rowCount(index) > 0)
-                names.last() += "(" + outline(index) + ")";
-        }
-        return names.join(' ');
-    }
-
-    QString value(QModelIndex const& index) const
-    {
-        return index.sibling(index.row(), 1).data().toString();
-    }
-
-    LayoutNode* node(QModelIndex const& index) const { return model.layout()->nodeAt(index); }
-
-    SignalTreeModel model;
-    QAbstractItemModelTester tester;
-    QTreeView view;
-    Listener listener;
-};
 
 constexpr char Initial[] = "bus[1:0](t/b[1] t/b[0]) t/s[1] t/s[0] t/x New Divider";
 
@@ -126,7 +24,7 @@ class tst_SignalTreeModel : public QObject
 private slots:
     void values()
     {
-        Rig rig;
+        TreeRig rig;
         QCOMPARE(rig.outline(), Initial);
         rig.model.setCurrentTime(2);
         QCOMPARE(rig.value(rig.at(0)), "2");
@@ -152,7 +50,7 @@ private slots:
 
     void rolesAndFlags()
     {
-        Rig rig;
+        TreeRig rig;
         LayoutNode* const bus = rig.node(rig.at(0));
         QCOMPARE(rig.at(0).data(Qt::SizeHintRole).toSize(), QSize(0, 30));
         bus->formatter->setFormatType(DataFormat::SignedLineChart);
@@ -169,7 +67,7 @@ private slots:
 
     void renaming()
     {
-        Rig rig;
+        TreeRig rig;
         auto const italic = [](QModelIndex const& index) {
             return index.data(Qt::FontRole).value<QFont>().italic();
         };
@@ -211,7 +109,7 @@ private slots:
             {{4}, Initial}, // dividers only
         };
         for (auto const& [rows, outline] : cases) {
-            Rig rig;
+            TreeRig rig;
             rig.group(rows);
             QCOMPARE(rig.outline(), outline);
             QCoreApplication::processEvents();
@@ -220,7 +118,7 @@ private slots:
                 QVERIFY(item->boundingRect().isValid());
         }
 
-        Rig refused;
+        TreeRig refused;
         refused.model.addRawSignal(signal(5, "long", "01010"));
         refused.group({0, 5});
         refused.model.groupBus({refused.at(0, 0), refused.at(0, 1)});
@@ -230,7 +128,7 @@ private slots:
 
     void groupNumbersComeBack()
     {
-        Rig rig;
+        TreeRig rig;
         rig.group({1, 3});
         rig.group({2});
         QCOMPARE(rig.at(2).data().toString(), "group_1[0:0]");
@@ -243,7 +141,7 @@ private slots:
 
     void reversing()
     {
-        Rig rig;
+        TreeRig rig;
         QPersistentModelIndex const member = rig.at(0, 0);
         rig.model.reverse(rig.at(0));
         rig.model.reverse(rig.at(1));
@@ -257,7 +155,7 @@ private slots:
 
     void dividers()
     {
-        Rig rig;
+        TreeRig rig;
         rig.model.NewDivider(rig.at(1));
         rig.model.addRawDivider(-3, QModelIndex());
         rig.model.NewDivider(QModelIndex());
@@ -281,7 +179,7 @@ private slots:
 
     void moving()
     {
-        Rig rig;
+        TreeRig rig;
         QList<QModelIndex> moved = rig.model.insertIndexesForward(rig.at(0), rig.rows({1, 3}));
         QCOMPARE(rig.outline(), "t/s[1] t/x bus[1:0](t/b[1] t/b[0]) t/s[0] New Divider");
         QCOMPARE(moved, rig.rows({0, 1}));
@@ -312,7 +210,7 @@ private slots:
 
     void selection()
     {
-        Rig rig;
+        TreeRig rig;
         auto* const wave = static_cast<WaveItem*>(rig.model.getItem(rig.node(rig.at(2))));
         rig.model.updateSelection({rig.at(2), rig.at(3)}, {rig.at(3)});
         QVERIFY(wave->waveSelected());
@@ -326,22 +224,9 @@ private slots:
         QCOMPARE(rig.model.getItem(nullptr), nullptr);
     }
 
-    void newSamples()
-    {
-        Rig rig;
-        QList<QBitArray> datas;
-        for (int i = 0; i < 5; ++i)
-            datas.append(QBitArray(7, true));
-        rig.model.updataSingalDatas(datas.mid(1));
-        QCOMPARE(rig.model.timeLength(), 4);
-        rig.model.updataSingalDatas(datas);
-        QCOMPARE(rig.model.timeLength(), 7);
-        QCOMPARE(rig.model.getItem(rig.node(rig.at(0)))->boundingRect().width(), 350.0);
-    }
-
     void savedAndRestored()
     {
-        Rig rig;
+        TreeRig rig;
         rig.model.setTriggerPosition(3);
         rig.model.setWindowsNum(2);
         rig.model.setData(rig.at(1), "a \"b\" <c>");
@@ -366,7 +251,7 @@ private slots:
         QDomDocument reread;
         QVERIFY(reread.setContent(document.toString(-1)));
 
-        Rig other;
+        TreeRig other;
         other.model.setWindowsNum(2);
         other.model.restore(reread.documentElement());
         QCOMPARE(other.outline(), rig.outline());
@@ -399,7 +284,7 @@ private slots:
         for (auto const& [node, saved] : cases) {
             QDomDocument document;
             QVERIFY(document.setContent("<Layout>" + node + "</Layout>"));
-            Rig rig;
+            TreeRig rig;
             rig.model.restoreLayout(document.documentElement());
             QDomNamedNodeMap const attributes =
                 rig.model.saveLayout(document).firstChildElement().attributes();
@@ -416,7 +301,7 @@ private slots:
 
     void oddDocuments()
     {
-        Rig rig;
+        TreeRig rig;
         rig.model.restoreLayout(QDomElement());
         rig.model.restoreData(QDomElement());
         QDomDocument document;
@@ -437,18 +322,6 @@ private slots:
         QCOMPARE(rig.outline(), "e b() New Divider");
     }
 
-    void deletedWhileNotesAreQueued()
-    {
-        Listener listener;
-        {
-            Rig rig;
-            rig.model.setDomain(5);
-            rig.group({0, 1});
-        }
-        QCoreApplication::processEvents();
-        QCOMPARE(listener.layouts, 5); // those of its first rows, and not of the group
-    }
-
     void namesGoBackToTheCore()
     {
         VEK::SxCore core(0);
@@ -456,7 +329,7 @@ private slots:
         VEK::SignalItem bus;
         bus.signalList = {VEK::SignalItem(), VEK::SignalItem()};
         core.dataSignalList = lite.dataSignalList = {bus, VEK::SignalItem()};
-        Rig rig;
+        TreeRig rig;
         QMap<int, SignalElement*> elements = rig.model.signalElements();
         QVERIFY(!VEK::writeSignalItemFromSignalElements(&core, elements));
         QVERIFY(core.dataSignals().at(0).name.isEmpty());
