@@ -58,6 +58,7 @@ private Q_SLOTS:
     {
         Rig rig;
         rig.model.addRawSignal(signal(1, "t/b[0]", "01"));
+        rig.model.updateItems();
         BusSamples const& samples = rig.bus()->samples();
         QStringList values;
         for (int i = 0; i < samples.length(); ++i)
