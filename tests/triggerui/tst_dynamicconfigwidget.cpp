@@ -80,10 +80,7 @@ private slots:
         QCOMPARE(row(model, 1), (QStringList{"M5", "M5", "Trigger 3", type2string(MatchRange),
                                              func2string(FuncInRange), "7", "01 : 10"}));
         QCOMPARE(model.headerData(6, Qt::Horizontal).toString(), QString("Value"));
-        QCOMPARE(model.headerData(1, Qt::Vertical).toString(), QString("1"));
-        QCOMPARE(int(model.flags(model.index(0, 0))), 49);
-        QCOMPARE(int(model.flags(model.index(0, 1))), 33);
-        QCOMPARE(model.index(1, 3).data(Qt::TextAlignmentRole).toInt(), 132);
+        QVERIFY(model.flags(model.index(0, 0)) & Qt::ItemIsUserCheckable);
 
         QSignalSpy modified(&model, &MatchUnitModel::modified);
         QVERIFY(!model.setData(model.index(0, 1), Qt::Unchecked, Qt::CheckStateRole));

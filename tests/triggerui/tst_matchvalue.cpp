@@ -77,6 +77,7 @@ private slots:
     void patterns()
     {
         QCOMPARE(valuePattern(2, FuncEqual, MatchRangeEdges), QString("[01XRFBN]*"));
+        QCOMPARE(valuePattern(2, FuncNotEqual, MatchExtendedEdges), QString("[01XRFBN]*"));
         QCOMPARE(valuePattern(2, FuncEqual, 7), QString("[01X]*"));
         QCOMPARE(valuePattern(2, FuncNotInRange, MatchRangeEdges), QString("[01]*"));
     }

@@ -147,13 +147,12 @@ private Q_SLOTS:
         QCOMPARE(value->geometry(), QRect(200, 0, 97, 20));
 
         rig.tree()->setColumnWidth(0, 500);
-        QCOMPARE(name->size(), QSize(497, 20));
-        QCOMPARE(value->pos(), QPoint(499, 0));
+        QCOMPARE(name->width(), 497);
+        QCOMPARE(value->x(), 499);
         MonitorRig::settle();
         rig.tree()->horizontalScrollBar()->setValue(70);
-        QCOMPARE(header->offset(), 70);
-        QCOMPARE(name->pos(), QPoint(-70, 0));
-        QCOMPARE(value->pos(), QPoint(429, 0));
+        QCOMPARE(name->x(), -70);
+        QCOMPARE(value->x(), 429);
         rig.widget->slots_sectionResized(2, 0, 10);
 
         QDomDocument document;
