@@ -47,6 +47,14 @@ inline void doubleClick(QAbstractItemView* view, QModelIndex const& index)
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, at);
 }
 
+/// Presses and moves in one step; the button stays down.
+inline void drag(QWidget* viewport, Qt::MouseButton button, QPoint const& from, QPoint const& to)
+{
+    QTest::mousePress(viewport, button, {}, from);
+    QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, button, {});
+    QApplication::sendEvent(viewport, &move);
+}
+
 inline void wheel(QWidget* viewport, QPoint const& angle, Qt::KeyboardModifiers modifiers = {})
 {
     QWheelEvent event(QPointF(100, 20), viewport->mapToGlobal(QPoint(100, 20)), {}, angle,

@@ -427,25 +427,18 @@ private slots:
 
     void wideBusIsExact()
     {
-        std::tuple<int, QString, QString> const cases[] = {
-            {128, "340282366920938463463374607431768211454", QString(127, '1') + "0"},
-            // 2^64 + 1
-            {600, QString(161, '0') + "18446744073709551617",
-             QString(535, '0') + "1" + QString(63, '0') + "1"},
-        };
-        for (auto const& [width, typed, bits] : cases) {
-            Core core;
-            core.getTrigger(2)->signalList = {makeBus("wide", width)};
-            Dialog dialog(core.unit);
-            dialog.press("DEC");
-            QCOMPARE(dialog.row(0)->displayText().size(), typed.size());
-            dialog.type(dialog.row(0), typed);
-            for (char const* radix : {"HEX", "OCT", "BIN", "DEC"})
-                dialog.press(radix);
-            QCOMPARE(dialog.row(0)->displayText(), typed);
-            dialog.press("OK");
-            QCOMPARE(core.unit->value0, bits);
-        }
+        Core core;
+        core.getTrigger(2)->signalList = {makeBus("wide", 600)};
+        Dialog dialog(core.unit);
+        dialog.press("DEC");
+        QString const typed = QString(161, '0') + "18446744073709551617"; // 2^64 + 1
+        QCOMPARE(dialog.row(0)->displayText().size(), typed.size());
+        dialog.type(dialog.row(0), typed);
+        for (char const* radix : {"HEX", "OCT", "BIN", "DEC"})
+            dialog.press(radix);
+        QCOMPARE(dialog.row(0)->displayText(), typed);
+        dialog.press("OK");
+        QCOMPARE(core.unit->value0, QString(535, '0') + "1" + QString(63, '0') + "1");
     }
 
     /// In processor time, since tests run side by side.

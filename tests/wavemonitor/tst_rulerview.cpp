@@ -62,9 +62,7 @@ QPoint flagAt(RulerView const& ruler, int time)
 void drag(RulerView& ruler, QPoint const& from, QPoint const& to)
 {
     QWidget* viewport = ruler.viewport();
-    QTest::mousePress(viewport, Qt::LeftButton, {}, from);
-    QMouseEvent move(QEvent::MouseMove, to, Qt::LeftButton, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &move);
+    widgettools::drag(viewport, Qt::LeftButton, from, to);
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
 }
 

@@ -273,40 +273,32 @@ private Q_SLOTS:
         }
     }
 
-    void busAsLines_data()
-    {
-        QTest::addColumn<int>("format");
-        QTest::addColumn<int>("bits");
-        QTest::addColumn<int>("run");
-        QTest::newRow("random hex") << int(DataFormat::Hexadecimal) << 16 << 2;
-        QTest::newRow("slow hex") << int(DataFormat::Hexadecimal) << 5 << 50;
-        QTest::newRow("binary") << int(DataFormat::Binary) << 8 << 500;
-        QTest::newRow("ASCII") << int(DataFormat::Ascii) << 32 << 400;
-        QTest::newRow("long runs") << int(DataFormat::SignedDecimal) << 3 << 9000;
-        QTest::newRow("one bit") << int(DataFormat::Octal) << 1 << 7;
-        for (int format = DataFormat::UnsignedBarChart; format <= DataFormat::SignedLineChart;
-             ++format) {
-            for (int bits : {1, 2, 16, 40})
-                QTest::addRow("chart %d, %d bits", format, bits) << format << bits << 5;
-        }
-    }
-
     void busAsLines()
     {
-        QFETCH(int, format);
-        QFETCH(int, bits);
-        QFETCH(int, run);
-        QRandomGenerator random(quint32(run) + 7);
-        QList<QBitArray> members;
-        for (int i = 0; i < bits; ++i)
-            members.append(randomSignal(random, 3001, run));
-        Samples const samples = samplesOf(members);
-        DataFormatter const formatter{DataFormat::Type(format)};
-        BusWaveItem item(&formatter);
-        item.setWaveData(samples);
-        compareAll(item, [&](QPainter* painter, QRectF const& exposed) {
-            paintBus(painter, exposed, samples, formatter);
-        });
+        QList<std::tuple<DataFormat::Type, int, int>> cases{
+            // format, bits, average length of a run
+            {DataFormat::Hexadecimal, 16, 2},     {DataFormat::Hexadecimal, 5, 50},
+            {DataFormat::Binary, 8, 500},         {DataFormat::Ascii, 32, 400},
+            {DataFormat::SignedDecimal, 3, 9000}, {DataFormat::Octal, 1, 7},
+        };
+        for (DataFormat::Type const chart :
+             {DataFormat::UnsignedBarChart, DataFormat::UnsignedLineChart,
+              DataFormat::SignedBarChart, DataFormat::SignedLineChart})
+            for (int const bits : {1, 2, 16, 40})
+                cases.append({chart, bits, 5});
+        for (auto const& [format, bits, run] : qAsConst(cases)) {
+            QRandomGenerator random(quint32(run) + 7);
+            QList<QBitArray> members;
+            for (int i = 0; i < bits; ++i)
+                members.append(randomSignal(random, 3001, run));
+            Samples const samples = samplesOf(members);
+            DataFormatter const formatter{format};
+            BusWaveItem item(&formatter);
+            item.setWaveData(samples);
+            compareAll(item, [&](QPainter* painter, QRectF const& exposed) {
+                paintBus(painter, exposed, samples, formatter);
+            });
+        }
     }
 
     void textFarBehind() // the same picture as at the begin of a capture

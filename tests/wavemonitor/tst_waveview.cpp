@@ -13,7 +13,7 @@
 #include <limits>
 
 using namespace WaveMonitor;
-using widgettools::wheel;
+using namespace widgettools;
 
 namespace {
 
@@ -106,13 +106,6 @@ struct Panes
     RulerView ruler;
     WaveView wave;
 };
-
-void drag(WaveView& view, Qt::MouseButton button, QPoint const& from, QPoint const& to)
-{
-    QTest::mousePress(view.viewport(), button, {}, from);
-    QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, button, {});
-    QApplication::sendEvent(view.viewport(), &move);
-}
 
 QColor pixel(WaveView& view, int x, int y = 100)
 {
@@ -263,7 +256,7 @@ private Q_SLOTS:
         QCOMPARE(panes.ruler.cursorItem()->time(), 3);
         QCOMPARE(panes.source.highlighted, panes.source.items.at(1));
         QCOMPARE(moved.count(), 1);
-        drag(panes.wave, Qt::LeftButton, QPoint(200, 40), QPoint(209, 40));
+        drag(panes.wave.viewport(), Qt::LeftButton, QPoint(200, 40), QPoint(209, 40));
         QTest::mouseRelease(panes.wave.viewport(), Qt::LeftButton, {}, QPoint(209, 40));
         QCoreApplication::processEvents();
         QCOMPARE(panes.ruler.cursorItem()->time(), 4);
@@ -289,7 +282,7 @@ private Q_SLOTS:
             int const left = qMin(from, to);
             int const right = qMin(qMax(from, to), 799);
             double const begin = panes.wave.mapToScene(left, 0).x();
-            drag(panes.wave, Qt::LeftButton, QPoint(from, 40), QPoint(to, 60));
+            drag(panes.wave.viewport(), Qt::LeftButton, QPoint(from, 40), QPoint(to, 60));
             QColor const shade = pixel(panes.wave, left - 2);
             QVERIFY(shade.blue() > 20 && shade.red() == 0);
             // the line, and the shade over it
@@ -314,7 +307,7 @@ private Q_SLOTS:
         Panes panes;
         panes.wave.horizontalScrollBar()->setValue(500);
         panes.wave.verticalScrollBar()->setValue(100);
-        drag(panes.wave, Qt::MiddleButton, QPoint(200, 100), QPoint(230, 60));
+        drag(panes.wave.viewport(), Qt::MiddleButton, QPoint(200, 100), QPoint(230, 60));
         QCOMPARE(panes.wave.horizontalScrollBar()->value(), 470);
         QCOMPARE(panes.wave.verticalScrollBar()->value(), 140);
         QCOMPARE(panes.wave.cursor().shape(), Qt::OpenHandCursor);
@@ -449,7 +442,7 @@ private Q_SLOTS:
         wave->zoomIn();
         Participant().post(LayoutChanged);
         QTimer::singleShot(0, this, [&wave] { wave.reset(); });
-        widgettools::rightClick(wave->viewport(), QPoint(10, 10));
+        rightClick(wave->viewport(), QPoint(10, 10));
         QVERIFY(!wave);
         QCOMPARE(item->scene(), nullptr);
         QCoreApplication::processEvents();
