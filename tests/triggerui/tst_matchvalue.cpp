@@ -45,7 +45,8 @@ private slots:
     /// Every power of two, less one, in all radices: the digit count fits and nothing is lost.
     void widthsComeBack()
     {
-        for (int width : {1, 2, 3, 4, 5, 7, 8, 9, 10, 31, 32, 33, 53, 54, 63, 64, 65, 128, 600}) {
+        for (int width :
+             {1, 2, 3, 4, 5, 7, 8, 9, 10, 31, 32, 33, 53, 54, 63, 64, 65, 128, 600, 4096}) {
             QString const ones(width, '1');
             QString const top = BitWidthAdjust("1", width).replace(0, 1, "1");
             for (int radix : {2, 8, 10, 16}) {
