@@ -1,5 +1,7 @@
 #include "programmer/deviceconfigurationdlg.h"
 
+#include "triggerui/named.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
@@ -37,17 +39,6 @@ private:
     QGroupBox* makeProgramming(QDialog* dialog);
     QGroupBox* makeFlash(QDialog* dialog);
 };
-
-namespace {
-
-template <typename Widget>
-Widget* named(Widget* widget, char const* name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
-
-} // namespace
 
 void Ui_DeviceConfigurationDlg::setupUi(QDialog* dialog)
 {

@@ -1,6 +1,7 @@
 #include "programmer/ui_vekprogrammerwidget.h"
 
 #include "programmer/vekprogrammermodel.h"
+#include "triggerui/named.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,13 +18,6 @@ namespace VEK {
 namespace {
 
 constexpr int MostLines = 10000; // of the output pane
-
-template <typename Widget>
-Widget* named(Widget* widget, char const* name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 } // namespace
 

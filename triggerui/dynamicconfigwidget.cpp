@@ -4,6 +4,7 @@
 #include "triggerui/matchunitdialog.h"
 #include "triggerui/matchunitmodel.h"
 #include "triggerui/muexpressiondialog.h"
+#include "triggerui/named.h"
 
 #include <QComboBox>
 #include <QFormLayout>
@@ -49,13 +50,6 @@ namespace {
 constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
 constexpr int CellMargins = 12;
 constexpr int ValueColumnWidth = 300;
-
-template <typename Widget>
-Widget* named(Widget* widget, char const* name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 QComboBox* makeBox(QWidget* parent, char const* name)
 {

@@ -1,5 +1,7 @@
 #include "triggerui/matchunitform.h"
 
+#include "triggerui/named.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
@@ -19,13 +21,6 @@ namespace VEK {
 namespace {
 
 constexpr int MostCounterWidth = 4096; ///< A register is not wider.
-
-template <typename Widget>
-Widget* named(Widget* widget, char const* name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 QRadioButton* makeRadix(QWidget* parent, char const* name, QString const& caption)
 {

@@ -1,5 +1,7 @@
 #include "triggerui/realdialog.h"
 
+#include "triggerui/named.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -41,13 +43,6 @@ constexpr int MostBinaryPoint = 80;
 
 /// The items of the combo box, and the kinds of number.
 enum Kind : int { Fixed = 0, Floating = 1 };
-
-template <typename Widget>
-Widget* named(Widget* widget, char const* name)
-{
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
 
 QLineEdit* makeWidthLine(QWidget* parent, char const* name)
 {

@@ -1,6 +1,6 @@
 #include "programmer/fsfile.h"
+#include "programmerdesk.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -26,6 +26,9 @@ QByteArray const Catalogue = R"({
         {"SERIES": "one", "DEVICES": ["TK-101", "unheard of", "TK-103", "TK-102"]},
         {"SERIES": "five", "DEVICES": ["TK-502"]}]})";
 
+QString const Device = "Warn: %1 and current series or device do not match.";
+QString const Configuration = "Warn: %1 and vek file do not match.";
+
 } // namespace
 
 class DeviceCatalogueTest : public QObject
@@ -33,23 +36,15 @@ class DeviceCatalogueTest : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder;
+    ProgrammerDesk m_desk;
 
-    QString write(QString const& name, QByteArray const& content)
-    {
-        QFile file(m_folder.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("can't write a file");
-        return file.fileName();
-    }
     void use(QByteArray const& catalogue)
     {
-        DeviceConfigurations::setFile(write("programmer.json", catalogue));
+        DeviceConfigurations::setFile(m_desk.write("programmer.json", catalogue));
     }
 
 private slots:
     void init() { use(Catalogue); }
-    void cleanupTestCase() { DeviceConfigurations::setFile(QString()); }
 
     void lookUps()
     {
@@ -84,28 +79,21 @@ private slots:
         QVERIFY(!row.isValid());
     }
 
-    void malformed_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("cut") << Catalogue.left(300);
-        QTest::newRow("list") << QByteArray("[1, 2]");
-        QTest::newRow("wrong types")
-            << QByteArray(R"({"ALL_MODES": {"MODE": 1}, "DEVICE_CONFIG": 7, "ALL_SERIES": "x"})");
-        QTest::newRow("deep") << QByteArray(100000, '[');
-        QTest::newRow("binary") << QByteArray("\0\xff\xfe{", 4);
-    }
-
     void malformed()
     {
-        QFETCH(QByteArray, text);
-        use(text);
-        DeviceConfigurations const* const all = DeviceConfigurations::instance();
-        QVERIFY(all->devices.isEmpty() && all->seriesList.isEmpty());
-        QCOMPARE(all->unKnownDevice() + all->unKnownFamily() + all->unKnownDeviceN(), QString());
-        DeviceItem row;
-        row.setDevice("TK-101");
-        QCOMPARE(row.device, QString());
+        for (QByteArray const& text :
+             {QByteArray(), Catalogue.left(300), QByteArray("[1, 2]"), QByteArray(100000, '['),
+              QByteArray("\0\xff\xfe{", 4),
+              QByteArray(R"({"ALL_MODES": {"MODE": 1}, "DEVICE_CONFIG": 7})")}) {
+            use(text);
+            DeviceConfigurations const* const all = DeviceConfigurations::instance();
+            QVERIFY(all->devices.isEmpty() && all->seriesList.isEmpty());
+            QCOMPARE(all->unKnownDevice() + all->unKnownFamily() + all->unKnownDeviceN(),
+                     QString());
+            DeviceItem row;
+            row.setDevice("TK-101");
+            QCOMPARE(row.device, QString());
+        }
     }
 
     void entriesOfWrongTypes()
@@ -114,82 +102,56 @@ private slots:
                 "DEVICE_CONFIG": [null, {"DEVICE": "d", "ACCESS_MODES": [4, {}]}],
                 "ALL_SERIES": [{"SERIES": "s", "DEVICES": [{}, "d"]}]})");
         QCOMPARE(DeviceConfigurations::instance()->series("s")->devices().last(), QString("d"));
-        QVERIFY(DeviceConfigurations::instance()
-                    ->deviceModes("d")
-                    ->accessModesWithProgramming()
-                    .isEmpty());
-    }
-
-    void fsHeader_data()
-    {
-        QTest::addColumn<QString>("device");
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<bool>("fits");
-        QTest::addColumn<QString>("codes"); // checksum, user code, ID code
-        QTest::addColumn<QString>("warning");
-        QString const none;
-        QString const device = "Warn: %1 and current series or device do not match.";
-        QString const vek = "Warn: %1 and vek file do not match.";
-        QTest::newRow("package with a dash")
-            << "TK-101" << QByteArray("//CheckSum: 0x1F\n//Device-package: TK-101-Q48-9\n") << false
-            << ",,00000000" << device;
-        QTest::newRow("fits") << "TK-101"
-                              << QByteArray("//CheckSum: 0x1F \n//UserCode: AB\n//Device-package: "
-                                            "TK-101-Q48\n//VEKCRC: 77\nx")
-                              << true << "0x1F,AB,0A" << none;
-        QTest::newRow("user code from checksum")
-            << "TK-101" << QByteArray("//CheckSum: 1F\r\n//UserCode:  \r\n") << true
-            << "1F,1F,00000000" << none;
-        QTest::newRow("user code first") << "TK-101" << QByteArray("//UserCode:\n//CheckSum: 1F\n")
-                                         << true << "1F,,00000000" << none;
-        QTest::newRow("no header")
-            << "TK-101" << QByteArray("1010\n//CheckSum: 1F\n") << true << ",,00000000" << none;
-        QTest::newRow("no package")
-            << "TK-101" << QByteArray("//Device-package: TK101\n//CheckSum: 2\n") << true
-            << "2,,00000000" << none;
-        QTest::newRow("other device")
-            << "TK-103" << QByteArray("//CheckSum: 1\n//Device-package: TK-101-Q\n") << false
-            << ",,00000000" << device;
-        QTest::newRow("unknown device") << "TK-101" << QByteArray("//Device-package: TK-999-Q\n")
-                                        << false << ",,00000000" << device;
-        QTest::newRow("501 is 502")
-            << "TK-502" << QByteArray("//Device-package: TK-501-Q\n") << true << ",,5C" << none;
-        QTest::newRow("501 takes its own")
-            << "TK-501" << QByteArray("//Device-package: TK-501-Q\n") << true << ",,5C" << none;
-        QTest::newRow("other configuration")
-            << "TK-101" << QByteArray("//CheckSum: 1\n//VEKCRC: 78\n") << true << ",,00000000"
-            << vek;
-        QTest::newRow("no configuration named")
-            << "TK-101" << QByteArray("//VEKCRC:\n//CheckSum: 1\n") << true << "1,,00000000"
-            << none;
-        QTest::newRow("NUL ends a line")
-            << "TK-101" << QByteArray("//CheckSum: 1\0002\n//UserCode: 5\n", 31) << true
-            << "1,5,00000000" << none;
-        QTest::newRow("long line") << "TK-101"
-                                   << "//" + QByteArray(3000000, 'x') + "\n//CheckSum: 9\n"
-                                   << true << "9,,00000000" << none;
-        QTest::newRow("endless header")
-            << "TK-101" << QByteArray("//\n").repeated(2000000) << true << ",,00000000" << none;
-        QTest::newRow("binary") << "TK-101" << QByteArray("//\xff\xfe\0:\n//CheckSum", 17) << true
-                                << ",,00000000" << none;
+        DeviceModes const* const d = DeviceConfigurations::instance()->deviceModes("d");
+        QVERIFY(d->accessModesWithProgramming().isEmpty());
     }
 
     void fsHeader()
     {
-        QFETCH(QString, device);
-        QFETCH(QByteArray, text);
-        QFETCH(QString, codes);
-        QFETCH(QString, warning);
-        QString const path = write("a.fs", text);
-        DeviceItem row;
-        row.setDevice(device == "TK-501" ? "TK-502" : device);
-        row.device = device;
-        row.checksum = row.userCode = "old";
-        QString said;
-        QTEST(readFsHeader(path, "77", row, said), "fits");
-        QCOMPARE(said, warning.isEmpty() ? QString() : warning.arg(path));
-        QCOMPARE((QStringList{row.checksum, row.userCode, row.idCode}.join(',')), codes);
-        QCOMPARE(row.fsFile, warning.isEmpty() ? path : QString());
+        struct
+        {
+            QString device;
+            QByteArray text;
+            bool fits;
+            QString codes; // checksum, user code, ID code
+            QString warning;
+        } const cases[] = {
+            {"TK-101",
+             "//CheckSum: 0x1F \n//UserCode: AB\n//Device-package: TK-101-Q48\n//VEKCRC: 77\nx",
+             true, "0x1F,AB,0A", ""},
+            // the user code may be that of a checksum before it
+            {"TK-101", "//CheckSum: 1F\r\n//UserCode:  \r\n", true, "1F,1F,00000000", ""},
+            {"TK-101", "//UserCode:\n//CheckSum: 1F\n", true, "1F,,00000000", ""},
+            {"TK-101", "1010\n//CheckSum: 1F\n", true, ",,00000000", ""}, // no header
+            // no package, one of many parts, and those of other devices
+            {"TK-101", "//Device-package: TK101\n//CheckSum: 2\n", true, "2,,00000000", ""},
+            {"TK-101", "//CheckSum: 1\n//Device-package: TK-101-Q48-9\n", false, ",,00000000",
+             Device},
+            {"TK-103", "//CheckSum: 1\n//Device-package: TK-101-Q\n", false, ",,00000000", Device},
+            {"TK-101", "//Device-package: TK-999-Q\n", false, ",,00000000", Device},
+            {"TK-502", "//Device-package: TK-501-Q\n", true, ",,5C", ""}, // 501 is 502
+            {"TK-501", "//Device-package: TK-501-Q\n", true, ",,5C", ""},
+            {"TK-101", "//CheckSum: 1\n//VEKCRC: 78\n", true, ",,00000000", Configuration},
+            {"TK-101", "//VEKCRC:\n//CheckSum: 1\n", true, "1,,00000000", ""},
+            {"TK-101", QByteArray("//CheckSum: 1\0002\n//UserCode: 5\n", 31), true, "1,5,00000000",
+             ""},
+            {"TK-101", "//" + QByteArray(3000000, 'x') + "\n//CheckSum: 9\n", true, "9,,00000000",
+             ""},
+            {"TK-101", QByteArray("//\n").repeated(2000000), true, ",,00000000", ""},
+            {"TK-101", QByteArray("//\xff\xfe\0:\n//CheckSum", 17), true, ",,00000000", ""},
+        };
+        for (auto const& [device, text, fits, codes, warning] : cases) {
+            QString const path = m_desk.write("a.fs", text);
+            DeviceItem row;
+            row.setDevice(device == "TK-501" ? "TK-502" : device);
+            row.device = device;
+            row.checksum = row.userCode = "old";
+            QString said;
+            QCOMPARE(readFsHeader(path, "77", row, said), fits);
+            QCOMPARE(said, warning.isEmpty() ? QString() : warning.arg(path));
+            QCOMPARE((QStringList{row.checksum, row.userCode, row.idCode}.join(',')), codes);
+            QCOMPARE(row.fsFile, warning.isEmpty() ? path : QString());
+        }
     }
 
     void noFsFile()
@@ -198,9 +160,9 @@ private slots:
         row.fsFile = "old";
         QString said;
         QVERIFY(readFsHeader("", "", row, said));
-        QString const pipe = m_folder.filePath("pipe");
+        QString const pipe = m_desk.path("pipe");
         QCOMPARE(mkfifo(pipe.toUtf8(), 0600), 0);
-        for (QString const& path : {m_folder.filePath("missing"), m_folder.path(), pipe}) {
+        for (QString const& path : {m_desk.path("missing"), m_desk.path(""), pipe}) {
             QVERIFY(!readFsHeader(path, "", row, said));
             QCOMPARE(said, QString("Warn: %1 Invalid.").arg(path));
         }

@@ -3,14 +3,12 @@
 
 #include "jtag/alert.h"
 #include "jtag/jtagsession.h"
+#include "tests/support/widgettools.h"
 
 #include <QAbstractItemModelTester>
-#include <QApplication>
 #include <QFile>
 #include <QListWidget>
 #include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
 
 using namespace VEK;
 
@@ -19,9 +17,7 @@ namespace {
 /// A model with a record of what it said.
 struct Watched
 {
-    explicit Watched(QAbstractItemModelTester::FailureReportingMode mode =
-                         QAbstractItemModelTester::FailureReportingMode::QtTest)
-        : tester(&model, mode)
+    Watched() : tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest)
     {
         QObject::connect(&model, &VekProgrammerModel::statusChanged,
                          [this](ProgrammerStatus status, QStringList const& messages) {
@@ -35,6 +31,14 @@ struct Watched
         QObject::connect(&model, &VekProgrammerModel::programPrint,
                          [this](QString const& text) { said << text; });
     }
+    /// Waits for the end of the run and gives what was said since the last time.
+    QStringList sayings()
+    {
+        auto const ended = [this] { return said.endsWith("target") || said.endsWith("init"); };
+        if (!QTest::qWaitFor(ended, 30000))
+            said << "no end";
+        return std::exchange(said, {});
+    }
     QString text(int row, int column) { return model.index(row, column).data().toString(); }
 
     VekProgrammerModel model;
@@ -44,31 +48,20 @@ struct Watched
 
 QStringList alerts;
 
-/// Answers the chooser of ambiguous ID codes while it stands: a double click on the entry of that
-/// name, or Escape for none.
-struct Chooser
+/// Answers the chooser of ambiguous ID codes: a double click on the entry of that name, or Escape
+/// for none.
+void choose(QString const& name)
 {
-    explicit Chooser(QString const& name)
-    {
-        QObject::connect(&timer, &QTimer::timeout, [name] {
-            QWidget* const dialog = QApplication::activeModalWidget();
-            if (!dialog)
-                return;
-            QCOMPARE(dialog->windowTitle(), QString("Device Chooser"));
-            auto* const list = dialog->findChild<QListWidget*>();
-            for (auto* const item : list->findItems(name, Qt::MatchExactly)) {
-                QPoint const at = list->visualItemRect(item).center();
-                QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-                QTest::mouseDClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-                return;
-            }
+    widgettools::inDialog([name](QWidget* dialog) {
+        QCOMPARE(dialog->windowTitle(), QString("Device Chooser"));
+        auto* const list = dialog->findChild<QListWidget*>();
+        QList<QListWidgetItem*> const found = list->findItems(name, Qt::MatchExactly);
+        if (found.isEmpty())
             QTest::keyClick(dialog, Qt::Key_Escape);
-        });
-        timer.start(10);
-    }
-
-    QTimer timer;
-};
+        else
+            widgettools::doubleClick(list, list->model()->index(list->row(found.first()), 0));
+    });
+}
 
 } // namespace
 
@@ -97,8 +90,7 @@ private slots:
         Watched w;
         w.model.scanCablesInit();
         w.model.scanCables(); // refused: one run at a time
-        QTRY_VERIFY(w.said.contains("init"));
-        QCOMPARE(w.said,
+        QCOMPARE(w.sayings(),
                  (QStringList{"no start", "no target", "no target", "start", "target", "init"}));
         QCOMPARE(m_desk->log(), (QStringList{"--scan-cables", "--scan-cables L"}));
         QList<QStringList> const expected{{"1", "Kavro USB Cable(FT2CH)", "7", "A1"},
@@ -106,161 +98,127 @@ private slots:
         QCOMPARE(w.model.cables(), expected);
 
         m_desk->lay("'exit_code': 1, 'output': 'Cable found: FT2CH/a/1/x/'");
-        w.said.clear();
         w.model.scanCables();
         QVERIFY(w.model.cables().isEmpty());
-        QTRY_COMPARE(w.said.value(4), QString("target"));
+        QCOMPARE(w.sayings().value(4), QString("target"));
         QVERIFY(w.model.cables().isEmpty());
 
         // both scans see it
         m_desk->lay("'output': 'Cable found: USB Debugger/a/1/x (y)'");
-        w.said.clear();
         w.model.scanCables();
-        QTRY_VERIFY(w.said.contains("target"));
+        w.sayings();
         QCOMPARE(w.model.cables().count({"1", "a", "1", "x"}), 1);
     }
 
     void deviceScan()
     {
         Watched w;
-        {
-            Chooser const chooser("TK-107B");
-            w.model.scanDevices(1, 7);
-            QTRY_VERIFY(w.said.contains("target"));
-        }
+        choose("TK-107B");
+        w.model.scanDevices(1, 7);
+        QCOMPARE(w.sayings(),
+                 (QStringList{"no target", "3:Scanning!|2 device(s) found!", "target"}));
         QCOMPARE(m_desk->log(), QStringList{"--cable-index 1 --location 7 --scan"});
-        QCOMPARE(w.said, (QStringList{"no target", "3:Scanning!|2 device(s) found!", "target"}));
         QCOMPARE(w.model.rowCount(), 2);
         QCOMPARE(w.text(0, 1) + w.text(0, 2) + w.text(0, 4) + w.text(0, 8) + w.text(0, 9),
                  QString("TK-100TK-104Load100680018"));
         QCOMPARE(w.text(1, 2) + w.text(1, 3), QString("TK-107B"));
 
-        w.said.clear();
-        {
-            Chooser const chooser("none of them");
-            w.model.scanDevices(1, 7);
-            QTRY_VERIFY(w.said.contains("target"));
-        }
+        choose("none of them");
+        w.model.scanDevices(1, 7);
+        w.sayings();
         QCOMPARE(w.model.devices().at(1)->device, QString("TK-107")); // as the scan said
 
         m_desk->lay("'exit_code': 3");
-        w.said.clear();
         w.model.scanDevices(1, 0);
         QCOMPARE(w.model.rowCount(), 0);
-        QTRY_COMPARE(
-            w.said,
+        QCOMPARE(
+            w.sayings(),
             (QStringList{"no target", "1:Error: Scan Device Failed, No device found!", "target"}));
         QCOMPARE(m_desk->log().last(), QString("--cable-index 1 --scan"));
     }
 
-    void scanReport_data()
-    {
-        QTest::addColumn<QString>("report");
-        QTest::addColumn<QString>("row");
-        QTest::newRow("cut block") << "Device Info:\nFamily: TK-500"
-                                   << "TK-500,TK-101,00000000,0";
-        QTest::newRow("unknown") << "Device Info:\nFamily: x\nName: y\nID: 0x1"
-                                 << "TK-100,TK-101,1,0";
-        QTest::newRow("by ID alone") << "Device Info:\nFamily: x\nName: y\nID: 0x10068001 z"
-                                     << "TK-100,TK-101,10068001 z,0";
-        QTest::newRow("by its ID") << "Device Info:\n-\n-\nID:  0x10068001"
-                                   << "TK-100,TK-104,10068001,1";
-        QTest::newRow("no prefix") << "Device Info:\nFamily: TK-100\nName: TK-103\nID: 10068001"
-                                   << "TK-100,TK-103,,1";
-    }
-
     void scanReport()
     {
-        QFETCH(QString, report);
-        m_desk->layAll("{'device': 'x', 'programmer': {'output': '" +
-                       report.replace("\n", "\\n").toUtf8() + "'}}");
-        Watched w;
-        w.model.scanDevices(0, 0);
-        QTRY_VERIFY(w.said.contains("target"));
-        QCOMPARE(w.model.rowCount(), 1);
-        DeviceItem const* const row = w.model.devices().first();
-        QString const shown =
-            QStringList{row->series, row->device, row->idCode, QString::number(row->known)}.join(
-                ',');
-        QTEST(shown, "row");
-    }
-
-    void download_data()
-    {
-        QTest::addColumn<int>("cable");
-        QTest::addColumn<int>("location");
-        QTest::addColumn<QString>("frequency");
-        QTest::addColumn<int>("rows");
-        QTest::addColumn<bool>("remote");
-        QTest::addColumn<QString>("tail");
-        QTest::newRow("plain") << 0 << 0 << "" << 1 << false << "0";
-        QTest::newRow("FT2CH") << 1 << 7 << "2MHz" << 1 << false
-                               << "1 --location 7 --frequency 2MHz";
-        QTest::newRow("WINUSB") << 2 << 3 << "10MHz" << 1 << false
-                                << "5 --location 3 --frequency 10MHz";
-        QTest::newRow("no frequency") << 1 << -1 << "" << 1 << false << "1";
-        QTest::newRow("LPT has none") << 3 << 1 << "2MHz" << 1 << false << "2 --location 1";
-        QTest::newRow("chain") << 1 << 0 << "" << 3 << false
-                               << "1 --chain_size 3 --chain_index 0 --chain_ir 8,8,8";
-        QTest::newRow("remote")
-            << 1 << 7 << "" << 2 << true
-            << "1 --nlc there:36547 --location 7 --chain_size 2 --chain_index 0 --chain_ir 8,8";
-        QTest::newRow("another number") << 9 << 0 << "2MHz" << 1 << false << "9";
+        std::pair<QByteArray, QString> const cases[] = {
+            {"Family: TK-500", "TK-500,TK-101,00000000,0"}, // cut
+            {"Family: x\\nName: y\\nID: 0x1", "TK-100,TK-101,1,0"},
+            {"Family: x\\nName: y\\nID: 0x10068001 z", "TK-100,TK-101,10068001 z,0"},
+            {"-\\n-\\nID:  0x10068001", "TK-100,TK-104,10068001,1"},
+            {"Family: TK-100\\nName: TK-103\\nID: 10068001", "TK-100,TK-103,,1"}, // no prefix
+        };
+        for (auto const& [report, shown] : cases) {
+            m_desk->layAll("{'device': 'x', 'programmer': {'output': 'Device Info:\\n" + report +
+                           "'}}");
+            Watched w;
+            w.model.scanDevices(0, 0);
+            w.sayings();
+            QCOMPARE(w.model.rowCount(), 1);
+            DeviceItem const* const row = w.model.devices().first();
+            QCOMPARE(row->series + ',' + row->device + ',' + row->idCode + ',' +
+                         QString::number(row->known),
+                     shown);
+        }
     }
 
     void download()
     {
-        QFETCH(int, cable);
-        QFETCH(int, rows);
-        QFETCH(bool, remote);
-        QFETCH(QString, tail);
+        struct
+        {
+            int cable;
+            int location;
+            QString frequency;
+            int rows;
+            bool remote;
+            QString tail;
+        } const cases[] = {
+            {0, 0, "", 1, false, "0"},
+            {1, 7, "2MHz", 1, false, "1 --location 7 --frequency 2MHz"},
+            {2, 3, "10MHz", 1, false, "5 --location 3 --frequency 10MHz"},
+            {1, -1, "", 1, false, "1"},
+            {3, 1, "2MHz", 1, false, "2 --location 1"}, // an LPT cable has no frequency
+            {1, 0, "", 3, false, "1 --chain_size 3 --chain_index 0 --chain_ir 8,8,8"},
+            {1, 7, "", 2, true,
+             "1 --nlc there:36547 --location 7 --chain_size 2 --chain_index 0 --chain_ir 8,8"},
+            {9, 0, "2MHz", 1, false, "9"},
+        };
         m_desk->layAll("{'device': 'x', 'programmer': {'log': 'log'}}");
-        Watched w;
         QString const file = m_desk->writeFs("TK-104-Q48");
-        w.model.initData("TK-100", "TK-104", file);
-        for (int i = 1; i < rows; ++i)
-            w.model.onAddNewDevice();
-        QVERIFY(w.model.setData(w.model.index(0, 0), Qt::Checked, Qt::CheckStateRole));
-        JtagSession::shared()->setKindOfConnection(remote ? 1 : 2);
         JtagSession::shared()->setNlcAddress("there", "36547");
-        QFETCH(int, location);
-        QFETCH(QString, frequency);
-        w.model.programFs(cable, location, frequency);
-        QTRY_VERIFY(w.said.contains("target"));
-        QCOMPARE(m_desk->log(), QStringList{"--device TK-104 --fsFile " + file +
-                                            " --operation_index 2 --cable-index " + tail});
-    }
-
-    void downloadOutcome_data()
-    {
-        QTest::addColumn<QByteArray>("bench");
-        QTest::addColumn<QString>("status");
-        QString const start = "\"%1\"|Operation \"2\" for device \"TK-104\"...|Finished.|";
-        QTest::newRow("fine") << QByteArray() << "4:" + start;
-        QTest::newRow("the word") << QByteArray("'output': '1 error'") << "0:" + start + "1 error|";
-        QTest::newRow("exit code")
-            << QByteArray("'exit_code': 2, 'output': 'x'") << "3:Error: Fs file download failed!";
-        QTest::newRow("crash") << QByteArray("'crash': true") << "0:Error: Call Programmer failed!";
-        QTest::newRow("no end") << QByteArray("'flood': true")
-                                << "0:Error: Call Programmer failed!";
+        for (auto const& row : cases) {
+            Watched w;
+            w.model.initData("TK-100", "TK-104", file);
+            for (int i = 1; i < row.rows; ++i)
+                w.model.onAddNewDevice();
+            QVERIFY(w.model.setData(w.model.index(0, 0), Qt::Checked, Qt::CheckStateRole));
+            JtagSession::shared()->setKindOfConnection(row.remote ? 1 : 2);
+            w.model.programFs(row.cable, row.location, row.frequency);
+            w.sayings();
+            QCOMPARE(m_desk->log().last(), "--device TK-104 --fsFile " + file +
+                                               " --operation_index 2 --cable-index " + row.tail);
+        }
     }
 
     void downloadOutcome()
     {
-        QFETCH(QByteArray, bench);
-        QFETCH(QString, status);
-        m_desk->lay(bench);
-        Watched w;
         QString const file = m_desk->writeFs("TK-104-Q48");
-        w.model.initData("TK-100", "TK-104", file);
-        w.model.devices().first()->enable = 1;
-        w.said.clear();
-        w.model.programFs(1, 7, QString());
-        QTRY_VERIFY_WITH_TIMEOUT(w.said.contains("target"), 30000);
-        QTRY_VERIFY(!w.model.isBusy());
-        QCOMPARE(w.said,
-                 (QStringList{"2:", "no target", status.contains("%1") ? status.arg(file) : status,
-                              "target"}));
+        QString const start = '"' + file + "\"|Operation \"2\" for device \"TK-104\"...|Finished.|";
+        std::pair<QByteArray, QString> const cases[] = {
+            {"", "4:" + start},
+            {"'output': '1 error'", "0:" + start + "1 error|"},
+            {"'exit_code': 2, 'output': 'x'", "3:Error: Fs file download failed!"},
+            {"'crash': true", "0:Error: Call Programmer failed!"},
+            {"'flood': true", "0:Error: Call Programmer failed!"},
+        };
+        for (auto const& [bench, status] : cases) {
+            m_desk->lay(bench);
+            Watched w;
+            w.model.initData("TK-100", "TK-104", file);
+            w.model.devices().first()->enable = 1;
+            w.said.clear();
+            w.model.programFs(1, 7, QString());
+            QCOMPARE(w.sayings(), (QStringList{"2:", "no target", status, "target"}));
+            QTRY_VERIFY(!w.model.isBusy());
+        }
     }
 
     void refusals()
@@ -280,15 +238,13 @@ private slots:
         QVERIFY(m_desk->log().isEmpty());
 
         w.model.setProgrammer(m_desk->path("missing"));
-        w.said.clear();
         w.model.scanCablesInit();
-        QTRY_COMPARE(w.said,
-                     (QStringList{"no start", "no target", "0:Error: Call Programmer failed!",
-                                  "start", "target", "init"}));
-        w.said.clear();
+        QCOMPARE(w.sayings(),
+                 (QStringList{"no start", "no target", "0:Error: Call Programmer failed!", "start",
+                              "target", "init"}));
         w.model.readDeviceCodes();
-        QTRY_COMPARE(w.said,
-                     (QStringList{"no target", "0:Error: Call Programmer failed!", "target"}));
+        QCOMPARE(w.sayings(),
+                 (QStringList{"no target", "0:Error: Call Programmer failed!", "target"}));
     }
 
     void runInAnswerToAFailure()

@@ -2,26 +2,22 @@
 #include "programmer/vekprogrammermodel.h"
 #include "programmer/vekprogrammerwidget.h"
 #include "programmerdesk.h"
+#include "tests/support/widgettools.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPointer>
-#include <QPushButton>
 #include <QRegularExpression>
-#include <QScopedPointer>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
-#include <QTest>
 #include <QTextBlock>
 #include <QTextEdit>
-#include <QTimer>
 
 using namespace VEK;
+using namespace widgettools;
 
 namespace {
 
@@ -76,20 +72,21 @@ struct Panel : VekProgrammerWidget
         return editor();
     }
 
+    /// What the cell's editor offers.
+    QStringList choices(int row, int column)
+    {
+        return items(qobject_cast<QComboBox*>(edit(row, column)));
+    }
+    /// Waits for the end of a run.
+    bool isFree()
+    {
+        return QTest::qWaitFor([this] { return button("downLoad")->isEnabled(); });
+    }
+
     QTableView* const table = findChild<QTableView*>("tableView");
     QTextEdit* const pane = findChild<QTextEdit*>("textEdit");
     QComboBox* const frequency = findChild<QComboBox*>("comboBoxFrequency");
-    QCheckBox* const enableBox = findChild<QCheckBox*>("enableBox");
 };
-
-QStringList entries(QWidget* editor)
-{
-    auto const* const box = qobject_cast<QComboBox*>(editor);
-    QStringList texts;
-    for (int i = 0; box && i < box->count(); ++i)
-        texts << box->itemText(i);
-    return texts;
-}
 
 } // namespace
 
@@ -98,10 +95,10 @@ class VekProgrammerWidgetTest : public QObject
     Q_OBJECT
 
 private:
-    QScopedPointer<ProgrammerDesk> m_desk;
+    std::unique_ptr<ProgrammerDesk> m_desk;
 
 private slots:
-    void init() { m_desk.reset(new ProgrammerDesk); }
+    void init() { m_desk = std::make_unique<ProgrammerDesk>(); }
     void cleanup() { m_desk.reset(); }
 
     void fromSearchToReady()
@@ -113,7 +110,7 @@ private slots:
         QSignalSpy status(&panel, &VekProgrammerWidget::programStatusChanged);
         panel.click("searchDevice");
         QVERIFY(!panel.button("downLoad")->isEnabled() && !panel.button("moveUp")->isEnabled());
-        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QVERIFY(panel.isFree());
         QCOMPARE(panel.output(), (QStringList{"Info: Scanning!", "Info: 2 device(s) found!"}));
         QVERIFY(status.isEmpty()); // idle as before
 
@@ -123,7 +120,7 @@ private slots:
         QCOMPARE(panel.frequency->count(), 13);
         panel.frequency->setCurrentText("2MHz");
         panel.click("downLoad");
-        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QVERIFY(panel.isFree());
         QCOMPARE(m_desk->log().last(), "--device TK-105 --fsFile " + file +
                                            " --operation_index 2 --cable-index 1 --location 7"
                                            " --frequency 2MHz --chain_size 2 --chain_index 1"
@@ -135,13 +132,13 @@ private slots:
 
         m_desk->lay("'output': '<b>error</b> Error: no'");
         panel.click("downLoad");
-        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QVERIFY(panel.isFree());
         QCOMPARE(status.last(), (QVariantList{false, " Please program the device first "}));
         QVERIFY(panel.output().contains("<b>error</b> Error: no"));
 
         m_desk->lay("'exit_code': 1");
         panel.click("searchDevice");
-        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QVERIFY(panel.isFree());
         QCOMPARE(status.last(), (QVariantList{false, " No device detected "}));
     }
 
@@ -160,14 +157,12 @@ private slots:
         Panel panel;
         QSignalSpy enable(&panel, &VekProgrammerWidget::enableChange);
         QSignalSpy status(&panel, &VekProgrammerWidget::programStatusChanged);
-        QTest::mouseClick(panel.enableBox, Qt::LeftButton, Qt::NoModifier,
-                          QPoint(8, panel.enableBox->height() / 2));
+        press(panel, {"Enable Programmer"});
         panel.onStatusChanged(ProgrammerDownloaded, {"one"});
         panel.onStatusChanged(ProgrammerFailed, {"Error: two"});
         QVERIFY(status.isEmpty());
         QCOMPARE(panel.pane->toPlainText(), QString());
-        QTest::mouseClick(panel.enableBox, Qt::LeftButton, Qt::NoModifier,
-                          QPoint(8, panel.enableBox->height() / 2));
+        press(panel, {"Enable Programmer"});
         QCOMPARE(enable.count(), 2);
         QCOMPARE(enable.last().first().toBool(), true);
         QCOMPARE(status.count(), 1);
@@ -183,7 +178,7 @@ private slots:
         panel.click("addDevice");
         QCOMPARE(panel.frequency->currentText(), QString("2MHz"));
         panel.model()->setData(panel.index(1, 1), "TK-300");
-        QCOMPARE(entries(panel.frequency), QStringList{"15MHz"});
+        QCOMPARE(items(panel.frequency), QStringList{"15MHz"});
         panel.table->setCurrentIndex(panel.index(1, 1));
         panel.click("rmDevice");
         QCOMPARE(panel.frequency->count(), 13);
@@ -214,10 +209,10 @@ private slots:
     {
         Panel panel;
         panel.initData("TK-100", "TK-107", QString());
-        QCOMPARE(entries(panel.edit(0, 1)), DeviceConfigurations::instance()->getSeriesNames());
-        QCOMPARE(entries(panel.edit(0, 2)),
+        QCOMPARE(panel.choices(0, 1), DeviceConfigurations::instance()->getSeriesNames());
+        QCOMPARE(panel.choices(0, 2),
                  DeviceConfigurations::instance()->series("TK-100")->deviceNs());
-        QCOMPARE(entries(panel.edit(0, 3)), QStringList{"B"});
+        QCOMPARE(panel.choices(0, 3), QStringList{"B"});
         auto* const devices = qobject_cast<QComboBox*>(panel.edit(0, 2));
         QCOMPARE(devices->currentText(), QString("TK-107"));
         QTest::keyClick(devices, Qt::Key_Home);
@@ -225,7 +220,7 @@ private slots:
         QCOMPARE(panel.model()->devices().first()->device, QString("TK-101"));
 
         panel.model()->setData(panel.index(0, 1), "no series");
-        QCOMPARE(entries(panel.edit(0, 2)), QStringList{"JTAG_NOP"});
+        QCOMPARE(panel.choices(0, 2), QStringList{"JTAG_NOP"});
         auto* const number = qobject_cast<QSpinBox*>(panel.edit(0, 9));
         QVERIFY(number);
         QCOMPARE(number->minimum() * 100 + number->maximum(), 116);
@@ -240,8 +235,7 @@ private slots:
         panel.initData("TK-100", "TK-104", QString());
         QString const file = m_desk->writeFs("TK-104-Q48");
         auto const choose = [&](bool accept) {
-            QWidget* const editor = panel.edit(0, 5);
-            QVERIFY(editor);
+            QVERIFY(panel.edit(0, 5));
             QTRY_VERIFY(QApplication::activeModalWidget());
             auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
             QVERIFY(dialog);
@@ -263,13 +257,12 @@ private slots:
     {
         Panel panel;
         panel.initData("TK-100", "TK-104", QString());
-        QTimer::singleShot(0, [] {
-            QWidget* const dialog = QApplication::activeModalWidget();
+        inDialog([](QWidget* dialog) {
             QCOMPARE(dialog->windowTitle(), QString("Device Configuration"));
             auto* const modes = dialog->findChild<QComboBox*>("comboBoxAccessMode");
             auto* const operations = dialog->findChild<QComboBox*>("comboBoxOperation");
             auto* const flash = dialog->findChild<QGroupBox*>("groupFlash");
-            QCOMPARE(entries(operations), (QStringList{"Load", "Load and Verify"}));
+            QCOMPARE(items(operations), (QStringList{"Load", "Load and Verify"}));
             QVERIFY(!flash->isVisible());
             modes->setCurrentIndex(2);
             QCOMPARE(operations->count(), 2);
@@ -277,37 +270,24 @@ private slots:
             operations->setCurrentIndex(1);
             QTest::mouseClick(dialog->findChild<QPushButton*>("buttonSave"), Qt::LeftButton);
         });
-        QPoint const cell = panel.table->visualRect(panel.index(0, 4)).center();
-        QTest::mouseClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
-        QTest::mouseDClick(panel.table->viewport(), Qt::LeftButton, Qt::NoModifier, cell);
+        doubleClick(panel.table, panel.index(0, 4));
         QCOMPARE(panel.model()->devices().first()->operation->cmdIndex, 8);
-    }
-
-    void goneDuringADialog_data()
-    {
-        QTest::addColumn<bool>("search");
-        QTest::newRow("device chooser") << true;
-        QTest::newRow("configuration") << false;
     }
 
     void goneDuringADialog()
     {
-        QFETCH(bool, search);
-        QPointer<Panel> panel = new Panel;
-        panel->initData("TK-100", "TK-104", QString());
-        QVERIFY(QTest::qWaitForWindowActive(panel));
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, [&] {
-            if (QApplication::activeModalWidget())
-                delete panel.data();
-        });
-        timer.start(10);
-        if (search)
-            panel->click("searchDevice");
-        else
-            panel->onTableViewDoubleClkiced(panel->index(0, 4));
-        QTRY_VERIFY(!panel);
-        QTRY_VERIFY(!QApplication::activeModalWidget());
+        for (bool const search : {true, false}) {
+            QPointer<Panel> panel = new Panel;
+            panel->initData("TK-100", "TK-104", QString());
+            QVERIFY(QTest::qWaitForWindowActive(panel));
+            inDialog([panel](QWidget*) { delete panel.data(); });
+            if (search) // the device chooser
+                panel->click("searchDevice");
+            else
+                panel->onTableViewDoubleClkiced(panel->index(0, 4));
+            QTRY_VERIFY(!panel);
+            QTRY_VERIFY(!QApplication::activeModalWidget());
+        }
     }
 
     void targetTakenAwayDuringDownload()
@@ -319,7 +299,7 @@ private slots:
         panel.click("downLoad");
         QVERIFY(!panel.button("downLoad")->isEnabled());
         panel.model()->setData(panel.index(0, 0), Qt::Unchecked, Qt::CheckStateRole);
-        QTRY_VERIFY(panel.button("downLoad")->isEnabled());
+        QVERIFY(panel.isFree());
     }
 
     void emptyCatalogue()
@@ -329,7 +309,7 @@ private slots:
         QVERIFY(panel.output().value(0).startsWith("Warn: "));
         panel.click("addDevice");
         panel.initData("a", "b", QString());
-        QVERIFY(entries(panel.edit(0, 1)).isEmpty());
+        QVERIFY(panel.choices(0, 1).isEmpty());
         panel.click("downLoad");
         QVERIFY(panel.output().last().startsWith("Error: "));
     }

@@ -1,3 +1,4 @@
+#include "model/capturecore.h"
 #include "triggerui/matchvalue.h"
 
 #include <QTest>
@@ -11,43 +12,41 @@ class MatchValueTest : public QObject
     Q_OBJECT
 
 private slots:
-    void changesRadix_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        QTest::addColumn<QString>("changed");
-        QTest::newRow("zero") << "0000" << 2 << 16 << "0";
-        QTest::newRow("no leading zeros") << "00001010" << 2 << 16 << "A";
-        QTest::newRow("small letters") << "0ff" << 16 << 10 << "255";
-        QTest::newRow("octal") << "777" << 8 << 2 << "111111111";
-        QTest::newRow("to octal") << "1777" << 10 << 8 << "3361";
-        QTest::newRow("decimal zero") << "000" << 10 << 2 << "0";
-        QTest::newRow("nine digits and one") << "1000000000" << 10 << 16 << "3B9ACA00";
-        QTest::newRow("2^32") << "4294967296" << 10 << 16 << "100000000";
-        QTest::newRow("2^64 - 1") << "18446744073709551615" << 10 << 16 << "FFFFFFFFFFFFFFFF";
-        QTest::newRow("2^128 - 1")
-            << QString(128, '1') << 2 << 10 << "340282366920938463463374607431768211455";
-        QTest::newRow("back") << "340282366920938463463374607431768211456" << 10 << 16
-                              << "1" + QString(32, '0');
-        QTest::newRow("letter") << "1X0" << 2 << 16 << "00000";
-        QTest::newRow("digit too high") << "8" << 8 << 2 << "00000";
-        QTest::newRow("sign") << "-1" << 10 << 2 << "00000";
-        QTest::newRow("empty") << "" << 10 << 2 << "00000";
-        QTest::newRow("unknown radix") << "1" << 10 << 7 << "00000";
-    }
     void changesRadix()
     {
-        QFETCH(QString, text);
-        QFETCH(int, from);
-        QFETCH(int, to);
-        QTEST(changeRadix(text, from, to, 5), "changed");
+        struct
+        {
+            QString text;
+            int from;
+            int to;
+            QString changed;
+        } const cases[] = {
+            {"0000", 2, 16, "0"},
+            {"00001010", 2, 16, "A"},
+            {"0ff", 16, 10, "255"},
+            {"777", 8, 2, "111111111"},
+            {"1777", 10, 8, "3361"},
+            {"000", 10, 2, "0"},
+            {"1000000000", 10, 16, "3B9ACA00"},
+            {"4294967296", 10, 16, "100000000"},
+            {"18446744073709551615", 10, 16, "FFFFFFFFFFFFFFFF"},
+            {QString(128, '1'), 2, 10, "340282366920938463463374607431768211455"},
+            {"340282366920938463463374607431768211456", 10, 16, "1" + QString(32, '0')},
+            {"1X0", 2, 16, "00000"}, // no number, or no radix
+            {"8", 8, 2, "00000"},
+            {"-1", 10, 2, "00000"},
+            {"", 10, 2, "00000"},
+            {"1", 10, 7, "00000"},
+        };
+        for (auto const& [text, from, to, changed] : cases)
+            QCOMPARE(changeRadix(text, from, to, 5), changed);
     }
 
     /// Every power of two, less one, in all radices: the digit count fits and nothing is lost.
     void widthsComeBack()
     {
-        for (int width : {1, 2, 3, 4, 5, 7, 8, 9, 10, 31, 32, 33, 53, 54, 63, 64, 65, 128, 600}) {
+        for (int width :
+             {1, 2, 3, 4, 5, 7, 8, 9, 10, 31, 32, 33, 53, 54, 63, 64, 65, 128, 600, 4096}) {
             QString const ones(width, '1');
             QString const top = BitWidthAdjust("1", width).replace(0, 1, "1");
             for (int radix : {2, 8, 10, 16}) {
@@ -75,29 +74,13 @@ private slots:
         QVERIFY(checkExcessBitWidth("12", 2) && !checkExcessBitWidth("12", 1));
     }
 
-    void patterns_data()
-    {
-        QTest::addColumn<int>("radix");
-        QTest::addColumn<int>("func");
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QString>("pattern");
-        QTest::newRow("basic") << 2 << 0 << 0 << "[01X]*";
-        QTest::newRow("edges") << 2 << 1 << 1 << "[01XRFBN]*";
-        QTest::newRow("extended") << 2 << 1 << 2 << "[01X]*";
-        QTest::newRow("range w/edges") << 2 << 0 << 5 << "[01XRFBN]*";
-        QTest::newRow("greater w/edges") << 2 << 2 << 3 << "[01]*";
-        QTest::newRow("range") << 2 << 7 << 5 << "[01]*";
-        QTest::newRow("unknown type") << 2 << 0 << 7 << "[01X]*";
-        QTest::newRow("octal") << 8 << 0 << 1 << "[0-7]*";
-        QTest::newRow("decimal") << 10 << 0 << 1 << "[0-9]*";
-        QTest::newRow("hex") << 16 << 0 << 1 << "[A-F0-9]*";
-    }
+    /// Kinds that the dialog's tests do not type into.
     void patterns()
     {
-        QFETCH(int, radix);
-        QFETCH(int, func);
-        QFETCH(int, type);
-        QTEST(valuePattern(radix, func, type), "pattern");
+        QCOMPARE(valuePattern(2, FuncEqual, MatchRangeEdges), QString("[01XRFBN]*"));
+        QCOMPARE(valuePattern(2, FuncNotEqual, MatchExtendedEdges), QString("[01XRFBN]*"));
+        QCOMPARE(valuePattern(2, FuncEqual, 7), QString("[01X]*"));
+        QCOMPARE(valuePattern(2, FuncNotInRange, MatchRangeEdges), QString("[01]*"));
     }
 
     void counterLimits()

@@ -1,25 +1,19 @@
 #include "jtag/alert.h"
+#include "tests/support/widgettools.h"
+#include "triggerui/muexpressiondialog.h"
 #include "triggerui/realdialog.h"
 #include "triggerui/reloadbanner.h"
 #include "triggerui/waitingtip.h"
 
-#include <QApplication>
-#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
-#include <QSpinBox>
-#include <QTest>
-#include <QTimer>
-
-Q_DECLARE_METATYPE(VEK::RealType)
 
 using namespace VEK;
+using namespace widgettools;
 
 namespace {
 
@@ -27,14 +21,6 @@ template <typename Widget>
 Widget* child(QWidget& widget, char const* name)
 {
     return widget.findChild<Widget*>(QLatin1String(name));
-}
-
-QPushButton* button(QWidget& widget, QString const& caption)
-{
-    for (auto* const candidate : widget.findChildren<QPushButton*>())
-        if (candidate->text() == caption)
-            return candidate;
-    return nullptr;
 }
 
 /// The only tip of the process.
@@ -53,39 +39,36 @@ class SmallDialogsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void realDialogShowsAndTakes_data()
-    {
-        QTest::addColumn<RealType>("given");
-        QTest::addColumn<QString>("checked");
-        QTest::addColumn<RealType>("taken");
-        QTest::newRow("signed") << RealType{0, 2, 7, 8, 24} << "Signed" << RealType{0, 2, 7, 8, 24};
-        QTest::newRow("unsigned, far point")
-            << RealType{0, 3, 99, 1, 2} << "Unsigned" << RealType{0, 3, 80, 8, 24};
-        QTest::newRow("single") << RealType{1, 0, -3, 0, 0} << "SinglePrecision"
-                                << RealType{1, 0, 0, 8, 24};
-        QTest::newRow("double") << RealType{1, 1, 0, 8, 24} << "DoublePrecision"
-                                << RealType{1, 1, 0, 11, 53};
-        QTest::newRow("unknown") << RealType{1, 9, 0, 0, 0} << "Signed" << RealType{0, 2, 0, 8, 24};
-    }
     void realDialogShowsAndTakes()
     {
-        QFETCH(RealType, given);
-        QFETCH(QString, checked);
-        QFETCH(RealType, taken);
-        RealDialog dialog(given, nullptr);
-        dialog.show();
-        QVERIFY(dialog.findChild<QRadioButton*>(checked)->isChecked());
-        QCOMPARE(child<QGroupBox>(dialog, "FixedPoint")->isVisible(), taken.kind == 0);
-        QCOMPARE(child<QGroupBox>(dialog, "FloatingPoint")->isVisible(), taken.kind == 1);
-        QVERIFY(!dialog.confirmed);
+        struct
+        {
+            RealType given;
+            QString checked;
+            RealType taken;
+        } const cases[] = {
+            {{0, 2, 7, 8, 24}, "Signed", {0, 2, 7, 8, 24}},
+            {{0, 3, 99, 1, 2}, "Unsigned", {0, 3, 80, 8, 24}}, // the point held in range
+            {{1, 0, -3, 0, 0}, "SinglePrecision", {1, 0, 0, 8, 24}},
+            {{1, 1, 0, 8, 24}, "DoublePrecision", {1, 1, 0, 11, 53}},
+            {{1, 9, 0, 0, 0}, "Signed", {0, 2, 0, 8, 24}}, // no such type
+        };
+        for (auto const& [given, checked, taken] : cases) {
+            RealDialog dialog(given, nullptr);
+            dialog.show();
+            QVERIFY(dialog.findChild<QRadioButton*>(checked)->isChecked());
+            QCOMPARE(child<QGroupBox>(dialog, "FixedPoint")->isVisible(), taken.kind == 0);
+            QCOMPARE(child<QGroupBox>(dialog, "FloatingPoint")->isVisible(), taken.kind == 1);
+            QVERIFY(!dialog.confirmed);
 
-        QTest::mouseClick(button(dialog, "OK"), Qt::LeftButton);
-        QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QVERIFY(dialog.confirmed);
-        QVERIFY(dialog.realType.equal(taken));
-        QCOMPARE(dialog.realType.binaryPoint, taken.binaryPoint);
-        QCOMPARE(dialog.realType.exponentWidth, taken.exponentWidth);
-        QCOMPARE(dialog.realType.fractionWidth, taken.fractionWidth);
+            press(dialog, {"OK"});
+            QCOMPARE(dialog.result(), int(QDialog::Accepted));
+            QVERIFY(dialog.confirmed);
+            QVERIFY(dialog.realType.equal(taken));
+            QCOMPARE(dialog.realType.binaryPoint, taken.binaryPoint);
+            QCOMPARE(dialog.realType.exponentWidth, taken.exponentWidth);
+            QCOMPARE(dialog.realType.fractionWidth, taken.fractionWidth);
+        }
     }
 
     void applyKeepsRealDialogOpen()
@@ -100,15 +83,62 @@ private slots:
         QTest::mouseClick(child<QRadioButton>(dialog, "SinglePrecision"), Qt::LeftButton);
         QCOMPARE(child<QLineEdit>(dialog, "FractionWidthValue")->text(), QString("24"));
 
-        QTest::mouseClick(button(dialog, "Apply"), Qt::LeftButton);
+        press(dialog, {"Apply"});
         QCOMPARE(applied.count(), 1);
         QVERIFY(dialog.isVisible());
         QCOMPARE(dialog.realType.type, int(FloatingSingle));
         QTest::mouseClick(child<QRadioButton>(dialog, "DoublePrecision"), Qt::LeftButton);
-        QTest::mouseClick(button(dialog, "Cancel"), Qt::LeftButton);
+        press(dialog, {"Cancel"});
         QVERIFY(!dialog.isVisible());
         QVERIFY(dialog.confirmed);
         QCOMPARE(dialog.realType.type, int(FloatingSingle));
+    }
+
+    void expressionPadComposesTokens()
+    {
+        MuExpressionDialog dialog;
+        dialog.show();
+        press(dialog, {"!", "(", "M0", "&&", "M12", "|", "M3", ")", "^", "M15"});
+        QCOMPARE(dialog.currentExpression(), QString("!(M0&M12|M3)^M15"));
+        QVERIFY(dialog.isOk());
+
+        QString const back(QChar(0x2190));
+        press(dialog, {back});
+        QCOMPARE(dialog.currentExpression(), QString("!(M0&M12|M3)^"));
+        QVERIFY(!dialog.isOk());
+        press(dialog, {"C", back});
+        QCOMPARE(dialog.currentExpression(), QString());
+
+        auto* const line = dialog.findChild<QLineEdit*>();
+        QTest::keyClicks(line, "M1");
+        QCOMPARE(line->text(), QString());
+        QCOMPARE(button(dialog, "M0")->font().weight(), 75);
+    }
+
+    void refusedExpressionStaysOpen()
+    {
+        MuExpressionDialog dialog;
+        dialog.show();
+        press(dialog, {"M1", "&&"});
+        QStringList said;
+        answerBox(said);
+        dialog.accept();
+        QCOMPARE(said, (QStringList{"Error", "Please input the right expression"}));
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(dialog.currentExpression(), QString("M1&"));
+        press(dialog, {"M2", "OK"});
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    }
+
+    void expressionIsAskedFor()
+    {
+        QList<bool> enabled{true, false, false, true};
+        auto const run = [&](QStringList const& captions) {
+            inDialog([captions](QWidget* dialog) { press(*dialog, captions); });
+            return MuExpressionDialog::getExpression(enabled, nullptr);
+        };
+        QCOMPARE(run({"M0", "M1", "|", "M2", "M3", "OK"}), QString("M0|M3"));
+        QVERIFY(run({"M0", "Cancel"}).isNull());
     }
 
     void bannerTellsAndAsks()
@@ -123,15 +153,14 @@ private slots:
 
         QSignalSpy reloaded(&changed, &ReloadBanner::reload);
         QSignalSpy closed(&removed, &ReloadBanner::closeIt);
-        QTest::mouseClick(button(changed, "Reload"), Qt::LeftButton);
-        QTest::mouseClick(button(removed, "Close"), Qt::LeftButton);
+        press(changed, {"Reload"});
+        press(removed, {"Close"});
         QCOMPARE(reloaded.count(), 1);
         QCOMPARE(closed.count(), 1);
     }
 
     void oneTipAtATime()
     {
-        WaitingTip::hideWaiting();
         QWidget window;
         WaitingTip::showWaiting(&window);
         WaitingTip* const first = tip();
@@ -154,54 +183,41 @@ private slots:
         QTest::keyClick(first, Qt::Key_A);
         QTest::keyClick(first, Qt::Key_F4); // ends the tip from its own key event
         QCOMPARE(keys, (QStringList{"F3", "F4"}));
-        WaitingTip::hideWaiting();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!tip());
-    }
 
-    void tipGoesWithItsParent()
-    {
-        {
-            QWidget window;
-            WaitingTip::showWaiting(&window);
-        }
+        WaitingTip::showWaiting(std::make_unique<QWidget>().get()); // goes with its parent
         QVERIFY(!tip());
         WaitingTip::showWaiting(nullptr);
         QVERIFY(tip());
+        WaitingTip::hideWaiting();
         WaitingTip::hideWaiting();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     /// Nothing here installs the box: the library did when the application began.
-    void alertIsAMessageBox_data()
-    {
-        QTest::addColumn<bool>("parentGoes");
-        QTest::newRow("answered") << false;
-        QTest::newRow("its window goes first") << true;
-    }
     void alertIsAMessageBox()
     {
-        QFETCH(bool, parentGoes);
-        auto* window = new QWidget;
-        window->show();
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        QStringList said;
-        QTimer::singleShot(0, this, [&] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box);
-            said << box->windowTitle() << box->text();
-            QCOMPARE(box->icon(), QMessageBox::Critical);
-            QCOMPARE(box->standardButtons(), QMessageBox::Ok);
-            QCOMPARE(box->parentWidget(), window);
-            if (parentGoes)
-                delete std::exchange(window, nullptr);
-            else
-                QTest::keyClick(box, Qt::Key_Return);
-        });
-        showAlert({AlertKind::Critical, "Title", "<b>text"});
-        QCOMPARE(said, (QStringList{"Title", "<b>text"}));
-        delete window;
+        for (bool const parentGoes : {false, true}) {
+            auto* window = new QWidget;
+            window->show();
+            window->activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(window));
+            QStringList said;
+            inDialog<QMessageBox>([&](QMessageBox* box) {
+                said << box->windowTitle() << box->text();
+                QCOMPARE(box->icon(), QMessageBox::Critical);
+                QCOMPARE(box->standardButtons(), QMessageBox::Ok);
+                QCOMPARE(box->parentWidget(), window);
+                if (parentGoes)
+                    delete std::exchange(window, nullptr);
+                else
+                    QTest::keyClick(box, Qt::Key_Return);
+            });
+            showAlert({AlertKind::Critical, "Title", "<b>text"});
+            QCOMPARE(said, (QStringList{"Title", "<b>text"}));
+            delete window;
+        }
     }
 };
 

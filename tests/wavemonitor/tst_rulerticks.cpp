@@ -31,34 +31,29 @@ class RulerTicksTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void steps_data()
-    {
-        QTest::addColumn<double>("scale");
-        QTest::addColumn<qint64>("major");
-        QTest::addColumn<qint64>("minor");
-        QTest::newRow("16") << 16.0 << 1LL << 1LL;
-        QTest::newRow("1") << 1.0 << 1LL << 1LL;
-        QTest::newRow("just below 1") << 0.999 << 2LL << 1LL;
-        QTest::newRow("1/2") << 0.5 << 2LL << 1LL;
-        QTest::newRow("1/4") << 0.25 << 5LL << 1LL;
-        QTest::newRow("0.3") << 0.3 << 5LL << 1LL;
-        QTest::newRow("1/8") << 0.125 << 10LL << 1LL;
-        QTest::newRow("1/16") << 0.0625 << 20LL << 2LL;
-        QTest::newRow("1/32") << 0.03125 << 50LL << 5LL;
-        QTest::newRow("1/64") << 0.015625 << 100LL << 10LL;
-        QTest::newRow("1/256") << 0.00390625 << 500LL << 50LL;
-        QTest::newRow("1/257") << 1.0 / 257 << 1000LL << 100LL;
-        QTest::newRow("tiny") << 1e-300 << 50000000000LL << 5000000000LL;
-        QTest::newRow("none") << 0.0 << 1LL << 1LL;
-        QTest::newRow("no number") << std::nan("") << 1LL << 1LL;
-    }
-
     void steps()
     {
-        QFETCH(double, scale);
-        TickSteps const steps = tickSteps(scale);
-        QTEST(steps.major, "major");
-        QTEST(steps.minor, "minor");
+        std::tuple<double, qint64, qint64> const cases[] = {
+            // scale, major, minor
+            {16.0, 1, 1},
+            {1.0, 1, 1},
+            {0.999, 2, 1},
+            {0.5, 2, 1},
+            {0.25, 5, 1},
+            {0.125, 10, 1},
+            {0.0625, 20, 2},
+            {0.03125, 50, 5},
+            {0.015625, 100, 10},
+            {1.0 / 256, 500, 50},
+            {1.0 / 257, 1000, 100},
+            {1e-300, 50000000000, 5000000000},
+            {0.0, 1, 1},
+            {std::nan(""), 1, 1},
+        };
+        for (auto const& [scale, major, minor] : cases) {
+            QCOMPARE(tickSteps(scale).major, major);
+            QCOMPARE(tickSteps(scale).minor, minor);
+        }
     }
 
     void ranges()
@@ -80,10 +75,7 @@ private Q_SLOTS:
         QCOMPARE(firstTick(1, 5, 1), 1);
         QCOMPARE(firstTick(2, 5, 1), 6);
         QCOMPARE(labelX(40, 0.25), 503.0);
-    }
 
-    void windows()
-    {
         QCOMPARE(windowStep(100, 3), 33);
         QCOMPARE(windowStep(2, 3), 0);
         QCOMPARE(windowStep(100, 0), 0);
@@ -117,23 +109,16 @@ private Q_SLOTS:
 
     /// The work depends on what is exposed: at no zoom does a longer capture or do more windows
     /// cost more than their pixels.
-    void costIsThatOfTheExposed_data()
-    {
-        QTest::addColumn<double>("scale");
-        for (double const scale : {16.0, 1.0, 0.0625, 0.00390625, 1e-6}) {
-            QTest::addRow("%g", scale) << scale;
-        }
-    }
-
     void costIsThatOfTheExposed()
     {
-        QFETCH(double, scale);
         ScaleRuler ruler;
         ruler.setLength(2000000000);
         ruler.setNum(2000000000);
-        QPicture picture;
-        paintRuler(ruler, &picture, scale, 1e6);
-        QVERIFY2(picture.size() < 1600 * 400, qPrintable(QString::number(picture.size())));
+        for (double const scale : {16.0, 1.0, 0.0625, 0.00390625, 1e-6}) {
+            QPicture picture;
+            paintRuler(ruler, &picture, scale, 1e6);
+            QVERIFY2(picture.size() < 1600 * 400, qPrintable(QString::number(picture.size())));
+        }
     }
 
     void marks()

@@ -1,21 +1,26 @@
+#include "tests/support/widgettools.h"
 #include "wavemonitor/constants.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/scaleruler.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QContextMenuEvent>
 #include <QMenu>
 #include <QScrollBar>
-#include <QTimer>
-#include <QtTest>
 
 using namespace WaveMonitor;
 
 namespace {
 
 using Types = QList<NotificationType>;
+
+QList<int> timesOf(QList<TimeSliderData*> const& markers)
+{
+    QList<int> list;
+    for (TimeSliderData const* data : markers) {
+        list.append(data->time());
+    }
+    return list;
+}
 
 /// Keeps the markers as an observer does, and reads them again at the next report.
 class Reader : public QObject
@@ -31,30 +36,21 @@ public:
     }
     ~Reader() override { NotificationCenter::shared()->unregisterObserver(this); }
 
-    Q_INVOKABLE void handleEvents(Notification* note);
+    Q_INVOKABLE void handleEvents(Notification* note)
+    {
+        types.append(note->type);
+        times = timesOf(markers);
+        markers = note->sender->property("timeMarkers").value<QList<TimeSliderData*>>();
+    }
 
     Types types;
     QList<int> times;
     QList<TimeSliderData*> markers;
 };
 
-void Reader::handleEvents(Notification* note)
-{
-    types.append(note->type);
-    times.clear();
-    for (TimeSliderData* data : qAsConst(markers)) {
-        times.append(data->time());
-    }
-    markers = note->sender->property("timeMarkers").value<QList<TimeSliderData*>>();
-}
-
 QList<int> times(RulerView const& ruler)
 {
-    QList<int> list;
-    for (TimeSliderData* data : ruler.timeMarkers()) {
-        list.append(data->time());
-    }
-    return list;
+    return timesOf(ruler.timeMarkers());
 }
 
 /// A point within the flag of that sample.
@@ -66,9 +62,7 @@ QPoint flagAt(RulerView const& ruler, int time)
 void drag(RulerView& ruler, QPoint const& from, QPoint const& to)
 {
     QWidget* viewport = ruler.viewport();
-    QTest::mousePress(viewport, Qt::LeftButton, {}, from);
-    QMouseEvent move(QEvent::MouseMove, to, Qt::LeftButton, Qt::LeftButton, {});
-    QApplication::sendEvent(viewport, &move);
+    widgettools::drag(viewport, Qt::LeftButton, from, to);
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
 }
 
@@ -87,8 +81,7 @@ QStringList useMenu(RulerView& ruler, QPoint const& at, int entry)
         menu->setActiveAction(menu->actions().value(entry));
         QTest::keyClick(menu, entry < texts.size() ? Qt::Key_Return : Qt::Key_Escape);
     });
-    QContextMenuEvent event(QContextMenuEvent::Mouse, at, ruler.viewport()->mapToGlobal(at));
-    QApplication::sendEvent(ruler.viewport(), &event);
+    widgettools::rightClick(ruler.viewport(), at);
     QCoreApplication::processEvents();
     return texts;
 }
@@ -232,8 +225,7 @@ private Q_SLOTS:
     void viewMayGoWhileItsMenuIsOpen()
     {
         QTimer::singleShot(0, this, [this] { m_ruler.reset(); });
-        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(170, 10), QPoint(170, 10));
-        QApplication::sendEvent(m_ruler->viewport(), &event);
+        widgettools::rightClick(m_ruler->viewport(), QPoint(170, 10));
         QVERIFY(!m_ruler);
     }
 

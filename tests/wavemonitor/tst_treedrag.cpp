@@ -46,136 +46,117 @@ class TestTreeDrag : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void drags_data();
-    void drags();
-    void paintsTheDropPlace();
-    void survivesItsEndInADrag();
-    void refusesForeignDrags();
+    void drags()
+    {
+        QPoint const Empty(-1, -1);
+        QString const start = "d(3 2 1 0) clk ready New Divider idle";
+        struct
+        {
+            QList<QPoint> rows; // row, member or -1
+            QPoint onto;        // likewise, or the empty area
+            bool lower;         // half of that row
+            QString expected;
+        } const cases[] = {
+            {{{4, -1}}, {1, -1}, false, "d(3 2 1 0) idle clk ready New Divider"},
+            {{{0, -1}}, {2, -1}, true, "clk ready d(3 2 1 0) New Divider idle"},
+            {{{1, -1}, {4, -1}}, {0, -1}, false, "clk idle d(3 2 1 0) ready New Divider"},
+            {{{2, -1}}, {2, -1}, false, start}, // on itself
+            {{{0, -1}}, {0, -1}, false, start}, // nothing above
+            {{{3, -1}, {4, -1}}, {4, -1}, true, start},
+            {{{1, -1}, {2, -1}, {4, -1}}, {2, -1}, true, "d(3 2 1 0) clk ready idle New Divider"},
+            {{{1, -1}}, Empty, false, "d(3 2 1 0) ready New Divider idle clk"},
+            {{{0, 3}}, {0, 0}, true, "d(3 0 2 1) clk ready New Divider idle"}, // within its bus
+            {{{0, 1}}, Empty, false, "d(3 1 0) clk ready New Divider idle 2"}, // out of it
+            {{{1, -1}}, {0, 1}, false, start},                                 // into a bus
+            {{{0, 1}}, {1, -1}, true, start},
+            {{{0, 1}, {1, -1}}, {4, -1}, true, start}, // of two parents
+            {{{0, 0}, {0, 1}, {0, 2}, {0, 3}}, Empty, false, "clk ready New Divider idle 3 2 1 0"},
+        };
+        for (auto const& [rows, onto, lower, expected] : cases) {
+            MonitorRig rig;
+            rig.tree()->expand(rig.row(0));
+            rig.widget->resize(1000, 500);
+            MonitorRig::settle();
+            QList<QModelIndex> indexes;
+            QStringList names;
+            for (QPoint const& place : rows) {
+                indexes.append(rig.row(place.x(), place.y()));
+                names.append(rig.text(indexes.last()));
+            }
+            rig.select(indexes);
+            QPoint to(40, rig.tree()->viewport()->height() - 10);
+            if (onto != Empty) {
+                QRect const target = rig.tree()->visualRect(rig.row(onto.x(), onto.y()));
+                to =
+                    QPoint(rig.tree()->columnWidth(0) + 20, target.center().y() + (lower ? 6 : -6));
+            }
+            drag(rig, rig.centre(indexes.first()), to);
+
+            QString found = rig.rows();
+            for (char const* longer : {"top/data[3]", "top/data[2]", "top/data[1]", "top/data[0]"})
+                found.replace(longer, QString(longer[9]));
+            QCOMPARE(found.replace("data[3:0]", "d").remove("top/"), expected);
+            QStringList selected;
+            for (QModelIndex const& index : rig.tree()->selectedRowList())
+                selected.append(rig.text(index));
+            names.sort();
+            selected.sort();
+            QCOMPARE(selected, names);
+        }
+    }
+
+    void paintsTheDropPlace()
+    {
+        MonitorRig rig;
+        rig.select({rig.row(Idle)});
+        QRect const target = rig.tree()->visualRect(rig.row(Clk));
+        QImage plain = rig.tree()->viewport()->grab().toImage();
+        QImage during;
+        int heightDuring = 0;
+        drag(rig, rig.centre(rig.row(Idle)), target.center() + QPoint(0, 6), [&] {
+            during = rig.tree()->viewport()->grab().toImage();
+            heightDuring = rig.tree()->visualRect(rig.row(0)).height();
+            QTest::keyClick(rig.widget->windowHandle(), Qt::Key_Escape);
+        });
+        QCOMPARE(heightDuring, 30);
+        QPoint const tip(target.left() + 6, target.bottom() + 3);
+        QCOMPARE(during.pixelColor(tip), QColor(Qt::black));
+        QVERIFY(plain.pixelColor(tip) != QColor(Qt::black));
+        QPoint const line(target.right() - 5, target.bottom());
+        QVERIFY(during.pixelColor(line) != plain.pixelColor(line));
+        QCOMPARE(rig.text(rig.row(Idle)), QString("top/idle")); // Escape: nothing moved
+        QVERIFY(rig.tree()->viewport()->grab().toImage().pixelColor(tip) != QColor(Qt::black));
+    }
+
+    void survivesItsEndInADrag()
+    {
+        MonitorRig rig;
+        rig.select({rig.row(Clk)});
+        bool gone = false;
+        drag(rig, rig.centre(rig.row(Clk)), rig.centre(rig.row(Idle)), [&] {
+            rig.widget.reset();
+            gone = true;
+        });
+        QVERIFY(gone);
+    }
+
+    void refusesForeignDrags()
+    {
+        MonitorRig rig;
+        QString const before = rig.rows();
+        std::unique_ptr<QMimeData> rows(rig.model()->mimeData({rig.row(Clk)}));
+        QPoint const at = rig.centre(rig.row(Idle));
+        QDragEnterEvent enter(at, Qt::MoveAction, rows.get(), Qt::LeftButton, {});
+        QDragMoveEvent move(at, Qt::MoveAction, rows.get(), Qt::LeftButton, {});
+        QDropEvent drop(at, Qt::MoveAction, rows.get(), Qt::LeftButton, {});
+        for (QDropEvent* event :
+             {static_cast<QDropEvent*>(&enter), static_cast<QDropEvent*>(&move), &drop}) {
+            QApplication::sendEvent(rig.tree()->viewport(), event);
+            QVERIFY(!event->isAccepted());
+        }
+        QCOMPARE(rig.rows(), before);
+    }
 };
-
-void TestTreeDrag::drags_data()
-{
-    QTest::addColumn<QList<QPoint>>("rows");
-    QTest::addColumn<QPoint>("onto"); // row and member, or (-1, -1) for the empty area
-    QTest::addColumn<bool>("lower");  // half of that row
-    QTest::addColumn<QString>("expected");
-    using Rows = QList<QPoint>;
-    QPoint const Empty(-1, -1);
-    QString const start = "d(3 2 1 0) clk ready New Divider idle";
-
-    QTest::newRow("above") << Rows{{4, -1}} << QPoint(1, -1) << false
-                           << "d(3 2 1 0) idle clk ready New Divider";
-    QTest::newRow("below") << Rows{{0, -1}} << QPoint(2, -1) << true
-                           << "clk ready d(3 2 1 0) New Divider idle";
-    QTest::newRow("two, apart") << Rows{{1, -1}, {4, -1}} << QPoint(0, -1) << false
-                                << "clk idle d(3 2 1 0) ready New Divider";
-    QTest::newRow("on itself, upper half") << Rows{{2, -1}} << QPoint(2, -1) << false << start;
-    QTest::newRow("on itself, nothing above") << Rows{{0, -1}} << QPoint(0, -1) << false << start;
-    QTest::newRow("on the last of themselves")
-        << Rows{{3, -1}, {4, -1}} << QPoint(4, -1) << true << start;
-    QTest::newRow("past dragged neighbours") << Rows{{1, -1}, {2, -1}, {4, -1}} << QPoint(2, -1)
-                                             << true << "d(3 2 1 0) clk ready idle New Divider";
-    QTest::newRow("to the end") << Rows{{1, -1}} << Empty << false
-                                << "d(3 2 1 0) ready New Divider idle clk";
-    QTest::newRow("a member") << Rows{{0, 3}} << QPoint(0, 0) << true
-                              << "d(3 0 2 1) clk ready "
-                                 "New Divider idle";
-    QTest::newRow("a member out of its bus")
-        << Rows{{0, 1}} << Empty << false << "d(3 1 0) clk ready New Divider idle 2";
-    QTest::newRow("a row into a bus") << Rows{{1, -1}} << QPoint(0, 1) << false << start;
-    QTest::newRow("a member onto a row") << Rows{{0, 1}} << QPoint(1, -1) << true << start;
-    QTest::newRow("rows of two parents") << Rows{{0, 1}, {1, -1}} << QPoint(4, -1) << true << start;
-    QTest::newRow("all members out") << Rows{{0, 0}, {0, 1}, {0, 2}, {0, 3}} << Empty << false
-                                     << "clk ready New Divider idle 3 2 1 0";
-}
-
-void TestTreeDrag::drags()
-{
-    QFETCH(QList<QPoint>, rows);
-    QFETCH(QPoint, onto);
-    QFETCH(bool, lower);
-    QFETCH(QString, expected);
-    MonitorRig rig;
-    rig.tree()->expand(rig.row(0));
-    rig.widget->resize(1000, 500);
-    MonitorRig::settle();
-    QList<QModelIndex> indexes;
-    QStringList names;
-    for (QPoint const& place : rows) {
-        indexes.append(rig.row(place.x(), place.y()));
-        names.append(rig.text(indexes.last()));
-    }
-    rig.select(indexes);
-    QPoint to(40, rig.tree()->viewport()->height() - 10);
-    if (onto.x() >= 0) {
-        QRect const target = rig.tree()->visualRect(rig.row(onto.x(), onto.y()));
-        to = QPoint(rig.tree()->columnWidth(0) + 20, target.center().y() + (lower ? 6 : -6));
-    }
-    drag(rig, rig.centre(indexes.first()), to);
-
-    QString found = rig.rows();
-    for (char const* longer : {"top/data[3]", "top/data[2]", "top/data[1]", "top/data[0]"})
-        found.replace(longer, QString(longer[9]));
-    QCOMPARE(found.replace("data[3:0]", "d").remove("top/"), expected);
-    QStringList selected;
-    for (QModelIndex const& index : rig.tree()->selectedRowList())
-        selected.append(rig.text(index));
-    names.sort();
-    selected.sort();
-    QCOMPARE(selected, names);
-}
-
-void TestTreeDrag::paintsTheDropPlace()
-{
-    MonitorRig rig;
-    rig.select({rig.row(Idle)});
-    QRect const target = rig.tree()->visualRect(rig.row(Clk));
-    QImage plain = rig.tree()->viewport()->grab().toImage();
-    QImage during;
-    int heightDuring = 0;
-    drag(rig, rig.centre(rig.row(Idle)), target.center() + QPoint(0, 6), [&] {
-        during = rig.tree()->viewport()->grab().toImage();
-        heightDuring = rig.tree()->visualRect(rig.row(0)).height();
-        QTest::keyClick(rig.widget->windowHandle(), Qt::Key_Escape);
-    });
-    QCOMPARE(heightDuring, 30);
-    QPoint const tip(target.left() + 6, target.bottom() + 3);
-    QCOMPARE(during.pixelColor(tip), QColor(Qt::black));
-    QVERIFY(plain.pixelColor(tip) != QColor(Qt::black));
-    QPoint const line(target.right() - 5, target.bottom());
-    QVERIFY(during.pixelColor(line) != plain.pixelColor(line));
-    QCOMPARE(rig.text(rig.row(Idle)), QString("top/idle")); // Escape: nothing moved
-    QVERIFY(rig.tree()->viewport()->grab().toImage().pixelColor(tip) != QColor(Qt::black));
-}
-
-void TestTreeDrag::survivesItsEndInADrag()
-{
-    MonitorRig rig;
-    rig.select({rig.row(Clk)});
-    bool gone = false;
-    drag(rig, rig.centre(rig.row(Clk)), rig.centre(rig.row(Idle)), [&] {
-        rig.widget.reset();
-        gone = true;
-    });
-    QVERIFY(gone);
-}
-
-void TestTreeDrag::refusesForeignDrags()
-{
-    MonitorRig rig;
-    QString const before = rig.rows();
-    std::unique_ptr<QMimeData> rows(rig.model()->mimeData({rig.row(Clk)}));
-    QPoint const at = rig.centre(rig.row(Idle));
-    QDragEnterEvent enter(at, Qt::MoveAction, rows.get(), Qt::LeftButton, {});
-    QApplication::sendEvent(rig.tree()->viewport(), &enter);
-    QDragMoveEvent move(at, Qt::MoveAction, rows.get(), Qt::LeftButton, {});
-    QApplication::sendEvent(rig.tree()->viewport(), &move);
-    QVERIFY(!enter.isAccepted() && !move.isAccepted());
-    QDropEvent drop(at, Qt::MoveAction, rows.get(), Qt::LeftButton, {});
-    QApplication::sendEvent(rig.tree()->viewport(), &drop);
-    QVERIFY(!drop.isAccepted());
-    QCOMPARE(rig.rows(), before);
-}
 
 QTEST_MAIN(TestTreeDrag)
 #include "tst_treedrag.moc"

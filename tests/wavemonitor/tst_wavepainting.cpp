@@ -18,6 +18,7 @@ using namespace WaveMonitor;
 namespace {
 
 constexpr QSize PictureSize(320, 110);
+constexpr QRect AllExposed(QPoint(), PictureSize);
 QColor const WaveColor(255, 128, 0);
 
 using Samples = QList<QBitArray>;
@@ -41,6 +42,13 @@ QImage picture(Paint const& paint, QTransform const& transform, QRect const& exp
     option.exposedRect = transform.inverted().mapRect(QRectF(exposed)) & bounds;
     paint(&painter, &option);
     return image;
+}
+
+Paint paintOf(WaveItem& item)
+{
+    return [&item](QPainter* painter, QStyleOptionGraphicsItem const* option) {
+        item.paint(painter, option, nullptr);
+    };
 }
 
 /// How many pixels differ, and where the first ones are.
@@ -210,99 +218,87 @@ class WavePaintingTest : public QObject
     Q_OBJECT
 
 private:
-    /// Compares at all zooms, scrolled to odd pixels, with all or a part of the picture exposed.
-    void compare(WaveItem& item, std::function<void(QPainter*, QRectF const&)> const& plain)
+    using Plain = std::function<void(QPainter*, QRectF const&)>;
+
+    /// Compares with the plain picture, where `exposed` has to be painted.
+    void compare(WaveItem& item, Plain const& plain, QTransform const& transform,
+                 QRect const& exposed)
     {
-        QRandomGenerator random(1);
         item.setColor(WaveColor);
-        Paint const ours = [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
-            item.paint(painter, option, nullptr);
-        };
+        QImage const image = picture(paintOf(item), transform, exposed, item.boundingRect());
         Paint const reference = [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
             plain(painter, option->exposedRect);
         };
+        QImage const expected = picture(reference, transform, exposed, item.boundingRect());
+        if (image == expected)
+            return;
+        QString where;
+        QDebug(&where) << transform << exposed;
+        QFAIL(qPrintable(where + differences(image, expected)));
+    }
+
+    /// Compares at all zooms, scrolled to odd pixels, with all or a part of the picture exposed.
+    void compareAll(WaveItem& item, Plain const& plain)
+    {
+        QRandomGenerator random(1);
         for (double zoom : {16.0, 1.0, 1 / 3.0, 1 / 16.0, 1 / 256.0}) {
             int const width = int(item.boundingRect().width() * zoom);
             for (int origin : {0, 37, width / 2 + 1, width - 17}) {
                 QTransform const transform(zoom, 0, 0, 1, -origin, 3);
                 QRect const part(random.bounded(100), random.bounded(5), random.bounded(1, 200),
                                  random.bounded(20, 100));
-                for (QRect const& exposed : {QRect(QPoint(), PictureSize), part}) {
-                    QImage const image = picture(ours, transform, exposed, item.boundingRect());
-                    QImage const expected =
-                        picture(reference, transform, exposed, item.boundingRect());
-                    QVERIFY2(image == expected,
-                             qPrintable(QStringLiteral("zoom %1, origin %2, from %3 %4, %5 by %6; ")
-                                            .arg(zoom)
-                                            .arg(origin)
-                                            .arg(exposed.x())
-                                            .arg(exposed.y())
-                                            .arg(exposed.width())
-                                            .arg(exposed.height()) +
-                                        differences(image, expected)));
-                }
+                compare(item, plain, transform, AllExposed);
+                compare(item, plain, transform, part);
             }
         }
     }
 
 private Q_SLOTS:
-    void signalAsLines_data()
-    {
-        QTest::addColumn<int>("run");
-        QTest::newRow("random") << 2;
-        QTest::newRow("some edges") << 30;
-        QTest::newRow("long runs") << 3000;
-    }
-
     void signalAsLines()
     {
-        QFETCH(int, run);
-        QRandomGenerator random(quint32(run) + 5);
-        QBitArray const data = randomSignal(random, 3001, run);
-        SignalWaveItem item;
-        item.setWaveData(data);
-        for (bool selected : {false, true}) {
-            item.setWaveSelected(selected);
-            compare(item, [&](QPainter* painter, QRectF const& exposed) {
-                paintSignal(painter, exposed, data, selected);
-            });
-        }
-    }
-
-    void busAsLines_data()
-    {
-        QTest::addColumn<int>("format");
-        QTest::addColumn<int>("bits");
-        QTest::addColumn<int>("run");
-        QTest::newRow("random hex") << int(DataFormat::Hexadecimal) << 16 << 2;
-        QTest::newRow("slow hex") << int(DataFormat::Hexadecimal) << 5 << 50;
-        QTest::newRow("binary") << int(DataFormat::Binary) << 8 << 500;
-        QTest::newRow("ASCII") << int(DataFormat::Ascii) << 32 << 400;
-        QTest::newRow("long runs") << int(DataFormat::SignedDecimal) << 3 << 9000;
-        QTest::newRow("one bit") << int(DataFormat::Octal) << 1 << 7;
-        for (int format = DataFormat::UnsignedBarChart; format <= DataFormat::SignedLineChart;
-             ++format) {
-            for (int bits : {1, 2, 16, 40})
-                QTest::addRow("chart %d, %d bits", format, bits) << format << bits << 5;
+        for (int const run : {2, 30, 3000}) {
+            QRandomGenerator random(quint32(run) + 5);
+            QBitArray const data = randomSignal(random, 3001, run);
+            SignalWaveItem item;
+            item.setWaveData(data);
+            for (bool selected : {false, true}) {
+                item.setWaveSelected(selected);
+                Plain const plain = [&](QPainter* painter, QRectF const& exposed) {
+                    paintSignal(painter, exposed, data, selected);
+                };
+                compareAll(item, plain);
+                // pixels can't be told when it is flipped, so lines are drawn
+                compare(item, plain, QTransform(0.25, 0, 0, -1, 0, 60), AllExposed);
+            }
         }
     }
 
     void busAsLines()
     {
-        QFETCH(int, format);
-        QFETCH(int, bits);
-        QFETCH(int, run);
-        QRandomGenerator random(quint32(run) + 7);
-        QList<QBitArray> members;
-        for (int i = 0; i < bits; ++i)
-            members.append(randomSignal(random, 3001, run));
-        Samples const samples = samplesOf(members);
-        DataFormatter const formatter{DataFormat::Type(format)};
-        BusWaveItem item(&formatter);
-        item.setWaveData(samples);
-        compare(item, [&](QPainter* painter, QRectF const& exposed) {
-            paintBus(painter, exposed, samples, formatter);
-        });
+        QList<std::tuple<DataFormat::Type, int, int>> cases{
+            // format, bits, average length of a run
+            {DataFormat::Hexadecimal, 16, 2},     {DataFormat::Hexadecimal, 5, 50},
+            {DataFormat::Binary, 8, 500},         {DataFormat::Ascii, 32, 400},
+            {DataFormat::SignedDecimal, 3, 9000}, {DataFormat::Octal, 1, 7},
+        };
+        for (DataFormat::Type const chart :
+             {DataFormat::UnsignedBarChart, DataFormat::UnsignedLineChart,
+              DataFormat::SignedBarChart, DataFormat::SignedLineChart})
+            for (int const bits : {1, 2, 16, 40})
+                cases.append({chart, bits, 5});
+        for (auto const& [format, bits, run] : qAsConst(cases)) {
+            QRandomGenerator random(quint32(run) + 7);
+            QList<QBitArray> members;
+            for (int i = 0; i < bits; ++i)
+                members.append(randomSignal(random, 3001, run));
+            Samples const samples = samplesOf(members);
+            DataFormatter const formatter{format};
+            BusWaveItem item(&formatter);
+            item.setWaveData(samples);
+            compareAll(item, [&](QPainter* painter, QRectF const& exposed) {
+                paintBus(painter, exposed, samples, formatter);
+            });
+        }
     }
 
     void textFarBehind() // the same picture as at the begin of a capture
@@ -311,37 +307,12 @@ private Q_SLOTS:
         BusWaveItem item(&formatter);
         item.setColor(WaveColor);
         item.setMemberData({QBitArray(5000000, true), QBitArray(5000000, true)});
-        Paint const paint = [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
-            item.paint(painter, option, nullptr);
-        };
         auto const at = [&](double left) {
-            return picture(paint, QTransform(1, 0, 0, 1, -left, 0), QRect(QPoint(), PictureSize),
+            return picture(paintOf(item), QTransform(1, 0, 0, 1, -left, 0), AllExposed,
                            item.boundingRect());
         };
         QVERIFY(at(200000000) == at(300));
         QCOMPARE(at(200000000).pixelColor(1, 6), WaveColor);
-    }
-
-    void flipped() // pixels can't be told here, so lines are drawn
-    {
-        QRandomGenerator random(3);
-        QBitArray const data = randomSignal(random, 200, 3);
-        SignalWaveItem item;
-        item.setWaveData(data);
-        item.setColor(WaveColor);
-        QTransform const transform(0.25, 0, 0, -1, 0, 60);
-        QRect const all(QPoint(), PictureSize);
-        QImage const image = picture(
-            [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
-                item.paint(painter, option, nullptr);
-            },
-            transform, all, item.boundingRect());
-        QImage const expected = picture(
-            [&](QPainter* painter, QStyleOptionGraphicsItem const* option) {
-                paintSignal(painter, option->exposedRect, data, false);
-            },
-            transform, all, item.boundingRect());
-        QVERIFY2(image == expected, qPrintable(differences(image, expected)));
     }
 };
 

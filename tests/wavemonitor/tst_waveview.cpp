@@ -1,23 +1,19 @@
+#include "tests/support/widgettools.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/waveview.h"
 #include "wavemonitor/waveviewmenu.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QContextMenuEvent>
 #include <QGraphicsRectItem>
 #include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTimer>
-#include <QWheelEvent>
-#include <QtTest>
 
 #include <cmath>
 #include <limits>
 
 using namespace WaveMonitor;
+using namespace widgettools;
 
 namespace {
 
@@ -89,10 +85,8 @@ public:
 /// A ruler above a wave view, wired as in a monitor, over 1000 samples.
 struct Panes
 {
-    explicit Panes(quint64 domain = 0)
+    Panes()
     {
-        wave.setDomain(domain);
-        ruler.setDomain(domain);
         wave.setDataSource(&source);
         wave.setCursorItem(ruler.cursorItem());
         ruler.viewport()->installEventFilter(&wave);
@@ -112,20 +106,6 @@ struct Panes
     RulerView ruler;
     WaveView wave;
 };
-
-void wheel(QWidget* viewport, QPoint const& angle, Qt::KeyboardModifiers modifiers)
-{
-    QWheelEvent event(QPointF(100, 20), viewport->mapToGlobal(QPoint(100, 20)), {}, angle,
-                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(viewport, &event);
-}
-
-void drag(WaveView& view, Qt::MouseButton button, QPoint const& from, QPoint const& to)
-{
-    QTest::mousePress(view.viewport(), button, {}, from);
-    QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, button, {});
-    QApplication::sendEvent(view.viewport(), &move);
-}
 
 QColor pixel(WaveView& view, int x, int y = 100)
 {
@@ -188,7 +168,7 @@ private Q_SLOTS:
         QCOMPARE(panes.wave.zoomRate(), 0.5);
         wheel(panes.wave.viewport(), QPoint(120, 0), Qt::ControlModifier);
         QCOMPARE(panes.wave.zoomRate(), 0.5);
-        wheel(panes.ruler.viewport(), QPoint(0, -120), Qt::NoModifier);
+        wheel(panes.ruler.viewport(), QPoint(0, -120));
         QCOMPARE(panes.wave.zoomRate(), 0.5);
         QVERIFY(panes.wave.verticalScrollBar()->value() > 0);
     }
@@ -225,32 +205,25 @@ private Q_SLOTS:
         panes.wave.rearrangeItems();
     }
 
-    void notesLayRowsOut_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<int>("rows");
-        QTest::newRow("format") << int(DataFormatChanged) << 20;
-        QTest::newRow("collapse") << int(RowCollapsed) << 20;
-        QTest::newRow("expand") << int(RowExpanded) << 20;
-        QTest::newRow("remove") << int(RemoveWaveItems) << 0;
-        QTest::newRow("rearrange") << int(RearrangeWaveItems) << 21;
-        QTest::newRow("layout") << int(LayoutChanged) << 21;
-        QTest::newRow("colour") << int(WaveColorChanged) << 20;
-    }
-
     void notesLayRowsOut()
     {
-        QFETCH(int, type);
-        Panes panes;
-        panes.source.addRow(50000.0);
-        Participant other;
-        Notification note(static_cast<NotificationType>(type), &other);
-        other.setDomain(9);
-        panes.wave.handleEvents(&note);
-        QCOMPARE(panes.wave.scene()->items().size(), 20);
-        other.setDomain(0);
-        QCOMPARE(panes.wave.handleEvents(&note), QString());
-        QTEST(panes.wave.scene()->items().size(), "rows");
+        std::pair<NotificationType, int> const rowsAfter[] = {
+            {DataFormatChanged, 20}, {RowCollapsed, 20},       {RowExpanded, 20},
+            {RemoveWaveItems, 0},    {RearrangeWaveItems, 21}, {LayoutChanged, 21},
+            {WaveColorChanged, 20},
+        };
+        for (auto const& [type, rows] : rowsAfter) {
+            Panes panes;
+            panes.source.addRow(50000.0);
+            Participant other;
+            Notification note(type, &other);
+            other.setDomain(9);
+            panes.wave.handleEvents(&note);
+            QCOMPARE(panes.wave.scene()->items().size(), 20);
+            other.setDomain(0);
+            QCOMPARE(panes.wave.handleEvents(&note), QString());
+            QCOMPARE(panes.wave.scene()->items().size(), rows);
+        }
     }
 
     /// A note for each of thousands of rows does not lay out thousands of rows each time, and the
@@ -283,7 +256,7 @@ private Q_SLOTS:
         QCOMPARE(panes.ruler.cursorItem()->time(), 3);
         QCOMPARE(panes.source.highlighted, panes.source.items.at(1));
         QCOMPARE(moved.count(), 1);
-        drag(panes.wave, Qt::LeftButton, QPoint(200, 40), QPoint(209, 40));
+        drag(panes.wave.viewport(), Qt::LeftButton, QPoint(200, 40), QPoint(209, 40));
         QTest::mouseRelease(panes.wave.viewport(), Qt::LeftButton, {}, QPoint(209, 40));
         QCoreApplication::processEvents();
         QCOMPARE(panes.ruler.cursorItem()->time(), 4);
@@ -294,44 +267,39 @@ private Q_SLOTS:
         QCOMPARE(panes.source.highlighted, nullptr);
     }
 
-    void dragZoomsToItsRegion_data()
-    {
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        QTest::addColumn<double>("rate");
-        QTest::newRow("right") << 200 << 299 << 8.0;
-        QTest::newRow("left") << 299 << 200 << 8.0;
-        QTest::newRow("10 pixels, held at the greatest rate") << 400 << 410 << 16.0;
-        QTest::newRow("past the edge") << 400 << 9999 << 2.0;
-    }
-
     void dragZoomsToItsRegion()
     {
-        QFETCH(int, from);
-        QFETCH(int, to);
-        Panes panes;
-        panes.wave.resize(800 + panes.wave.width() - panes.wave.viewport()->width(), 300);
-        panes.wave.verticalScrollBar()->setValue(50);
-        int const left = qMin(from, to);
-        int const right = qMin(qMax(from, to), 799);
-        double const begin = panes.wave.mapToScene(left, 0).x();
-        drag(panes.wave, Qt::LeftButton, QPoint(from, 40), QPoint(to, 60));
-        QColor const shade = pixel(panes.wave, left - 2);
-        QVERIFY(shade.blue() > 20 && shade.red() == 0);
-        // the line, and the shade over it
-        QVERIFY(pixel(panes.wave, left - 1).blue() == 255);
-        QCOMPARE(pixel(panes.wave, (left + right) / 2 + 3), QColor(Qt::black));
-        QVERIFY(pixel(panes.wave, right).blue() == 255);
+        std::tuple<int, int, double> const cases[] = {
+            {200, 299, 8.0},
+            {299, 200, 8.0},
+            {400, 410, 16.0}, // the fewest pixels, held at the greatest rate
+            {400, 9999, 2.0}, // past the edge
+        };
+        for (auto const& [from, to, rate] : cases) {
+            Panes panes;
+            panes.wave.resize(800 + panes.wave.width() - panes.wave.viewport()->width(), 300);
+            panes.wave.verticalScrollBar()->setValue(50);
+            int const left = qMin(from, to);
+            int const right = qMin(qMax(from, to), 799);
+            double const begin = panes.wave.mapToScene(left, 0).x();
+            drag(panes.wave.viewport(), Qt::LeftButton, QPoint(from, 40), QPoint(to, 60));
+            QColor const shade = pixel(panes.wave, left - 2);
+            QVERIFY(shade.blue() > 20 && shade.red() == 0);
+            // the line, and the shade over it
+            QVERIFY(pixel(panes.wave, left - 1).blue() == 255);
+            QCOMPARE(pixel(panes.wave, (left + right) / 2 + 3), QColor(Qt::black));
+            QVERIFY(pixel(panes.wave, right).blue() == 255);
 
-        QTest::mouseRelease(panes.wave.viewport(), Qt::LeftButton, {}, QPoint(to, 60));
-        QCOMPARE(panes.wave.zoomRate(), 1.0);
-        QCoreApplication::processEvents();
-        QTEST(panes.wave.zoomRate(), "rate");
-        QCOMPARE(panes.wave.verticalScrollBar()->value(), 50);
-        int const shown = panes.wave.mapFromScene(begin, 0).x();
-        QVERIFY2(shown >= 0 && shown + (right - left) * panes.wave.zoomRate() <= 801,
-                 qPrintable(QString::number(shown)));
-        QCOMPARE(pixel(panes.wave, 20), QColor(Qt::black));
+            QTest::mouseRelease(panes.wave.viewport(), Qt::LeftButton, {}, QPoint(to, 60));
+            QCOMPARE(panes.wave.zoomRate(), 1.0);
+            QCoreApplication::processEvents();
+            QCOMPARE(panes.wave.zoomRate(), rate);
+            QCOMPARE(panes.wave.verticalScrollBar()->value(), 50);
+            int const shown = panes.wave.mapFromScene(begin, 0).x();
+            QVERIFY2(shown >= 0 && shown + (right - left) * panes.wave.zoomRate() <= 801,
+                     qPrintable(QString::number(shown)));
+            QCOMPARE(pixel(panes.wave, 20), QColor(Qt::black));
+        }
     }
 
     void middleButtonMovesTheWaves()
@@ -339,7 +307,7 @@ private Q_SLOTS:
         Panes panes;
         panes.wave.horizontalScrollBar()->setValue(500);
         panes.wave.verticalScrollBar()->setValue(100);
-        drag(panes.wave, Qt::MiddleButton, QPoint(200, 100), QPoint(230, 60));
+        drag(panes.wave.viewport(), Qt::MiddleButton, QPoint(200, 100), QPoint(230, 60));
         QCOMPARE(panes.wave.horizontalScrollBar()->value(), 470);
         QCOMPARE(panes.wave.verticalScrollBar()->value(), 140);
         QCOMPARE(panes.wave.cursor().shape(), Qt::OpenHandCursor);
@@ -372,10 +340,10 @@ private Q_SLOTS:
         QCOMPARE(image.pixelColor(450, 100), QColor(0xFFA500));
         // the distances from the active marker stand beside the other lines alone
         auto const texted = [&image](int x, QColor const& color) {
-            for (int y = image.height() - 12; y < image.height(); ++y) {
-                for (int i = x + 3; i < x + 20; ++i) {
-                    if (image.pixelColor(i, y).hue() == color.hue() &&
-                        image.pixelColor(i, y).value() > 100) {
+            for (int i = x + 3; i < x + 20; ++i) {
+                for (int y = image.height() - 12; y < image.height(); ++y) {
+                    QColor const pixel = image.pixelColor(i, y);
+                    if (pixel.hue() == color.hue() && pixel.value() > 100) {
                         return true;
                     }
                 }
@@ -452,22 +420,6 @@ private Q_SLOTS:
         QCOMPARE(panes.wave.zoomRate(), 0.5);
     }
 
-    void monitorsKeepApart()
-    {
-        Panes one(1);
-        Panes two(2);
-        one.wave.zoomIn();
-        one.wave.jump(500);
-        one.ruler.createMarker(3);
-        QCoreApplication::processEvents();
-        QCOMPARE(one.ruler.zoomRate(), 2.0);
-        QCOMPARE(two.wave.zoomRate(), 1.0);
-        QCOMPARE(two.ruler.zoomRate(), 1.0);
-        QCOMPARE(two.ruler.horizontalScrollBar()->value(), 0);
-        two.source.trigger = 900;
-        QCOMPARE(pixel(two.wave, 150), QColor(Qt::black));
-    }
-
     /// Whoever goes first, with notes still queued: nothing is read or freed twice.
     void deletionIsHarmless()
     {
@@ -490,8 +442,7 @@ private Q_SLOTS:
         wave->zoomIn();
         Participant().post(LayoutChanged);
         QTimer::singleShot(0, this, [&wave] { wave.reset(); });
-        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(10, 10), QPoint(10, 10));
-        QApplication::sendEvent(wave->viewport(), &event);
+        rightClick(wave->viewport(), QPoint(10, 10));
         QVERIFY(!wave);
         QCOMPARE(item->scene(), nullptr);
         QCoreApplication::processEvents();
