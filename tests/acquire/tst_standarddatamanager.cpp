@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 using namespace VEK;
@@ -198,18 +199,13 @@ private slots:
     /// Numbers that no file should hold must not loop, divide or overflow.
     void nonsenseNumbers()
     {
-        struct Row
-        {
-            int windows;
-            int amount;
-            int depth;
-        };
-        for (Row const& row : {Row{0, 100, 1024}, Row{-3, 100, 1024}, Row{2000000000, 0, 1024},
-                               Row{3, 1, -2147483647}}) {
+        // windows, amount, depth
+        for (auto const& row : std::vector<std::array<int, 3>>{
+                 {0, 100, 1024}, {-3, 100, 1024}, {2000000000, 0, 1024}, {3, 1, -2147483647}}) {
             Core odd(0);
-            odd.windowNum = row.windows;
-            odd.captureAmount = row.amount;
-            odd.storageDepth = row.depth;
+            odd.windowNum = row[0];
+            odd.captureAmount = row[1];
+            odd.storageDepth = row[2];
             load({&odd});
             ScriptedServer::replyData(firstPoll(), Zeros16);
             QCOMPARE(m_manager->status(), AnalyzerReading);

@@ -3,9 +3,8 @@
 #include "model/bits.h"
 #include "model/capturecore.h"
 
-#include "plaindecoding.h"
-
 #include <QDomDocument>
+#include <QRandomGenerator>
 #include <QTest>
 
 #include <algorithm>
@@ -13,6 +12,26 @@
 using namespace VEK;
 
 namespace {
+
+QString randomBits(int count)
+{
+    QRandomGenerator random{quint32(count)};
+    QString bits(count, '0');
+    for (QChar& bit : bits)
+        bit = random.bounded(2) ? '1' : '0';
+    return bits;
+}
+
+/// The rows of a reply, one at a time: `width` bits from the end on and every `step` bits before
+/// it, up to `amount`, and with zeros before the first bit.
+QStringList plainRows(QString const& stream, int width, int step, int amount)
+{
+    QString const padded = QString(width, '0') + stream;
+    QStringList rows;
+    for (int end = stream.size(); rows.size() < amount && (rows.isEmpty() || end > 0); end -= step)
+        rows.append(padded.mid(end, width));
+    return rows;
+}
 
 /// The row that comes first when the ring is turned so that the trigger row lands at its position.
 int firstRow(QStringList const& rows, int triggerPos, bool dynamic)
@@ -80,7 +99,13 @@ private slots:
             for (auto const& decoded : analyzer.handleTdoData(&core, str2bit(stream)))
                 samples.append(bit2str(decoded.data));
             int const first = firstRow(rows, triggerPos, type == ExpressionDynamic);
-            QCOMPARE(samples, plainColumns(rows, signalCount, 1, first));
+            QStringList expected;
+            for (int j = 1; j <= signalCount; ++j) {
+                expected.append(QString());
+                for (int i = 0; i < rows.size(); ++i)
+                    expected.last() += rows.at((first + i) % rows.size()).at(j);
+            }
+            QCOMPARE(samples, expected);
         }
     }
 

@@ -3,9 +3,17 @@
 
 #include <QtTest>
 
-#include <memory>
-
 namespace {
+
+struct Row
+{
+    int amount;
+    QByteArray onDesk; ///< The device there.
+    QString option;    ///< The device that the host is told.
+    int implemention;
+    bool initial;
+    int first; ///< The sample in row 1; the others follow, round the ring.
+};
 
 constexpr int Width = 9;
 QString const Entries = Setup::entry("data", Width) + Setup::entry("flag");
@@ -42,79 +50,52 @@ QByteArray csv(QVector<int> const& samples)
 
 } // namespace
 
+Q_DECLARE_METATYPE(Row)
+
 /// Lite captures from the command line to the file.
 class TestLite : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void init() { m_desk = std::make_unique<Desk>(); }
-
     void captures_data()
     {
-        QTest::addColumn<int>("amount");
-        QTest::addColumn<QString>("onDesk");
-        QTest::addColumn<QString>("option");
-        QTest::addColumn<int>("implemention");
-        QTest::addColumn<bool>("initial");
-        QTest::addColumn<int>("first"); ///< The sample in row 1; the others follow, round the ring.
-        QTest::addColumn<QString>("fault");
+        QTest::addColumn<Row>("row");
         for (int amount : {1, 127, 128, 129, 1000})
-            QTest::addRow("%d", amount) << amount << "TK-501"
-                                        << "" << 0 << (amount == 129) << 0 << "";
-        QTest::newRow("65536") << 65536 << "TK-501"
-                               << "" << 1 << true << 0 << "";
-        QTest::newRow("turned") << 40 << "TK-102"
-                                << "TK-102" << 0 << false << 0 << "";
-        QTest::newRow("turned, unknown to the host") << 40 << "TK-107"
-                                                     << "" << 0 << true << 39 << "";
-        QTest::newRow("another device") << 40 << "TK-501"
-                                        << "TK-107" << 0 << false << 1 << "";
-        QTest::newRow("implementation 1") << 40 << "TK-107"
-                                          << "TK-107" << 1 << true << 0 << "";
-        for (char const* fault : {R"("delay": 700)", R"("byte_by_byte": true)", R"("together": 2)"})
-            QTest::newRow(fault) << 130 << "TK-501"
-                                 << "" << 0 << false << 0 << fault;
+            QTest::addRow("%d", amount) << Row{amount, "TK-501", "", 0, amount == 129, 0};
+        QTest::newRow("65536") << Row{65536, "TK-501", "", 1, true, 0};
+        QTest::newRow("turned") << Row{40, "TK-102", "TK-102", 0, false, 0};
+        QTest::newRow("turned, unknown to the host") << Row{40, "TK-107", "", 0, true, 39};
+        QTest::newRow("another device") << Row{40, "TK-501", "TK-107", 0, false, 1};
+        QTest::newRow("implementation 1") << Row{40, "TK-107", "TK-107", 1, true, 0};
     }
 
     void captures()
     {
-        QFETCH(int, amount);
-        QFETCH(QString, onDesk);
-        QFETCH(QString, option);
-        QFETCH(int, implemention);
-        QFETCH(bool, initial);
-        QFETCH(int, first);
-        QFETCH(QString, fault);
-        QVERIFY(m_desk->lay(Setup::lite(amount, implemention, initial, Entries),
-                            stimulus(amount + 20)));
-        QVERIFY(m_desk->write("bench.json", R"({"design": "setup.vek", "device": ")" +
-                                                onDesk.toLatin1() +
-                                                R"(", "stimulus": {"vcd": "stimulus.vcd"},
-                                                "faults": {)" +
-                                                fault.toLatin1() + "}}"));
+        QFETCH(Row, row);
+        Desk desk;
+        QVERIFY(desk.lay(Setup::lite(row.amount, row.implemention, row.initial, Entries),
+                         stimulus(row.amount + 20)));
+        QVERIFY(desk.write("bench.json", R"({"design": "setup.vek", "device": ")" + row.onDesk +
+                                             R"(", "stimulus": {"vcd": "stimulus.vcd"}})"));
         QVector<int> samples;
-        for (int i = 0; i < amount; ++i)
-            samples += (first + i) % amount;
-        Outcome expected;
-        expected.out = Started + "Export lite.csv\n" + Ended;
-        expected.files["lite.csv"] = csv(samples);
+        for (int i = 0; i < row.amount; ++i)
+            samples += (row.first + i) % row.amount;
+        Outcome const expected{
+            0, Started + "Export lite.csv\n" + Ended, {{"lite.csv", csv(samples)}}};
         QCOMPARE(
-            m_desk->problem({"-vek", "setup.vek", "-out", "lite", "-device", option}, expected),
+            desk.problem({"-vek", "setup.vek", "-out", "lite", "-device", row.option}, expected),
             QString());
     }
 
     void failedOpen()
     {
-        QVERIFY(m_desk->lay(Setup::lite(20, 0, true, Entries), stimulus(20),
-                            R"(, "open_result": -20)"));
-        Outcome expected;
-        expected.out = Started + Ended + "Error: No fs file downloaded.\n";
-        QCOMPARE(m_desk->problem({"-vek", "setup.vek"}, expected), QString());
+        Desk desk;
+        QVERIFY(
+            desk.lay(Setup::lite(20, 0, true, Entries), stimulus(20), R"(, "open_result": -20)"));
+        Outcome const expected{0, Started + Ended + "Error: No fs file downloaded.\n", {}};
+        QCOMPARE(desk.problem({"-vek", "setup.vek"}, expected), QString());
     }
-
-private:
-    std::unique_ptr<Desk> m_desk;
 };
 
 QTEST_GUILESS_MAIN(TestLite)

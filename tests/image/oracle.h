@@ -6,8 +6,7 @@
 
 #include <algorithm>
 
-/// The register image worked out once more, on text with one character a bit, and an evaluator of
-/// trigger expressions that descends recursively.
+/// The register image worked out once more, on text with one character a bit.
 namespace oracle {
 
 inline QString field(QString const& bits, int width)
@@ -103,86 +102,6 @@ inline QStringList registerWords(VEK::SxCore const& core, bool shorterDevice)
         words.append(write(address++, number(quint32(value), width)));
     for (int unit : usedUnits(core))
         words += unitWords(*core.matchUnits.at(unit), width);
-    return words;
-}
-
-/// Descends by priority: or, exclusive or, and, then not, brackets and units.
-class Evaluator
-{
-public:
-    Evaluator(QString const& text, quint32 values) : m_text(text), m_values(values) {}
-
-    bool value(int level = 0)
-    {
-        if (level == 3)
-            return unary();
-        bool result = value(level + 1);
-        while (take("|^&"[level])) {
-            bool const other = value(level + 1);
-            result = level == 0 ? result || other : level == 1 ? result != other : result && other;
-        }
-        return result;
-    }
-
-private:
-    bool unary()
-    {
-        if (take('!'))
-            return !unary();
-        if (take('(')) {
-            bool const result = value();
-            take(')');
-            return result;
-        }
-        take('M');
-        int unit = 0;
-        while (m_at < m_text.size() && m_text.at(m_at).isDigit())
-            unit = unit * 10 + m_text.at(m_at++).digitValue();
-        return (m_values >> unit) & 1;
-    }
-
-    bool take(char character)
-    {
-        bool const taken = m_at < m_text.size() && m_text.at(m_at) == QChar(character);
-        m_at += taken;
-        return taken;
-    }
-
-    QString m_text;
-    quint32 m_values;
-    int m_at = 0;
-};
-
-/// The value of a well-formed expression when bit i of `combination` is the match of `units[i]`.
-inline bool evaluate(QString const& expression, QList<int> const& units, quint32 combination)
-{
-    quint32 values = 0;
-    for (int i = 0; i < units.size(); ++i)
-        values |= ((combination >> i) & 1) << units.at(i);
-    return Evaluator(expression, values).value();
-}
-
-inline QStringList tableWords(VEK::SxCore const& core)
-{
-    if (core.expressionType == 0)
-        return {};
-    bool const flagged = core.expressions.size() == core.expressionEnabled.size();
-    QStringList chosen;
-    for (int i = 0; i < core.expressions.size(); ++i) {
-        if (!flagged || core.expressionEnabled.at(i))
-            chosen.append(QString(core.expressions.at(i)).remove(' '));
-    }
-    if (flagged && chosen.isEmpty())
-        chosen.append(QString()); // true for everything
-    QList<int> const units = usedUnits(core);
-    int const width = fieldWidth(core);
-    QStringList words;
-    for (int e = 0; e < chosen.size(); ++e) {
-        for (quint32 k = 0; k < 1u << units.size(); ++k) {
-            bool const fires = chosen.at(e).isEmpty() || evaluate(chosen.at(e), units, k);
-            words.append(write(43776 + 16 * e + fires, number(k, width)));
-        }
-    }
     return words;
 }
 

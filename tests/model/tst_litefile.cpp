@@ -1,7 +1,6 @@
 #include "configtext.h"
 #include "model/litefile.h"
 #include "model/vekfile.h"
-#include "tests/support/randomcore.h"
 
 #include <QtTest>
 
@@ -70,32 +69,6 @@ private slots:
         QVERIFY(!writeVEKConfigToXml_Lite(result.cores, m_file.folder() + "/none/lite.vek"));
     }
 
-    void anyCoreComesBack()
-    {
-        randomcore::Draw draw(20);
-        for (int i = 0; i < 100; ++i) {
-            SXCore_Lite core;
-            core.index = draw.below(40);
-            core.trigType = draw.below(3);
-            core.captureAmount = draw.below(5000) - 100;
-            core.implemention = draw.below(3);
-            core.inputRegisterEnabled = draw.chance(50);
-            core.captureInitDataEnabled = draw.chance(50);
-            core.sampleClock = draw.chance(50) ? "top/<\u00fchr>" : "";
-            core.moduleName = draw.chance(50) ? "a \"b\"" : "";
-            for (int k = draw.below(9); k > 0; --k) {
-                core.allSignalList.append(randomcore::signalItem(draw, draw.chance(70)));
-                if (core.allSignalList.last().captureEnable)
-                    core.dataSignalList.append(core.allSignalList.last());
-            }
-            QVERIFY(writeVEKConfigToXml_Lite({&core, &core}, m_file.path()));
-            Result const result(m_file.path());
-            QCOMPARE(result.cores.size(), 2);
-            QCOMPARE(show(*result.cores.first()), show(core));
-            QCOMPARE(show(*result.cores.last()), show(core));
-        }
-    }
-
     void attributes()
     {
         char const* const rows[][2] = {
@@ -124,7 +97,6 @@ private slots:
             QTest::newRow(text) << error << cores << id;
         };
         row("<V><Version/><SxCore_Lite/></V>", "", 1, "as before");
-        row("<V><Version>2.x</Version><SxCore_Lite/></V>", "", 1, "as before");
         row("<V><Version>3.0.1</Version><SxCore_Lite/></V>",
             "The version of Vek config file is too high.", 0, "as before");
         row("<V><Version>3.x</Version><SxCore_Lite/></V>", "Invalid Vek config file.", 0,

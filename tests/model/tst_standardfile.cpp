@@ -226,12 +226,37 @@ private slots:
                     << QStringLiteral("<V><Version>%1</Version></V>").arg(text) << error;
         };
         versions({"3.0.0", "", ".", "2.7.99", "1.x", "-4"}, QString());
-        versions({"3.0.1", "3.1", "4.x"}, "The version of Vek config file is too high.");
+        versions({"3.0.1", "3.1", "4.x", "10.0"}, "The version of Vek config file is too high.");
         versions({"3.x", "3,0", "99999999999"}, "Invalid Vek config file.");
         char const* const broken[][2] = {{"<a>\n<b></a>", "tag mismatch at 2:7"},
                                          {"", "unexpected end of file at 1:1"}};
         for (auto const& row : broken)
             QTest::newRow(row[1]) << row[0] << row[1];
+        // what would exhaust the stack or the time, also where it hides from a simple count
+        auto const document = [](QString const& text) {
+            return "<V><Version>3.0</Version>" + text + "</V>";
+        };
+        auto const nested = [](QString const& head, int count, QString const& inner) {
+            return head.repeated(count) + inner + QString("</a>").repeated(count);
+        };
+        QTest::newRow("behind a quote")
+            << document("<?p ' ?>" + nested("<a>", 30000, "")) << "nested too deeply";
+        QTest::newRow("behind closings that are none")
+            << document(nested("<a b='/>' c=\"'></a>\"><!--</a>--><![CDATA[</a>]]><?p </a>?>",
+                               30000, ""))
+            << "nested too deeply";
+        QTest::newRow("one too many")
+            << document(nested("<a>", 255, "<a/>")) << "nested too deeply at 1:791";
+        QTest::newRow("as deep as may be")
+            << "<!DOCTYPE V SYSTEM '[>'>" +
+                   document(QString("<a/>").repeated(300) +
+                            nested("<a>", 255, "<!--<a>--><![CDATA[<!DOCTYPE V [<a>]]>"))
+            << QString();
+        QTest::newRow("in entities")
+            << "<!DOCTYPE V [<!ENTITY e '" + QString("<a>").repeated(200) + "'>]><V>"
+            << "document type";
+        QTest::newRow("content model")
+            << "<!DOCTYPE V [<!ELEMENT a " + QString("(").repeated(200000) << "document type";
         for (char const* text : {"<V><x><Version>3.0</Version></x></V>", "<KVX/>",
                                  "<KVX><Version>3.0</Version><VEK_CONFIG/></KVX>"})
             QTest::newRow(text) << text << "Unknown Vek Version.";
@@ -241,49 +266,11 @@ private slots:
     {
         QFETCH(QString, content);
         Result result(content);
-        QTEST(result.error, "error");
-        QCOMPARE(result.ok, result.error.isEmpty());
+        QFETCH(QString, error);
+        QVERIFY2(result.error.contains(error), qPrintable(result.error));
+        QVERIFY(result.ok == error.isEmpty() && result.ok == result.error.isEmpty());
         QVERIFY(result.cores.isEmpty());
         QVERIFY(readVEKConfigFromString(content, result.id, nullptr, nullptr).isEmpty());
-    }
-
-    void hostile_data()
-    {
-        QTest::addColumn<QString>("content");
-        QTest::addColumn<QString>("error");
-        QString const open = QString("<a>").repeated(30000);
-        QString const close = QString("</a>").repeated(30000) + "</V>";
-        QString const head = "<V><Version>3.0</Version>";
-        QTest::newRow("behind a quote") << head + "<?p ' ?>" + open + close << "nested too deeply";
-        QString const hidden = "<a b='/>' c=\"'></a>\"><!--</a>--><![CDATA[</a>]]><?p </a>?><a/>";
-        QTest::newRow("behind closings that are none")
-            << head + hidden.repeated(30000) + close << "nested too deeply";
-        for (char const* last : {"<a></a>", "<a/>"}) // one level too many
-            QTest::newRow(last) << head + open.left(3 * 255) + last + close.left(4 * 255) + "</V>"
-                                << "nested too deeply at 1:791";
-        QTest::newRow("in entities") << "<!DOCTYPE V [<!ENTITY e '" + open.left(600) + "'>]>" +
-                                            head + QString("&e;").repeated(150) + close
-                                     << "document type";
-        QTest::newRow("content model")
-            << "<!DOCTYPE V [<!ELEMENT a " + QString("(").repeated(200000) << "document type";
-    }
-
-    void notHostile()
-    {
-        QString const open = QString("<a/>").repeated(300) + QString("<a>").repeated(255) +
-                             "<!--<a>--><![CDATA[<!DOCTYPE V [<a>]]>";
-        Result const result("<!DOCTYPE V SYSTEM '[>'><V><Version>3.0</Version>" + open +
-                            QString("</a>").repeated(255) + "</V>");
-        QVERIFY2(result.ok, qPrintable(result.error));
-    }
-
-    void hostile()
-    {
-        QFETCH(QString, content);
-        QFETCH(QString, error);
-        Result const result(content);
-        QVERIFY2(!result.ok && result.error.contains(error), qPrintable(result.error));
-        QVERIFY(vekModeFromVekConfigFile(m_file.write(content.toLatin1())) == VekModeUnknown);
     }
 
     void files()
@@ -305,22 +292,6 @@ private slots:
         QVERIFY2(ok, qPrintable(error));
         std::unique_ptr<SxCore> const core(cores.first());
         QCOMPARE(core->sampleClock, QString("\u00e9"));
-    }
-
-    void versions()
-    {
-        // a|b|flag, -1 for an exception
-        for (char const* row : {"2.0|2|2", "2|2.0.0|2", "1.9|2.0|1", "2.10|2.9|4", "|...|2",
-                                ".2..1|2.1|2", "3.x|2.0|4", "2.x|2.0|-1", "2|2.x|-1"}) {
-            QStringList const parts = QString(row).split('|');
-            int order = -1;
-            try {
-                order = compareVersion(parts.at(0), parts.at(1));
-            } catch (CompareException const& exception) {
-                QCOMPARE(exception.message, QString("Invalid Vek config file."));
-            }
-            QVERIFY2(order == parts.at(2).toInt(), row);
-        }
     }
 
     void modes()

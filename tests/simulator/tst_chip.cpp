@@ -115,34 +115,6 @@ private slots:
         }
     }
 
-    void windows()
-    {
-        ChipRig rig(staticCore(7, {"M0"}), counterRows(7, 128));
-        rig.setUp(1, 8, 4, 3);                        // three windows take the room of four
-        rig.setUnit(0, "0000010", "0000111", "0", 0); // every eighth sample from 2 on
-        rig.write(0, 1);
-        QVERIFY(!rig.isRunning());
-        QCOMPARE(rig.window(0, 8, 4), QByteArrayList({"0000000", "0000000"}) + counterRows(7, 6));
-        // The next window begins with sample 6 and finds 10.
-        QCOMPARE(rig.window(16, 8, 4), counterRows(7, 128).mid(6, 8));
-        QCOMPARE(rig.window(32, 8, 4), counterRows(7, 128).mid(14, 8));
-        QCOMPARE(rig.records(48, 1), QByteArrayList{"00000000"});
-        QCOMPARE(rig.records(8, 1), QByteArrayList{"00000000"}); // the ring is the amount
-    }
-
-    /// Counters begin full in every window; bases have 16 bits.
-    void secondWindow()
-    {
-        BuiltCore core = staticCore(7, {"M0|M1"}, 0x20000);
-        core.units[0].hasCounter = true;
-        ChipRig rig(core, counterRows(7, 100));
-        rig.setUp(1, 4, 0, 2);
-        rig.setUnit(0, "0", "0", "0", 0, 3); // every third sample
-        rig.setLevel(1, number(1, 7));
-        rig.write(0, 1); // the first window takes 0 to 4, the second counts 5, 6, 7
-        QCOMPARE(rig.window(0, 4, 0), counterRows(7, 100).mid(7, 4));
-    }
-
     /// Unit 0 fires at 10, 30 and 50, unit 1 at 10 and 40.
     void stages()
     {
@@ -211,21 +183,6 @@ private slots:
         QVERIFY(rig.isRunning());
         rig.write(0, 0);
         QVERIFY(!rig.isRunning());
-    }
-
-    void captureInit()
-    {
-        BuiltCore core = staticCore(7, {"M0"});
-        core.hasCaptureInit = true;
-        ChipRig rig(core, counterRows(7, 100));
-        rig.setUp(1, 8, 3, 2);
-        rig.setUnit(0, "0", "0", "0", 0); // always
-        QCOMPARE(rig.readRegister(3), number(1, 16));
-        rig.write(0, 1);
-        QCOMPARE(rig.readRegister(3), number(0, 16));
-        QVERIFY(!rig.isRunning());
-        QCOMPARE(rig.window(0, 8, 3), counterRows(7, 8)); // only the first window waits
-        QCOMPARE(rig.window(32, 8, 3).mid(3), counterRows(7, 100).mid(8, 5));
     }
 
     /// Registers and tables survive arming; the sample before counts across windows and armings.

@@ -116,18 +116,8 @@ private slots:
 
     void badExpressions()
     {
-        QStringList const rows{"",
-                               "&M0",
-                               "M0&",
-                               "M0 M1",
-                               "M0!",
-                               "(M0",
-                               "M0)",
-                               "()",
-                               "M16",
-                               "N0",
-                               QString("M0|").repeated(5000) + "M0",
-                               QString(4095, '(')};
+        QStringList rows = QString(",&M0,M0&,M0 M1,M0!,(M0,M0),(),M16,N0").split(',');
+        rows << QString("M0|").repeated(5000) + "M0" << QString(4095, '(');
         for (QString const& text : rows) {
             TruthTable table;
             unsigned units = 0;

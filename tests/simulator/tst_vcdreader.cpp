@@ -3,10 +3,7 @@
 #include "simulator/vcdsampler.h"
 
 #include <QBuffer>
-#include <QRegularExpression>
 #include <QtTest>
-
-#include <random>
 
 using namespace VEK::Simulator;
 
@@ -173,21 +170,6 @@ private slots:
         QTEST(sampledText(text, "s"), "expected");
     }
 
-    void severalClocks()
-    {
-        QBuffer buffer;
-        buffer.setData("$var reg 1 a c1 $end $var reg 1 b c2 $end $var reg 3 n n $end "
-                       "$enddefinitions $end #0 0a 0b b0 n #1 1a b1 n #2 1b b10 n #3 0a b11 n "
-                       "#4 1a 0b b100 n #5 1b");
-        buffer.open(QIODevice::ReadOnly);
-        std::vector<SampleTable> tables;
-        QString error;
-        QVERIFY(
-            sampleVcd(buffer, {{{"n[1]", "n[0]"}, "c1"}, {{"n[2]", "n[0]"}, "c2"}}, tables, error));
-        QCOMPARE(rowTexts(tables[0]), QByteArrayList({"00", "11"}));
-        QCOMPARE(rowTexts(tables[1]), QByteArrayList({"01", "10"}));
-    }
-
     /// Words may be cut anywhere by the chunks of a read, and be longer than one.
     void pieces()
     {
@@ -199,26 +181,6 @@ private slots:
             expected.append(number(k % 16, 4));
         }
         QCOMPARE(sampledText(text, "v[3] v[2] v[1] v[0]"), expected.join(' '));
-    }
-
-    /// Damage anywhere gives an error or a result, but always an end.
-    void damaged()
-    {
-        QByteArray const sound = "$timescale 1ns $end\n" + Head +
-                                 "#0 $dumpvars 0! b1010 # 1% $end #5 1! #6 0! $dumpoff x! $end #9 "
-                                 "$dumpon 1! $end $comment c $end #10 0! #11 1!\n";
-        std::mt19937 random(7);
-        int errors = 0;
-        for (int round = 0; round < 3000; ++round) {
-            QByteArray text = sound;
-            for (unsigned n = random() % 4; n > 0; --n)
-                text[int(random() % unsigned(text.size()))] = char(random() % 256);
-            if (random() % 2)
-                text.truncate(int(random() % unsigned(text.size())));
-            static QRegularExpression const rows("^[01 ]+$");
-            errors += !rows.match(QString::fromLatin1(sampledText(text, "v[3] s"))).hasMatch();
-        }
-        QVERIFY(errors > 1000 && errors < 3000);
     }
 };
 
