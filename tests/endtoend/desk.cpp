@@ -66,14 +66,14 @@ QMap<QString, QByteArray> Desk::results() const
     return results;
 }
 
-bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more)
+bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more,
+               QByteArray const& device)
 {
     bench = m_folder.filePath("run/bench.json");
     return write("setup.vek", vek) && write("stimulus.vcd", Stimulus::toVcd(waves)) &&
-           write("bench.json", R"({"device": "TK-501", "design": "setup.vek",
-               "stimulus": {"vcd": "stimulus.vcd"},
-               "cables": [{"kind": "FT2CH", "location": 7}, {"kind": "LPT"}])" +
-                                   more + "}");
+           write("bench.json", R"({"design": "setup.vek", "stimulus": {"vcd": "stimulus.vcd"},
+               "cables": [{"kind": "FT2CH", "location": 7}, {"kind": "LPT"}], "device": ")" +
+                                   device + '"' + more + "}");
 }
 
 void Desk::start(QProcess& process, QStringList const& arguments, QString const& name) const

@@ -31,7 +31,8 @@ public:
 
     /// Writes "setup.vek", its stimulus, and a bench file with both, an FT2CH cable at location 7
     /// and an LPT cable. `more` is appended to the members of the bench file.
-    bool lay(QByteArray const& vek, Waves const& waves, QByteArray const& more = QByteArray());
+    bool lay(QByteArray const& vek, Waves const& waves, QByteArray const& more = QByteArray(),
+             QByteArray const& device = "TK-501");
 
     /// Where a program of the root lies, such as "Programmer/bin/scanbridge".
     QString program(QString const& name) const { return m_folder.filePath(name); }

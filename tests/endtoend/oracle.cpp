@@ -229,3 +229,11 @@ QVector<Capture> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> co
     }
     return result;
 }
+
+QByteArray csvOf(QByteArray const& vek, Waves const& waves, QVector<int> const& samples)
+{
+    QDomDocument document;
+    document.setContent(vek);
+    QDomElement const list = all(document.documentElement(), "SignalList").first();
+    return csv(list.parentNode().toElement(), waves, samples);
+}

@@ -19,3 +19,6 @@ struct Capture
 /// window of each core; those that the waves don't fire are missing. `waves` gives the stimulus by
 /// sample clock.
 QVector<Capture> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> const& waves);
+
+/// The text of the first core's result file that shows these samples of the waves, Lite or not.
+QByteArray csvOf(QByteArray const& vek, Waves const& waves, QVector<int> const& samples);

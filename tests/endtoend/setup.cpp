@@ -40,6 +40,14 @@ QByteArray vek(QVector<Core> const& cores)
     return (text + "</VEK_CONFIG>\n").toLatin1();
 }
 
+QByteArray twoCores()
+{
+    QString const count = entry("count", 10);
+    QString const pattern = unit(0, 0, "XXX1000000");
+    return vek({{256, 20, 2, false, false, count, {{0, count}}, pattern},
+                {256, 20, 1, true, false, count, {{0, count}}, pattern}});
+}
+
 QByteArray lite(int amount, int implemention, bool initial, QString const& entries)
 {
     QString const core = "<SxCore_Lite index='0' sample_clock='clk' capture_amount='%1' "

@@ -32,6 +32,10 @@ QString unit(int index, int port, QString const& value, QString const& more = "f
 /// The text of a Standard file. A core's place is its index, its clock is "clk".
 QByteArray vek(QVector<Core> const& cores);
 
+/// A setup for many replies: two cores that capture "count[9]" to "count[0]" in sections, the
+/// first one in two windows, the second one dynamic.
+QByteArray twoCores();
+
 /// The text of a Lite file with one core, on clock "clk".
 QByteArray lite(int amount, int implemention, bool initial, QString const& entries);
 

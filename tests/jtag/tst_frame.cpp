@@ -150,18 +150,6 @@ private slots:
             device.buffer() += QByteArray(100000, 'x');
         }
     }
-
-    void damagedBodies()
-    {
-        QRandomGenerator random(4713);
-        for (int i = 0; i < 5000; ++i) {
-            QByteArray damaged = Body.left(random.bounded(1, Body.size() + 1));
-            for (int n = random.bounded(4); n > 0; --n)
-                damaged[random.bounded(damaged.size())] = char(random.generate());
-            CmdPack pack;
-            QVERIFY(packFromBody(damaged, pack) || pack.isEmpty());
-        }
-    }
 };
 
 QTEST_GUILESS_MAIN(FrameTest)

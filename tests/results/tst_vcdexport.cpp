@@ -32,29 +32,24 @@ QString dump(QString const& signalElements, bool level, unsigned long long step,
         .section("$enddefinitions\n$end\n", 1);
 }
 
-/// For one code the changes of a dump with step 2, as "sample:value".
-QStringList changes(QString const& text, QChar code)
+/// A dump with step 2 and without a trigger, looked at one sample at a time.
+QString plainDump(QStringList const& columns)
 {
-    QStringList found;
-    QString time;
-    for (QString const& line : text.section("$end\n", 1).split('\n')) {
-        if (line.startsWith('#'))
-            time = QString::number(line.mid(1).toInt() / 2);
-        else if (line.size() == 2 && line.endsWith(code))
-            found.append(time + ':' + line.at(0));
+    int const count = columns.first().size();
+    QString text = "#0|$dumpvars|1!|X'|X#|X$|$end|";
+    for (int i = 0; i < count; ++i) {
+        text += QString("#%1|").arg(2 * i + 1);
+        text += i == 0 ? "$comment Sample 0 (Start) $end|" : "";
+        text += i == count - 1 ? QString("$comment Sample %1 (End) $end|").arg(count) : "";
+        text += "0!|";
+        for (int k = 0; k < columns.size(); ++k) {
+            QStringRef const samples = columns.at(k).midRef(0, i + 1);
+            if (samples.size() > i && (i == 0 || samples.at(i) != samples.at(i - 1)))
+                text += QString(samples.at(i)) + "'#$"[k] + '|';
+        }
+        text += QString("#%1|1!||").arg(2 * i + 2);
     }
-    return found;
-}
-
-/// The changes of a signal, looked at one sample at a time.
-QStringList changesOf(QString const& samples)
-{
-    QStringList found;
-    for (int i = 0; i < samples.size(); ++i) {
-        if (i == 0 || samples.at(i) != samples.at(i - 1))
-            found.append(QString::number(i) + ':' + samples.at(i));
-    }
-    return found;
+    return lines(qPrintable(text + QString("#%1|").arg(2 * count + 2)));
 }
 
 } // namespace
@@ -122,13 +117,11 @@ void TestVcdExport::manySamples()
         QString samples(130, '0');
         for (int at : {0, 62, 64, 127, 129})
             samples[round ? int(random() % 130) : at] = round % 2 ? 'x' : '1';
-        QString const text =
-            dump(signalXml("0", "a", "", samples) + signalXml("1", "b", "", samples + "1010") +
-                     signalXml("2", "c", "", samples.left(128)),
-                 true, 2, -1);
-        QCOMPARE(changes(text, '"'), changesOf(samples));
-        QCOMPARE(changes(text, '#'), changesOf(samples));
-        QCOMPARE(changes(text, '$'), changesOf(samples.left(128)));
+        QStringList const columns{samples, samples + "1010", samples.left(128)};
+        QString signalElements;
+        for (QString const& column : columns)
+            signalElements += signalXml("0", "s", "", column);
+        QCOMPARE(dump(signalElements, true, 2, -1), plainDump(columns));
     }
 }
 
