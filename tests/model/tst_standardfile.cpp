@@ -58,7 +58,7 @@ QString const Document = R"(<?xml version="1"?>
 <VEK_CONFIG>
     <Version>3.0</Version>
     <Mode>Standard</Mode>
-    <SxCore index="2" sample_clock="top/clk" trig_type="1" storage_depth="2048" window_num="3" capture_amount="512" trigger_pos="-1" module_name="top" implementation="5" capture_init_data_enabled="true">
+    <SxCore index="2" sample_clock="top/%4" trig_type="1" storage_depth="2048" window_num="3" capture_amount="512" trigger_pos="-1" module_name="top" implementation="5" capture_init_data_enabled="true">
 %3        <Triggers>
             <Trigger index="0">
                 <SignalList>
@@ -71,7 +71,7 @@ QString const Document = R"(<?xml version="1"?>
             </Trigger>
 %1        </Triggers>
         <MatchUnits>
-            <MatchUnit index="0" enabled="1" match_type="4" counter_enable="1" counter_width="4" counter="9" countinuous="1" func="6" value0="001" value1="1X1" trigger="0"/>
+            <MatchUnit index="0" enabled="1" match_type="5" counter_enable="0" counter_width="4" counter="9" countinuous="1" func="6" value0="001" value1="1X1" trigger="7"/>
 %2        </MatchUnits>
         <Expressions type="Dynamic" ex_implementation="7">
             <Expression>M0&amp;!M3</Expression>
@@ -103,7 +103,7 @@ QString document()
                            "countinuous=\"0\" func=\"0\" value0=\"\" value1=\"\"/>\n")
                 .arg(i);
     }
-    return Document.arg(ports, units, SignalListText);
+    return Document.arg(ports, units, SignalListText, "\u00fchr");
 }
 
 } // namespace
@@ -118,12 +118,16 @@ private slots:
         Result const result(document());
         QCOMPARE(result.cores.size(), 2);
         QCOMPARE(show(result.core()).section('\n', 0, 6),
-                 "2 1 1 7 5 2048 512 -1 3 1\ntop/clk\ntop\n" + SignalListShown + "\nM0&!M3\nM3");
+                 "2 1 1 7 5 2048 512 -1 3 1\ntop/\u00fchr\ntop\n" + SignalListShown +
+                     "\nM0&!M3\nM3");
         QCOMPARE(show(result.core().getTrigger(0)->signalList),
                  QString("+u/en(Enable & go) +u/d[1:0](Data)[+u/d[1](high) +u/d[0]]"));
-        QCOMPARE(show(*result.core().matchUnit(0)), QString("0 1 4 1 4 9 1 6 0 '001' '1X1'"));
+        QCOMPARE(show(*result.core().matchUnit(0)), QString("0 1 5 0 4 9 1 6 7 '001' '1X1'"));
         QCOMPARE(show(*result.cores.at(1)), show(SxCore(0)));
         QCOMPARE(writeVekConfigToString(result.cores), document());
+        // a file has one byte a character
+        QVERIFY(writeVEKConfigToXml(result.cores, m_file.path()));
+        QCOMPARE(m_file.content(), document().toLatin1());
     }
 
     void roundTrip()
