@@ -37,6 +37,53 @@ int nextEdge(QBitArray const& data, int time, int end)
     return end;
 }
 
+/// Where the samples of each pixel column of a painter's window begin, if a column shows more than
+/// one. All rows of a view have the same, so the last ones are kept.
+class ColumnStarts
+{
+public:
+    static ColumnStarts const& of(WavePainter const& painter)
+    {
+        thread_local ColumnStarts kept;
+        QRect const& window = painter.window();
+        if (kept.m_scale != painter.map().m11() || kept.m_shift != painter.map().dx() ||
+            kept.m_left != window.left() || kept.m_samples.size() != window.width() + 1)
+            kept = ColumnStarts(painter);
+        return kept;
+    }
+
+    /// The first sample in that column or behind it; `MostSamples` behind the window.
+    int at(int column) const
+    {
+        int const place = std::max(0, column - m_left);
+        return place < m_samples.size() ? m_samples.at(place) : MostSamples;
+    }
+
+private:
+    static constexpr int MostSamples = 1 << 30; // more than a bit array can hold
+
+    ColumnStarts() = default;
+    explicit ColumnStarts(WavePainter const& painter)
+        : m_scale(painter.map().m11()), m_shift(painter.map().dx()),
+          m_left(painter.window().left()), m_samples(painter.window().width() + 1)
+    {
+        double const samplesPerPixel = 1 / (m_scale * kSampleWidth);
+        for (int i = 0; i < m_samples.size(); ++i) {
+            int const column = m_left + i;
+            double const guess = (column - m_shift) * samplesPerPixel;
+            int sample = int(qBound(0.0, guess, double(MostSamples)));
+            while (sample < MostSamples && painter.column(double(sample) * kSampleWidth) < column)
+                ++sample;
+            m_samples[i] = sample;
+        }
+    }
+
+    double m_scale = 0;
+    double m_shift = 0;
+    int m_left = 0;
+    QVector<int> m_samples;
+};
+
 /// The samples `begin` to `end` - 1 as rectangles of pixels: the columns with an edge in them,
 /// those side by side as one, and between them the levels.
 class LevelPixels
@@ -44,7 +91,8 @@ class LevelPixels
 public:
     LevelPixels(WavePainter& painter, QBitArray const& data)
         : m_painter(painter), m_data(data), m_high(painter.row(HighLevel)),
-          m_low(painter.row(LowLevel)), m_samplesPerPixel(1 / (painter.map().m11() * kSampleWidth))
+          m_low(painter.row(LowLevel)),
+          m_starts(painter.map().m11() * kSampleWidth < 1 ? &ColumnStarts::of(painter) : nullptr)
     {}
 
     void add(int begin, int end)
@@ -60,14 +108,7 @@ public:
                 blockBegin = column;
             }
             free = column + 1;
-            int next = firstInColumn(edge + 1, free, end);
-            // Column by column as long as each has an edge: there no step waits for the one before.
-            for (int after; m_samplesPerPixel > 1 && next < end; next = after, ++free) {
-                after = firstInColumn(0, free + 1, end);
-                if (nextEdge(m_data, next, after) == after)
-                    break;
-            }
-            edge = nextEdge(m_data, next, end);
+            edge = m_starts ? edgeBehindBlock(free, end) : nextEdge(m_data, edge + 1, end);
         }
         m_painter.addPixels(blockBegin, free - 1, m_high, m_low);
         addLevel(free, m_painter.column(end * kSampleWidth), end - 1);
@@ -80,24 +121,25 @@ private:
         m_painter.addPixels(left, right, row, row);
     }
 
-    /// The first sample from `time` on that begins in that column or behind it: further edges in
-    /// the columns before it would paint the same pixels.
-    int firstInColumn(int time, int column, int end) const
+    /// Goes from column `free` on through all that have an edge in them, and leaves `free` behind
+    /// them. The first edge from there on; `end` if there is none.
+    int edgeBehindBlock(int& free, int end) const
     {
-        if (m_samplesPerPixel <= 1)
-            return time;
-        double const guess = (column - m_painter.map().dx()) * m_samplesPerPixel;
-        int sample = guess < end ? std::max(time, int(guess)) : end;
-        while (sample < end && m_painter.column(sample * kSampleWidth) < column)
-            ++sample;
-        return sample;
+        int begin = std::min(end, m_starts->at(free));
+        int after = std::min(end, m_starts->at(free + 1));
+        while (nextEdge(m_data, begin, after) < after) {
+            ++free;
+            begin = after;
+            after = std::min(end, m_starts->at(free + 1));
+        }
+        return nextEdge(m_data, after, end);
     }
 
     WavePainter& m_painter;
     QBitArray const& m_data;
     int m_high;
     int m_low;
-    double m_samplesPerPixel;
+    ColumnStarts const* m_starts; ///< Null where no column shows more than a sample.
 };
 
 /// The same as lines, for painters whose pixels can't be told beforehand.

@@ -241,7 +241,7 @@ private:
     void compareAll(WaveItem& item, Plain const& plain)
     {
         QRandomGenerator random(1);
-        for (double zoom : {16.0, 1.0, 1 / 3.0, 1 / 16.0, 1 / 256.0}) {
+        for (double zoom : {16.0, 1.0, 1 / 3.0, 1 / 16.0, 1 / 70.0, 1 / 256.0}) {
             int const width = int(item.boundingRect().width() * zoom);
             for (int origin : {0, 37, width / 2 + 1, width - 17}) {
                 QTransform const transform(zoom, 0, 0, 1, -origin, 3);
