@@ -42,9 +42,9 @@ public:
     explicit WaveMonitorWidget(unsigned long long domain, QWidget* parent = nullptr,
                                DrawConfig* config = nullptr);
 
-    /// For forms made with Qt Designer, whose code gives a widget nothing but its parent: the
-    /// domain is one that no other monitor has. A template, so that a domain of 0 is no null
-    /// pointer.
+    /// Takes a domain that no other monitor has: for hosts that need not know it, and for forms
+    /// made with Qt Designer, whose code gives a widget nothing but its parent. A template, so that
+    /// a domain of 0 is no null pointer.
     template <typename Parent, typename = std::enable_if_t<std::is_base_of<QWidget, Parent>::value>>
     explicit WaveMonitorWidget(Parent* parent)
         : WaveMonitorWidget(quint64(reinterpret_cast<quintptr>(this)), parent)

@@ -98,8 +98,7 @@ void MainWindow::showCores()
 
 void MainWindow::addMonitor(int core)
 {
-    static quint64 domain = 0;
-    auto* const monitor = new WaveMonitorWidget(++domain);
+    auto* const monitor = new WaveMonitorWidget(m_monitors);
     monitor->setTitle(0, core);
     m_monitors->addTab(monitor, monitor->windowTitle());
 }
