@@ -93,12 +93,7 @@ void JtagSession::createTask(JtagRequest const& request, TaskCallback const& cal
         QMutexLocker const locker(&taskLock);
         pack.insert(RequestId, store(taskCallbacks, freeTaskIds, std::move(stored)));
     }
-    if (workerMode)
-        emit createData(pack);
-    else if (nlcMode && nlcClient)
-        nlcClient->sendCmdPack(pack);
-    else if (!nlcMode && client)
-        client->sendCmdPack(pack);
+    send(pack);
 }
 
 void JtagSession::createDataTask(JtagRequest const& request, DataTaskCallback const& callback)
@@ -108,15 +103,16 @@ void JtagSession::createDataTask(JtagRequest const& request, DataTaskCallback co
         QMutexLocker const locker(&dataTaskLock);
         pack.insert(DataRequestId, store(dataTaskCallbacks, freeDataTaskIds, std::move(stored)));
     }
-    if (workerMode) {
+    send(pack);
+}
+
+void JtagSession::send(CmdPack const& pack)
+{
+    if (workerMode)
         emit createData(pack);
-        return;
-    }
-    // Deliberately no way out without a client: a data task before a connection is our own mistake.
-    Q_ASSERT(nlcMode ? nlcClient != nullptr : client != nullptr);
-    if (nlcMode)
+    else if (nlcMode && nlcClient)
         nlcClient->sendCmdPack(pack);
-    else
+    else if (!nlcMode && client)
         client->sendCmdPack(pack);
 }
 

@@ -56,7 +56,6 @@ public:
     void createTask(JtagRequest const& request, TaskCallback const& callback);
 
     /// The same with a `data_request_id`: the callback stays until it says that it is finished.
-    /// Unless in worker mode a connection must have been selected (`connectServer`).
     void createDataTask(JtagRequest const& request, DataTaskCallback const& callback);
 
     /// Forgets all callbacks: replies on their way are dropped, and ids start at 0 again. May be
@@ -182,6 +181,7 @@ public Q_SLOTS:
 private:
     JtagSession() = default;
 
+    void send(CmdPack const& pack);
     void returnToTask(unsigned int id, CmdPack const& pack);
     void returnToDataTask(unsigned int id, CmdPack const& pack);
     void startServer(QString const& program, QStringList const& arguments, JtagServer const& server,
