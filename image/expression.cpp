@@ -2,6 +2,8 @@
 
 #include <QDebug>
 
+#include <algorithm>
+
 namespace VEK {
 namespace {
 
@@ -14,6 +16,19 @@ bool mayFollow(QString const& previous, QString const& token)
     if (token == RIGHT_BRACKET)
         return previous != LEFT_BRACKET && !isNotUnaryOp(previous);
     return true;
+}
+
+bool isToken(QString const& text)
+{
+    return isDigit(text) || isOperator(text) || isNotUnaryOp(text) || text == LEFT_BRACKET ||
+           text == RIGHT_BRACKET;
+}
+
+bool hasCapitalLetter(QString const& text)
+{
+    return std::any_of(text.begin(), text.end(), [](QChar character) {
+        return character >= QLatin1Char('A') && character <= QLatin1Char('Z');
+    });
 }
 
 /// Whether a postfix list leaves exactly one value.
@@ -96,8 +111,15 @@ QStringList convertRPN(QStringList const& tokens)
     return output;
 }
 
-bool isOk(QStringList const& tokens)
+bool isOk(QStringList const& allTokens)
 {
+    QStringList tokens;
+    for (QString const& token : allTokens) {
+        if (isToken(token))
+            tokens.append(token);
+        else if (hasCapitalLetter(token))
+            return false; // no unit
+    }
     if (tokens.isEmpty() || isOperator(tokens.last()) || isNotUnaryOp(tokens.last()))
         return false;
     for (int i = 1; i < tokens.size(); ++i) {

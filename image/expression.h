@@ -29,7 +29,9 @@ bool isNotUnaryOp(QString const& token);
 /// The tokens in postfix order; empty, with a critical log line, on a bracket error.
 QStringList convertRPN(QStringList const& tokens);
 
-/// Whether the tokens make a valid expression. A double negation is none.
+/// Whether the tokens make a valid expression. A double negation is none. As in its evaluation,
+/// what is no token is skipped, such as a blank, but a capital letter that is no unit makes it
+/// invalid.
 bool isOk(QStringList const& tokens);
 
 } // namespace VEK

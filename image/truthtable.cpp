@@ -85,16 +85,14 @@ QString plainTable(char const* postfix, char const* letters, int rows)
     return table;
 }
 
-/// Whether `calcuate` gets to the end of the text whatever the values are, and its letters are the
-/// first `count` ones. Only then is a text worth what it says.
-bool isWalkedThrough(char const* postfix, int count)
+/// Whether `calcuate` gets to the end of the text whatever the values are. Only then is a text
+/// worth what it says.
+bool isWalkedThrough(char const* postfix)
 {
     for (int i = 0; postfix[i]; ++i) {
         char const character = postfix[i];
         // a letter turns into a digit, and the lower digit ends the walk sooner
         if (!isWithin(i, isLetter(character) ? '0' : character))
-            return false;
-        if (isLetter(character) && character >= 'A' + count)
             return false;
     }
     return true;
@@ -105,7 +103,7 @@ bool leavesOneValue(char const* postfix)
 {
     int depth = 0;
     for (; *postfix; ++postfix) {
-        if (isLetter(*postfix) || *postfix == '0' || *postfix == '1')
+        if (isLetter(*postfix))
             ++depth;
         else if (*postfix == '!' && depth < 1)
             return false;
@@ -136,10 +134,6 @@ quint64 evaluateBlock(char const* postfix, int count, int block)
             continue;
         }
         switch (character) {
-        case '0':
-        case '1':
-            *top++ = 0 - quint64(character - '0');
-            break;
         case '!':
             top[-1] = ~top[-1];
             break;
@@ -167,6 +161,15 @@ QString parallelTable(char const* postfix, int count, int rows)
     for (int block = 0; block * 64 < rows; ++block)
         words.push_back(qToLittleEndian(evaluateBlock(postfix, count, block)));
     return bit2str(QBitArray::fromBits(reinterpret_cast<char const*>(words.data()), rows));
+}
+
+/// Whether a text holds a capital letter that is part of no unit.
+bool hasForeignLetter(QString text)
+{
+    for (int i = CoreUnitCount - 1; i >= 0; --i)
+        text.replace(QStringLiteral("M%1").arg(i), QStringLiteral(" "));
+    QByteArray const rest = text.toLatin1();
+    return std::any_of(rest.begin(), rest.end(), isLetter);
 }
 
 } // namespace
@@ -210,13 +213,15 @@ void translet(char const* infix, char* postfix)
         char const character = *infix;
         if (isLetter(character)) {
             *postfix++ = character;
+        } else if (!std::strchr("()!&^|", character)) {
+            continue; // a blank between tokens, say
         } else if (stack.isEmpty() || character == '(') {
             stack.append(character);
         } else if (character == ')') {
             while (!stack.isEmpty() && stack.back() != '(')
                 popToOutput();
             stack.chop(1);
-        } else { // deliberately whatever else it is, a blank between tokens too
+        } else {
             while (!stack.isEmpty() && stack.back() != '(' &&
                    priority(stack.back()) >= priority(character))
                 popToOutput();
@@ -280,7 +285,8 @@ char calcuate(char const* postfix, char const* letters, char const* values)
 
 QString logicTruthTable(QString const& expression)
 {
-    QByteArray const infix = changeExpItem(expression).toLatin1();
+    QByteArray infix = changeExpItem(expression).toLatin1();
+    infix.replace('\0', ' '); // is skipped too, and ends no text
     QByteArray postfix(infix.size() + 1, '\0');
     translet(infix.constData(), postfix.data());
     char letters['Z' - 'A' + 2];
@@ -288,10 +294,13 @@ QString logicTruthTable(QString const& expression)
     sort(letters);
     int const count = int(std::strlen(letters));
     int const rows = count < CoreUnitCount ? 1 << count : MaxTruthTable;
-    if (!isWalkedThrough(postfix.constData(), count))
+    QString const broken(rows, QLatin1Char('x'));
+    if (hasForeignLetter(expression))
+        return broken;
+    if (!isWalkedThrough(postfix.constData()))
         return plainTable(postfix.constData(), letters, rows);
     return leavesOneValue(postfix.constData()) ? parallelTable(postfix.constData(), count, rows)
-                                               : QString(rows, QLatin1Char('x'));
+                                               : broken;
 }
 
 } // namespace VEK

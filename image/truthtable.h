@@ -13,9 +13,8 @@ QString changeExpItem(QString text);
 /// 4 for `!`, 3 for `&`, 2 for `^`, 1 for `|`, 0 for anything else.
 int priority(char character);
 
-/// Turns infix into postfix, which never gets longer. Anything that is neither a letter nor a
-/// bracket counts as an operator of priority 0, a blank too: an expression with blanks does not
-/// evaluate. `postfix` takes as many characters as
+/// Turns infix into postfix, which never gets longer. Anything that is neither a capital letter, an
+/// operator nor a bracket is skipped, such as a blank. `postfix` takes as many characters as
 /// `infix` has and the NUL.
 void translet(char const* infix, char* postfix);
 
@@ -38,7 +37,8 @@ char calcuate(char const* postfix, char const* letters, char const* values);
 constexpr int MaxTruthTable = 65536;
 
 /// The truth table of an expression, one character an entry as `calcuate` gives it. Bit 0 of the
-/// index is the lowest-numbered unit of the expression. No core looks beyond `MaxTruthTable`
+/// index is the lowest-numbered unit of the expression. With a capital letter that is part of no
+/// unit all entries are `x`. No core looks beyond `MaxTruthTable`
 /// entries, so a text with more letters than there are units gives no more.
 QString logicTruthTable(QString const& expression);
 
