@@ -31,7 +31,7 @@ public:
     bool run(TruthTable& table, unsigned& units, QString& error)
     {
         for (m_at = 0; m_at < m_text.size() && m_error.isEmpty(); ++m_at) {
-            if (!m_text.at(m_at).isSpace())
+            if (isMeant(m_text.at(m_at)))
                 m_expectsOperand ? operand() : afterOperand();
         }
         if (m_error.isEmpty() && m_expectsOperand)
@@ -47,12 +47,26 @@ public:
     }
 
 private:
+    /// Anything but these is skipped, as the host does in the tables that it sends.
+    static bool isMeant(QChar c)
+    {
+        return (c >= QLatin1Char('A') && c <= QLatin1Char('Z')) || priority(c) > 0 ||
+               c == QLatin1Char('(') || c == QLatin1Char(')');
+    }
+
+    /// The value of the digit at a place, -1 for none.
+    int digit(int at) const
+    {
+        int const value = at < m_text.size() ? m_text.at(at).unicode() - '0' : -1;
+        return value >= 0 && value <= 9 ? value : -1;
+    }
+
     void operand()
     {
         QChar const c = m_text.at(m_at);
         if (c == QLatin1Char('!') || c == QLatin1Char('('))
             m_operators.append(c);
-        else if (c.toUpper() == QLatin1Char('M'))
+        else if (c == QLatin1Char('M'))
             unit();
         else
             fail();
@@ -60,12 +74,13 @@ private:
 
     void unit()
     {
-        int number = -1;
-        while (m_at + 1 < m_text.size() && m_text.at(m_at + 1) >= QLatin1Char('0') &&
-               m_text.at(m_at + 1) <= QLatin1Char('9') && number < TruthTable::Units)
-            number = qMax(number, 0) * 10 + m_text.at(++m_at).unicode() - '0';
-        if (number < 0 || number >= TruthTable::Units)
+        int number = digit(m_at + 1);
+        if (number < 0)
             return fail();
+        int const both = number * 10 + digit(m_at + 2);
+        bool const hasTwo = number > 0 && digit(m_at + 2) >= 0 && both < TruthTable::Units;
+        m_at += hasTwo ? 2 : 1; // a further digit is no part of it
+        number = hasTwo ? both : number;
         m_units |= 1u << number;
         m_operands.push_back(TruthTable::ofUnit(number));
         m_expectsOperand = false;

@@ -35,8 +35,9 @@ private:
 };
 
 /// What a static core was built with: the operands M0 to M15, "!", "&", "^" and "|" in falling
-/// priority, brackets, blanks anywhere between. `units` gets a bit for each operand in the text.
-/// False with an `error` for anything else.
+/// priority, and brackets. What is none of these and no capital letter is skipped, such as blanks
+/// or the last digit of "M16". `units` gets a bit for each operand in the text. False with an
+/// `error` for a text that is no expression, and for a capital letter that is no unit.
 bool compileExpression(QString const& text, TruthTable& table, unsigned& units, QString& error);
 
 } // namespace VEK::Simulator

@@ -95,11 +95,11 @@ private slots:
             char const* text;
             unsigned units;
             char const* expected; // combinations 0 to 7 of M0, M1, M2
-        } const rows[] = {{"M0|M1&M2", 7, "01010111"},     {"M0^M1&M2", 7, "01010110"},
-                          {"M0|M1^M2", 7, "01111101"},     {"(M0|M1)&M2", 7, "00000111"},
-                          {"!M0&!(M1|M2)", 7, "10000000"}, {"!!M2", 4, "00001111"},
-                          {" M0 &\tM2 ", 5, "00000101"},   {"M0|M15&M10", 0x8401, "01010101"},
-                          {"!M6&M0", 0x41, "01010101"}};
+        } const rows[] = {{"M0|M1&M2", 7, "01010111"},      {"M0^M1&M2", 7, "01010110"},
+                          {"M0|M1^M2", 7, "01111101"},      {"(M0|M1)&M2", 7, "00000111"},
+                          {"!M0&!(M1|M2)", 7, "10000000"},  {"!!M2", 4, "00001111"},
+                          {" M0 &\tm~1M2 ", 5, "00000101"}, {"M0|M15&M10", 0x8401, "01010101"},
+                          {"!M6&M0", 0x41, "01010101"},     {"M16&M00", 3, "00010001"}};
         for (auto const& row : rows) {
             TruthTable table;
             unsigned units = 0;
@@ -116,7 +116,7 @@ private slots:
 
     void badExpressions()
     {
-        QStringList rows = QString(",&M0,M0&,M0 M1,M0!,(M0,M0),(),M16,N0").split(',');
+        QStringList rows = QString(",&M0,M0&,M0 M1,M0!,(M0,M0),(),M,N0,M0&N").split(',');
         rows << QString("M0|").repeated(5000) + "M0" << QString(4095, '(');
         for (QString const& text : rows) {
             TruthTable table;
