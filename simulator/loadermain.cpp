@@ -1,6 +1,5 @@
 #include "simulator/loader.h"
 #include "simulator/log.h"
-#include "simulator/parentwatch.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -12,9 +11,6 @@ using namespace VEK::Simulator;
 
 int main(int argc, char* argv[])
 {
-    ParentWatch parent;
-    if (ParentWatch::isOrphan())
-        return EXIT_FAILURE;
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
 

@@ -1,5 +1,5 @@
+#include "simulator/hostwatch.h"
 #include "simulator/log.h"
-#include "simulator/parentwatch.h"
 #include "simulator/server.h"
 
 #include <QCoreApplication>
@@ -46,12 +46,13 @@ int refuse(QString const& message)
 
 int main(int argc, char* argv[])
 {
-    ParentWatch parent;
-    if (ParentWatch::isOrphan())
-        return EXIT_FAILURE;
+    // Before anything else: a server whose host has gone would be in the way of the next one.
+    if (HostWatch::isHostGone())
+        return refuse(
+            QStringLiteral("standard input is a pipe that nobody holds: no host to serve"));
+    HostWatch::start();
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
-    parent.start();
 
     Identity identity;
     QStringList const arguments = QCoreApplication::arguments();

@@ -1,6 +1,7 @@
 #include "simulator/server.h"
 
 #include "simulator/connection.h"
+#include "simulator/hostwatch.h"
 #include "simulator/listen.h"
 
 #include <QLocalSocket>
@@ -25,15 +26,20 @@ BridgeServer::~BridgeServer() = default;
 
 bool BridgeServer::listenLocal(QString const& name, QString& error)
 {
-    return Simulator::listenLocal(m_local, name, error);
+    if (!Simulator::listenLocal(m_local, name, error))
+        return false;
+    HostWatch::closeAtEnd(m_local.socketDescriptor());
+    return true;
 }
 
 bool BridgeServer::listenTcp(quint16 port, QString& error)
 {
-    if (m_tcp.listen(QHostAddress(QHostAddress::LocalHost), port))
-        return true;
-    error = QStringLiteral("port %1: %2").arg(port).arg(m_tcp.errorString());
-    return false;
+    if (!m_tcp.listen(QHostAddress(QHostAddress::LocalHost), port)) {
+        error = QStringLiteral("port %1: %2").arg(port).arg(m_tcp.errorString());
+        return false;
+    }
+    HostWatch::closeAtEnd(m_tcp.socketDescriptor());
+    return true;
 }
 
 bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)

@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace {
 
 constexpr int Watch = 1200;  // ms, two ticks of the poll
@@ -208,6 +210,38 @@ private slots:
         QCOMPARE(QDir(first.desk.program("tmp"))
                      .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
                  QStringList{"vek1"});
+    }
+
+    /// A run that is killed at any of its steps takes its server along, while that starts, waits
+    /// for a dump that never comes or serves. The next run comes upon nothing of it.
+    void killedRuns()
+    {
+        Runs runs;
+        Desk& desk = runs.add("killed", m_vek[false]).desk;
+        QString const sound = desk.bench, endless = desk.program("run/pipe.json");
+        QVERIFY(desk.write("pipe.json", R"({"design": "setup.vek", "device": "TK-501",
+                                            "stimulus": {"vcd": "pipe.vcd"}})"));
+        QCOMPARE(::mkfifo(qPrintable(desk.program("run/pipe.vcd")), 0600), 0);
+        QStringList const arguments{"-vek", "setup.vek"};
+        auto const killAfter = [&](int milliseconds) {
+            desk.bench = endless;
+            QProcess run;
+            desk.start(run, arguments);
+            QVERIFY(run.waitForStarted());
+            QTest::qSleep(milliseconds);
+            run.kill();
+            QVERIFY(run.waitForFinished());
+        };
+        for (int wait = 1; wait < 60; wait += 1 + wait / 4) {
+            killAfter(wait);
+            QTRY_VERIFY2_WITH_TIMEOUT(desk.processes().isEmpty(),
+                                      qPrintable(QString("killed after %1 ms").arg(wait)), 1000);
+        }
+        for (int wait : {8, 15, 600}) {
+            killAfter(wait);
+            desk.bench = sound;
+            QCOMPARE(desk.problem(arguments, m_whole[false]), QString());
+        }
     }
 
     /// Files that hold no core for the run, and one whose windows never come.

@@ -20,9 +20,12 @@ public:
     DeskFiles files;
     QProcess process;
 
-    /// Runs with a bench that has `more` members, or without one.
-    explicit Program(QByteArray const& more = QByteArray(), QString const& name = "scanbridge")
+    /// Runs with a bench that has `more` members, or without one; with a standard input other than
+    /// the pipe that a host gives.
+    explicit Program(QByteArray const& more = QByteArray(), QString const& name = "scanbridge",
+                     QString const& input = QString())
     {
+        process.setStandardInputFile(input);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("TMPDIR", files.path(""));
         environment.remove("VEK_BENCH");
@@ -102,7 +105,7 @@ private slots:
         char const* const rows[][2] = {
             {"scanbridge", "vek1"}, {"scanbridge_lpt", "vek"}, {"scanbridge_7qz", "vek7qz"}};
         for (auto const& row : rows) {
-            Program program("", row[0]);
+            Program program("", row[0], QProcess::nullDevice()); // as one that was started by hand
             Client client(program, row[1]);
             QCOMPARE(client.open(), QVariant(-20));
             QCOMPARE(program.process.readAllStandardError(), QByteArray());
