@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstring>
-#include <gmp.h>
 #include <map>
 #include <memory>
 
@@ -20,9 +19,7 @@ constexpr int Values = 256; ///< Converted in an iteration.
 struct Value
 {
     QBitArray bits;
-    std::vector<quint64> limbs;     ///< The lowest first, and an empty one behind them.
-    std::vector<quint64> magnitude; ///< Of the value in two's complement.
-    bool negative = false;
+    std::vector<quint64> limbs; ///< The lowest first, and an empty one behind them.
 };
 
 using ValueList = std::vector<Value>;
@@ -38,17 +35,6 @@ Value randomValue(QRandomGenerator& random, int width)
             value.limbs[std::size_t(i) / 64] |= quint64(1) << (i % 64);
         }
     }
-    value.negative = value.bits.testBit(0);
-    value.magnitude = value.limbs;
-    if (value.negative) {
-        bool carry = true;
-        for (int i = 0; i < (width + 63) / 64; ++i) {
-            quint64& limb = value.magnitude[std::size_t(i)];
-            int const used = std::min(64, width - 64 * i);
-            limb = (~limb + carry) & (~quint64(0) >> (64 - used));
-            carry = carry && limb == 0;
-        }
-    }
     return value;
 }
 
@@ -60,28 +46,6 @@ std::shared_ptr<ValueList> randomValues(int width)
         values->push_back(randomValue(random, width));
     return values;
 }
-
-/// GMP's way to a string.
-class GmpText
-{
-public:
-    GmpText() { mpz_init(m_number); }
-    ~GmpText() { mpz_clear(m_number); }
-
-    QString operator()(std::vector<quint64> const& limbs, bool negative)
-    {
-        mpz_import(m_number, limbs.size() - 1, -1, sizeof(quint64), 0, 0, limbs.data());
-        if (negative)
-            mpz_neg(m_number, m_number);
-        return QLatin1String(mpz_get_str(m_buffer, 10, m_number));
-    }
-
-private:
-    Q_DISABLE_COPY(GmpText)
-
-    mpz_t m_number;
-    char m_buffer[2048];
-};
 
 /// Digits of `Bits` bits each, two looked up at a time.
 template <int Bits, int Step>
@@ -191,23 +155,6 @@ int main(int argc, char** argv)
 {
     constexpr int Widths[] = {54, 64, 128, 256, 512, 1024, 4096};
     std::vector<Comparison> comparisons;
-    auto const gmp = std::make_shared<GmpText>();
-    struct Decimal
-    {
-        char const* name;
-        DataFormat::Type type;
-        Convert limit;
-    };
-    Decimal const decimals[] = {{"unsigned", DataFormat::UnsignedDecimal,
-                                 [gmp](Value const& value) { return (*gmp)(value.limbs, false); }},
-                                {"signed", DataFormat::SignedDecimal, [gmp](Value const& value) {
-                                     return (*gmp)(value.magnitude, value.negative);
-                                 }}};
-    for (Decimal const& decimal : decimals) {
-        for (int width : Widths) // quadratic: no growth to compare
-            comparisons.push_back(comparisonOf(decimal.name, width, decimal.type,
-                                               width <= 1024 ? 1.5 : 2.5, decimal.limit));
-    }
     struct Radix
     {
         char const* name;

@@ -7,7 +7,9 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <vector>
 
@@ -113,54 +115,74 @@ bool leavesOneValue(char const* postfix)
     return depth == 1;
 }
 
-/// Bit `bit` of the row numbers from 64 * `block` on.
-quint64 rowBits(int bit, int block)
+/// The values of 2,048 rows: enough that walking through the text hardly counts, and few enough
+/// that a stack of them stays in the fastest cache.
+using Block = std::array<quint64, 32>;
+constexpr int BlockRows = 64 * int(std::tuple_size_v<Block>);
+
+/// Bit `bit` of the row numbers from `BlockRows` * `block` on.
+Block rowBits(int bit, int block)
 {
     constexpr quint64 LowBits[] = {0xAAAAAAAAAAAAAAAAu, 0xCCCCCCCCCCCCCCCCu, 0xF0F0F0F0F0F0F0F0u,
                                    0xFF00FF00FF00FF00u, 0xFFFF0000FFFF0000u, 0xFFFFFFFF00000000u};
     constexpr int Count = int(std::size(LowBits));
-    return bit < Count ? LowBits[bit] : 0 - quint64((block >> (bit - Count)) & 1);
+    Block rows;
+    for (unsigned i = 0; i < rows.size(); ++i) {
+        unsigned const word = unsigned(block) * unsigned(rows.size()) + i;
+        rows[i] = bit < Count ? LowBits[bit] : 0 - quint64((word >> (bit - Count)) & 1);
+    }
+    return rows;
 }
 
-/// The values of 64 rows. The text leaves one value, and `calcuate` would walk through it.
-quint64 evaluateBlock(char const* postfix, int count, int block)
+template <typename Operation>
+void applyTo(Block& a, Block const& b, Operation operation)
 {
-    quint64 stack[64]; // no value stands behind position 48 of such a text
-    quint64* top = stack;
+    std::transform(a.begin(), a.end(), b.begin(), a.begin(), operation);
+}
+
+/// The text leaves one value, and `calcuate` would walk through it.
+Block evaluateBlock(char const* postfix, int count, int block)
+{
+    std::array<Block, 64> stack; // no value stands behind position 48 of such a text
+    unsigned depth = 0;
     for (; *postfix; ++postfix) {
         char const character = *postfix;
         if (isLetter(character)) {
-            *top++ = rowBits(count - 1 - (character - 'A'), block);
+            stack[depth++] = rowBits(count - 1 - (character - 'A'), block);
             continue;
         }
         switch (character) {
         case '!':
-            top[-1] = ~top[-1];
+            for (quint64& word : stack[depth - 1])
+                word = ~word;
             break;
         case '&':
-            --top;
-            top[-1] &= *top;
+            --depth;
+            applyTo(stack[depth - 1], stack[depth], std::bit_and<quint64>());
             break;
         case '|':
-            --top;
-            top[-1] |= *top;
+            --depth;
+            applyTo(stack[depth - 1], stack[depth], std::bit_or<quint64>());
             break;
         case '^':
-            --top;
-            top[-1] ^= *top;
+            --depth;
+            applyTo(stack[depth - 1], stack[depth], std::bit_xor<quint64>());
             break;
         }
     }
     return stack[0];
 }
 
-/// 64 rows at a time.
+/// A block at a time.
 QString parallelTable(char const* postfix, int count, int rows)
 {
-    std::vector<quint64> words;
-    for (int block = 0; block * 64 < rows; ++block)
-        words.push_back(qToLittleEndian(evaluateBlock(postfix, count, block)));
-    return bit2str(QBitArray::fromBits(reinterpret_cast<char const*>(words.data()), rows));
+    std::vector<Block> blocks;
+    for (int block = 0; block * BlockRows < rows; ++block) {
+        blocks.push_back(evaluateBlock(postfix, count, block));
+        for (quint64& word : blocks.back())
+            word = qToLittleEndian(word);
+    }
+    return bit2str(QBitArray::fromBits(reinterpret_cast<char const*>(blocks.data()), rows));
 }
 
 /// Whether a text holds a capital letter that is part of no unit.

@@ -2,113 +2,34 @@
 
 #include "triggerui/named.h"
 
-#include <QComboBox>
-#include <QDialogButtonBox>
+#include "ui_deviceconfigurationdlg.h"
+
 #include <QFileDialog>
-#include <QFormLayout>
-#include <QGroupBox>
-#include <QHBoxLayout>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
-#include <QToolButton>
-#include <QVBoxLayout>
 
 namespace VEK {
 
 QString const FsFileTitle = QStringLiteral("Open Fs File...");
 QString const FsFileFilter = QStringLiteral("KAVRO Fs File (*.fs)");
 
-/// The form.
-class Ui_DeviceConfigurationDlg
-{
-public:
-    void setupUi(QDialog* dialog);
-
-    QComboBox* comboBoxAccessMode = nullptr;
-    QComboBox* comboBoxOperation = nullptr;
-    QGroupBox* groupProgramming = nullptr;
-    QLineEdit* lineEditFile = nullptr;
-    QToolButton* buttonFile = nullptr;
-    QGroupBox* groupFlash = nullptr;
-    QPushButton* buttonSave = nullptr;
-    QPushButton* buttonCancel = nullptr;
-
-private:
-    QGroupBox* makeOperation(QDialog* dialog);
-    QGroupBox* makeProgramming(QDialog* dialog);
-    QGroupBox* makeFlash(QDialog* dialog);
-};
-
-void Ui_DeviceConfigurationDlg::setupUi(QDialog* dialog)
-{
-    dialog->setWindowTitle(QStringLiteral("Device Configuration"));
-    auto* const layout = new QVBoxLayout(dialog);
-    layout->addWidget(makeOperation(dialog));
-    layout->addWidget(makeProgramming(dialog));
-    layout->addWidget(makeFlash(dialog));
-    layout->addStretch(1);
-    auto* const buttons = new QDialogButtonBox(dialog);
-    buttonSave = named(buttons->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole),
-                       "buttonSave");
-    buttonCancel = named(buttons->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole),
-                         "buttonCancel");
-    layout->addWidget(buttons);
-}
-
-QGroupBox* Ui_DeviceConfigurationDlg::makeOperation(QDialog* dialog)
-{
-    auto* const group = new QGroupBox(QStringLiteral("Device Operation"), dialog);
-    comboBoxAccessMode = named(new QComboBox(group), "comboBoxAccessMode");
-    comboBoxAccessMode->setMinimumWidth(250); // gives the dialog room for a file name
-    comboBoxOperation = named(new QComboBox(group), "comboBoxOperation");
-    comboBoxOperation->setSizeAdjustPolicy(QComboBox::AdjustToContents); // it gets other entries
-    auto* const form = new QFormLayout(group);
-    form->addRow(QStringLiteral("Access Mode:"), comboBoxAccessMode);
-    form->addRow(QStringLiteral("Operation:"), comboBoxOperation);
-    return group;
-}
-
-QGroupBox* Ui_DeviceConfigurationDlg::makeProgramming(QDialog* dialog)
-{
-    groupProgramming =
-        named(new QGroupBox(QStringLiteral("Programming Options"), dialog), "groupProgramming");
-    lineEditFile = named(new QLineEdit(groupProgramming), "lineEditFile");
-    buttonFile = named(new QToolButton(groupProgramming), "buttonFile");
-    buttonFile->setText(QStringLiteral("..."));
-    auto* const row = new QHBoxLayout;
-    row->addWidget(lineEditFile);
-    row->addWidget(buttonFile);
-    auto* const form = new QFormLayout(groupProgramming);
-    form->addRow(QStringLiteral("File Name:"), row);
-    return groupProgramming;
-}
-
-QGroupBox* Ui_DeviceConfigurationDlg::makeFlash(QDialog* dialog)
-{
-    groupFlash =
-        named(new QGroupBox(QStringLiteral("External Flash Options"), dialog), "groupFlash");
-    auto* const device = named(new QComboBox(groupFlash), "comboBoxFlash");
-    device->addItem(QStringLiteral("Winbond W25Q64"));
-    auto* const address =
-        named(new QLineEdit(QStringLiteral("0x000000"), groupFlash), "lineEditAddress");
-    auto* const form = new QFormLayout(groupFlash);
-    form->addRow(QStringLiteral("Device:"), device);
-    form->addRow(QStringLiteral("Start Address:"), address);
-    return groupFlash;
-}
-
 DeviceConfigurationDlg::DeviceConfigurationDlg(DeviceItem* row, QWidget* parent)
     : QDialog(parent), ui(new Ui_DeviceConfigurationDlg), m_row(row)
 {
     ui->setupUi(this);
+    auto* const save =
+        named(ui->buttonBox->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole),
+              "buttonSave");
+    auto* const cancel =
+        named(ui->buttonBox->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole),
+              "buttonCancel");
     updateDeviceCfg();
     auto const changed = QOverload<int>::of(&QComboBox::currentIndexChanged);
     connect(ui->comboBoxAccessMode, changed, this, &DeviceConfigurationDlg::onAccessModeChanged);
     connect(ui->comboBoxOperation, changed, this, &DeviceConfigurationDlg::onOperationChanged);
     connect(ui->buttonFile, &QToolButton::clicked, this, &DeviceConfigurationDlg::onChooseFile);
-    connect(ui->buttonSave, &QPushButton::clicked, this, &DeviceConfigurationDlg::onSave);
-    connect(ui->buttonCancel, &QPushButton::clicked, this, &DeviceConfigurationDlg::reject);
+    connect(save, &QPushButton::clicked, this, &DeviceConfigurationDlg::onSave);
+    connect(cancel, &QPushButton::clicked, this, &DeviceConfigurationDlg::reject);
 }
 
 DeviceConfigurationDlg::~DeviceConfigurationDlg() = default;

@@ -2,24 +2,18 @@
 
 #include "jtag/alert.h"
 #include "programmer/deviceconfigurationdlg.h"
-#include "programmer/ui_vekprogrammerwidget.h"
 #include "programmer/vekprogrammeritemdelegate.h"
 #include "programmer/vekprogrammermodel.h"
 #include "triggerui/waitingtip.h"
 
+#include "ui_vekprogrammerwidget.h"
+
 #include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QHeaderView>
-#include <QLabel>
 #include <QPointer>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStyle>
-#include <QTableView>
 #include <QTextCursor>
-#include <QTextEdit>
 #include <QTime>
 
 namespace VEK {
@@ -27,6 +21,7 @@ namespace VEK {
 namespace {
 
 constexpr int EnableWidth = 50;
+constexpr int MostLines = 10000;     // of the output pane
 constexpr int LongestMessage = 2000; // laying out a line takes the square of its length
 
 /// By `ProgrammerStatus`.
@@ -84,6 +79,7 @@ VekProgrammerWidget::VekProgrammerWidget(QWidget* parent)
     : QWidget(parent), ui(new Ui_VekProgrammerWidget), m_model(new VekProgrammerModel(this))
 {
     ui->setupUi(this);
+    ui->textEdit->document()->setMaximumBlockCount(MostLines);
     ui->tableView->setModel(m_model);
     ui->tableView->setItemDelegate(new VekProgrammerItemDelegate(ui->tableView));
     ui->tableView->horizontalHeader()->setFont(captionFont(ui->tableView->horizontalHeader()));
@@ -321,7 +317,8 @@ void VekProgrammerWidget::updateIsBusy(bool busy)
 
 void VekProgrammerWidget::updateButtons()
 {
-    for (QAbstractButton* const button : ui->buttons())
+    for (QPushButton* const button :
+         {ui->searchDevice, ui->downLoad, ui->addDevice, ui->rmDevice, ui->moveUp, ui->moveDown})
         button->setEnabled(!m_running && !m_hostBusy);
 }
 

@@ -4,77 +4,40 @@
 
 #include <QVarLengthArray>
 
+#include <algorithm>
+#include <gmp.h>
+
 namespace VEK {
 namespace {
 
-__extension__ typedef unsigned __int128 Wide;
-
-/// Numbers are 64-bit limbs, the lowest first, and are divided by the largest power of ten that
-/// fits a limb. Its top bit is set, as the division below requires.
-using Limbs = QVarLengthArray<quint64, 72>;
-constexpr quint64 Chunk = 10'000'000'000'000'000'000u;
-constexpr int ChunkDigits = 19;
-constexpr int Lanes = 2; ///< Divisions side by side, as many chunks as come out at a time.
-constexpr quint64 Reciprocal = quint64(~Wide(0) / Chunk - (Wide(1) << 64));
-
-/// Divides high * 2^64 + low by `Chunk` with two multiplications (the division by an invariant
-/// number of Moeller and Granlund). `high` is below `Chunk` and becomes the remainder.
-inline quint64 divideByChunk(quint64& high, quint64 low)
-{
-    Wide const estimate = Wide(Reciprocal) * high + ((Wide(high) << 64) | low);
-    quint64 quotient = quint64(estimate >> 64) + 1;
-    quint64 remainder = low - quotient * Chunk;
-    // as good as random, so without a branch
-    quint64 const tooFar = remainder > quint64(estimate);
-    quotient -= tooFar;
-    remainder += Chunk & (0 - tooFar);
-    if (Q_UNLIKELY(remainder >= Chunk)) {
-        ++quotient;
-        remainder -= Chunk;
-    }
-    high = remainder;
-    return quotient;
-}
+/// A number as GMP lays it out, the lowest limb first.
+using Limbs = QVarLengthArray<mp_limb_t, 72>;
 
 Limbs limbsOf(QBitArray const& bits)
 {
     qint64 const size = bits.size();
-    Limbs limbs(int(std::max<qint64>(1, (size + 63) / 64)));
+    Limbs limbs(int(std::max<qint64>(1, (size + GMP_NUMB_BITS - 1) / GMP_NUMB_BITS)));
     for (int i = 0; i < limbs.size(); ++i)
-        limbs[i] = numberAt(bits, size - 64 * (qint64(i) + 1), 64);
+        limbs[i] = mp_limb_t(numberAt(bits, size - GMP_NUMB_BITS * (qint64(i) + 1), GMP_NUMB_BITS));
     return limbs;
 }
 
 /// The decimal text behind `prefix`. Consumes the limbs.
 QString decimalOf(Limbs& limbs, QLatin1String prefix)
 {
-    Limbs chunks;
-    int used = limbs.size();
-    while (used > 0) {
-        // one division of all limbs after the other would wait for each limb's quotient; so they
-        // go over the limbs side by side, each one dividing what the one before it has made
-        quint64 remainders[Lanes] = {};
-        for (int i = used - 1; i >= 0; --i) {
-            quint64 limb = limbs[i];
-            for (quint64& remainder : remainders)
-                limb = divideByChunk(remainder, limb);
-            limbs[i] = limb;
-        }
-        chunks.append(remainders, Lanes);
-        while (used > 0 && !limbs[used - 1])
-            --used;
-    }
-    while (chunks.size() > 1 && !chunks.last())
-        chunks.removeLast();
-
-    quint64 const top = chunks.last();
-    int const digits = decimalDigits(top) + ChunkDigits * (chunks.size() - 1);
-    QString text(prefix.size() + digits, Qt::Uninitialized);
+    mp_size_t used = limbs.size();
+    while (used > 0 && !limbs[int(used) - 1])
+        --used;
+    if (!used)
+        return QStringLiteral("0");
+    // each digit as a number, with room for more of them than the limbs can have
+    QVarLengthArray<unsigned char, 1600> digits(int(used * GMP_NUMB_BITS / 3 + 2));
+    auto const end = digits.cbegin() + mpn_get_str(digits.data(), 10, limbs.data(), used);
+    auto const begin = std::find_if(digits.cbegin(), end, [](int digit) { return digit != 0; });
+    QString text(prefix.size() + int(end - begin), Qt::Uninitialized);
     ushort* out = reinterpret_cast<ushort*>(text.data());
     out = std::copy(prefix.begin(), prefix.end(), out);
-    out = writeDecimal(out, top);
-    for (int i = chunks.size() - 2; i >= 0; --i)
-        out = writeDecimalPadded(out, chunks[i], ChunkDigits);
+    std::transform(begin, end, out, [](int digit) { return ushort('0' + digit); });
     return text;
 }
 
@@ -89,15 +52,9 @@ QString unsignedDecimal(QBitArray const& bits)
 QString negativeDecimal(QBitArray const& bits)
 {
     Limbs limbs = limbsOf(bits);
-    int const topBits = bits.isEmpty() ? 0 : (bits.size() - 1) % 64;
-    for (quint64& limb : limbs)
-        limb = ~limb;
-    // What stands above the value's lower bits, its sign included, leaves the inverted number.
-    limbs.last() &= (quint64(1) << topBits) - 1;
-    for (quint64& limb : limbs) {
-        if (++limb)
-            break;
-    }
+    // the sign fills what stands above the other bits
+    limbs.last() |= ~mp_limb_t(0) << (std::max(bits.size() - 1, 0) % GMP_NUMB_BITS);
+    mpn_neg(limbs.data(), limbs.constData(), limbs.size());
     return decimalOf(limbs, QLatin1String("-"));
 }
 

@@ -70,17 +70,6 @@ Char* writeHex(Char* out, quint64 value, int digits)
     return writeDigits<Char, 4, 2>(out, value, digits);
 }
 
-/// The last `digits` decimal digits of `value`, with zeros in front.
-template <typename Char>
-Char* writeDecimalPadded(Char* out, quint64 value, int digits)
-{
-    for (int i = digits - 1; i >= 0; --i) {
-        out[i] = Char('0' + value % 10);
-        value /= 10;
-    }
-    return out + digits;
-}
-
 /// Number of decimal digits of `value`, at least 1.
 inline int decimalDigits(quint64 value)
 {
@@ -94,7 +83,12 @@ inline int decimalDigits(quint64 value)
 template <typename Char>
 Char* writeDecimal(Char* out, quint64 value)
 {
-    return writeDecimalPadded(out, value, decimalDigits(value));
+    int const digits = decimalDigits(value);
+    for (int i = digits - 1; i >= 0; --i) {
+        out[i] = Char('0' + value % 10);
+        value /= 10;
+    }
+    return out + digits;
 }
 
 } // namespace VEK

@@ -1,18 +1,10 @@
 #include "triggerui/matchunitdialog.h"
 
-#include "triggerui/matchunitform.h"
+#include "ui_matchunitdialog.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDialogButtonBox>
-#include <QGroupBox>
-#include <QLabel>
 #include <QMessageBox>
-#include <QRadioButton>
 #include <QRegExpValidator>
 #include <QSignalBlocker>
-#include <QSpinBox>
-#include <QTreeWidget>
 
 namespace VEK {
 

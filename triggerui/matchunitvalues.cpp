@@ -1,11 +1,9 @@
 #include "triggerui/matchunitdialog.h"
 
-#include "triggerui/matchunitform.h"
+#include "ui_matchunitdialog.h"
 
-#include <QGroupBox>
 #include <QMenu>
 #include <QRegExpValidator>
-#include <QTreeWidget>
 
 /// The value editor of the match unit dialog. A bus shows the bits of its rows: both are written
 /// together, whichever was edited.

@@ -31,17 +31,16 @@ inline QString signalXml(QString const& id, QString const& name, QString const& 
 }
 
 /// A `Node` element of a signal.
-inline QString nodeXml(QString const& id, QString const& text = QString())
+inline QString nodeXml(QString const& id)
 {
-    return QStringLiteral("<Node type='sig' id='%1' text='%2'/>").arg(id, text);
+    return QStringLiteral("<Node type='sig' id='%1'/>").arg(id);
 }
 
 /// A `Node` element of a bus.
-inline QString busXml(QString const& name, QString const& text, QString const& format,
-                      QString const& members)
+inline QString busXml(QString const& name, QString const& format, QString const& members)
 {
-    return QStringLiteral("<Node type='bus' name='%1' text='%2' format='%3'>%4</Node>")
-        .arg(name, text, format, members);
+    return QStringLiteral("<Node type='bus' name='%1' format='%2'>%3</Node>")
+        .arg(name, format, members);
 }
 
 inline QString windowXml(QString const& signalElements, QString const& nodes)
