@@ -3,7 +3,7 @@
 #include "image/expressionimage.h"
 #include "image/matchencoding.h"
 #include "image/registermap.h"
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 #include "model/standardfile.h"

@@ -2,7 +2,7 @@
 
 #include "acquire/datamanager.h"
 #include "analyzer/console.h"
-#include "analyzer/windowbuilder.h"
+#include "results/windowbuilder.h"
 #include "jtag/jtagsession.h"
 #include "jtag/protocol.h"
 #include "results/csvexport.h"

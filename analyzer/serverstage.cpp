@@ -20,7 +20,7 @@ ServerStage noServerAnswered()
 ServerStage startServer(CABLE cable, CHANNEL channel)
 {
     auto const lock =
-        std::make_shared<RunLock>(cable == CableLPT ? Server::LptSocket : Server::UsbSocket);
+        std::make_shared<CableHold>(cable == CableLPT ? Server::LptSocket : Server::UsbSocket);
     if (!lock->take())
         return noServerAnswered();
     JtagSession* session = JtagSession::shared();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "analyzer/runlock.h"
+#include "jtag/cablehold.h"
 #include "jtag/protocol.h"
 
 #include <QString>
@@ -14,7 +14,7 @@ struct ServerStage
 {
     int exitStatus = 0;            ///< 0, or the status with which the process must end at once.
     QString serverName;            ///< The server that the run works with.
-    std::shared_ptr<RunLock> lock; ///< Keeps other runs from that server.
+    std::shared_ptr<CableHold> lock; ///< Keeps other runs from that server.
 };
 
 /// Starts the local server of a cable and connects to it; a cable that another run is at counts as

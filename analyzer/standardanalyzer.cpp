@@ -3,7 +3,7 @@
 #include "acquire/standarddatamanager.h"
 #include "analyzer/batchrun.h"
 #include "analyzer/console.h"
-#include "analyzer/samples.h"
+#include "acquire/samples.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 

@@ -1,6 +1,6 @@
 #include "analyzer/liteanalyzer.h"
 #include "analyzer/standardanalyzer.h"
-#include "analyzer/windowbuilder.h"
+#include "results/windowbuilder.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/transpose.h"
 #include "model/bits.h"

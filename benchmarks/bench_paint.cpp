@@ -1,11 +1,11 @@
 #include "benchmarks/comparison.h"
 #include "model/bits.h"
 #include "results/dataformatter.h"
-#include "wavemonitor/bussamples.h"
-#include "wavemonitor/buswaveitem.h"
+#include "wavemonitor/waves/bussamples.h"
+#include "wavemonitor/waves/buswaveitem.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
-#include "wavemonitor/signalwaveitem.h"
+#include "wavemonitor/waves/signalwaveitem.h"
 #include "wavemonitor/wavemonitorwidget.h"
 
 #include <QApplication>

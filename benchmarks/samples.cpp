@@ -1,6 +1,6 @@
 #include "benchmarks/samples.h"
 
-#include "analyzer/windowbuilder.h"
+#include "results/windowbuilder.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -40,18 +40,20 @@ function(vek_add_library)
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:include/vek>)
 endfunction()
 
-# vek_install_library(NAME Model): the library and the headers of the calling folder for hosts. The
-# simulator is no host's business and has none.
+# vek_install_library(NAME Model HEADERS bits.h ...): the library, and those headers of the calling
+# folder that hosts include. What else lies there is ours. The simulator is no host's business.
 function(vek_install_library)
-  cmake_parse_arguments(ARG "" "NAME" "" ${ARGN})
+  cmake_parse_arguments(ARG "" "NAME" "HEADERS" ${ARGN})
   string(TOLOWER vek_${ARG_NAME} target)
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${ARG_NAME} INSTALL_RPATH $ORIGIN)
   install(TARGETS ${target} EXPORT VekTargets
     LIBRARY DESTINATION lib COMPONENT runtime NAMELINK_COMPONENT development
     ARCHIVE DESTINATION lib COMPONENT development)
   cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
-  file(GLOB headers CONFIGURE_DEPENDS *.h)
+  list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE headers)
   install(FILES ${headers} DESTINATION include/vek/${folder} COMPONENT development)
+  list(TRANSFORM ARG_HEADERS PREPEND ${folder}/ OUTPUT_VARIABLE headers)
+  set_property(GLOBAL APPEND PROPERTY VEK_PUBLIC_HEADERS ${headers})
 endfunction()
 
 # vek_add_program(NAME veksh FOLDER Analyzer/bin SOURCES ... LIBS ...): the build tree mirrors the

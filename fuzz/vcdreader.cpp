@@ -2,7 +2,7 @@
 
 #include "fuzz/input.h"
 
-#include "simulator/vcdsampler.h"
+#include "dump/vcdsampler.h"
 
 #include <QBuffer>
 

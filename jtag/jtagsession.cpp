@@ -1,6 +1,6 @@
 #include "jtag/jtagsession.h"
 
-#include "jtag/alert.h"
+#include "model/alert.h"
 
 #include <utility>
 

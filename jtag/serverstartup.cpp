@@ -1,6 +1,6 @@
 #include "jtag/serverstartup.h"
 
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "jtag/jtagsession.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #include "programmer/deviceconfigurationdlg.h"
 
-#include "triggerui/named.h"
+#include "widgets/named.h"
 
 #include "ui_deviceconfigurationdlg.h"
 

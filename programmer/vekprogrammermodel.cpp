@@ -1,6 +1,6 @@
 #include "programmer/vekprogrammermodel.h"
 
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "programmer/deviceselector.h"
 #include "programmer/fsfile.h"
 

@@ -1,10 +1,10 @@
 #include "programmer/vekprogrammerwidget.h"
 
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "programmer/deviceconfigurationdlg.h"
 #include "programmer/vekprogrammeritemdelegate.h"
 #include "programmer/vekprogrammermodel.h"
-#include "triggerui/waitingtip.h"
+#include "widgets/waitingtip.h"
 
 #include "ui_vekprogrammerwidget.h"
 

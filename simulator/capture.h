@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/sampletable.h"
+#include "dump/sampletable.h"
 #include "simulator/triggerlogic.h"
 
 #include <vector>

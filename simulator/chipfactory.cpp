@@ -5,7 +5,7 @@
 #include "simulator/devices.h"
 #include "simulator/litechip.h"
 #include "simulator/standardchip.h"
-#include "simulator/vcdsampler.h"
+#include "dump/vcdsampler.h"
 
 #include <QStringList>
 

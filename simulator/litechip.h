@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/chip.h"
-#include "simulator/sampletable.h"
+#include "dump/sampletable.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/design.h"
-#include "simulator/sampletable.h"
+#include "dump/sampletable.h"
 
 #include <QBitArray>
 

@@ -4,7 +4,7 @@
 #include "triggerui/matchunitdialog.h"
 #include "triggerui/matchunitmodel.h"
 #include "triggerui/muexpressiondialog.h"
-#include "triggerui/named.h"
+#include "widgets/named.h"
 
 #include <QComboBox>
 #include <QFormLayout>

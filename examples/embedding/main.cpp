@@ -5,8 +5,8 @@
 // With a picture it writes the monitor there once all windows have come, and ends.
 
 #include "acquire/standarddatamanager.h"
-#include "analyzer/samples.h"
-#include "analyzer/windowbuilder.h"
+#include "acquire/samples.h"
+#include "results/windowbuilder.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 #include "results/windowdocument.h"

@@ -1,6 +1,6 @@
 #include "support/csvwindow.h"
 
-#include "analyzer/windowbuilder.h"
+#include "results/windowbuilder.h"
 #include "model/bits.h"
 #include "results/csvimport.h"
 

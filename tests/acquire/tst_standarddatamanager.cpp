@@ -1,6 +1,6 @@
 #include "acquire/standarddatamanager.h"
 #include "image/expressionimage.h"
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "model/standardfile.h"
 
 #include "requests.h"

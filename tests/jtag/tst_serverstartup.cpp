@@ -1,4 +1,4 @@
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "jtag/jtagsession.h"
 #include "jtag/serverstartup.h"
 

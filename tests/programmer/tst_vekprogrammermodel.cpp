@@ -1,7 +1,7 @@
 #include "programmer/vekprogrammermodel.h"
 #include "programmerdesk.h"
 
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "jtag/jtagsession.h"
 #include "tests/support/widgettools.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bittext.h"
+#include "tests/support/bittext.h"
 #include "simulator/standardchip.h"
 
 /// A chip with one core, spoken to in words that are put together here from the bit layout, and

@@ -5,7 +5,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "bittext.h"
+#include "tests/support/bittext.h"
 #include "jtag/protocol.h"
 
 /// Files of a desk in a folder of their own, and requests to what serves it.

@@ -1,4 +1,4 @@
-#include "bittext.h"
+#include "tests/support/bittext.h"
 #include "simulator/matchlogic.h"
 #include "simulator/truthtable.h"
 

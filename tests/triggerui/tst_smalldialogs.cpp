@@ -1,9 +1,9 @@
-#include "jtag/alert.h"
+#include "model/alert.h"
 #include "tests/support/widgettools.h"
 #include "triggerui/muexpressiondialog.h"
-#include "triggerui/realdialog.h"
-#include "triggerui/reloadbanner.h"
-#include "triggerui/waitingtip.h"
+#include "widgets/realdialog.h"
+#include "widgets/reloadbanner.h"
+#include "widgets/waitingtip.h"
 
 #include <QGroupBox>
 #include <QLabel>

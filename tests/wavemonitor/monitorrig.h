@@ -1,6 +1,6 @@
 #pragma once
 
-#include "wavemonitor/layoutnode.h"
+#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/signalelement.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"

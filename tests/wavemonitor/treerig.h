@@ -1,6 +1,6 @@
 #pragma once
 
-#include "wavemonitor/modellayout.h"
+#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/signaltreemodel.h"
 

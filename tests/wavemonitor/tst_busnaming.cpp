@@ -1,4 +1,4 @@
-#include "wavemonitor/busnaming.h"
+#include "wavemonitor/tree/busnaming.h"
 
 #include <QtTest>
 

@@ -1,5 +1,5 @@
-#include "wavemonitor/rulerticks.h"
-#include "wavemonitor/scaleruler.h"
+#include "wavemonitor/ruler/rulerticks.h"
+#include "wavemonitor/ruler/scaleruler.h"
 #include "wavemonitor/timemarks.h"
 
 #include <QPainter>

@@ -2,7 +2,7 @@
 #include "wavemonitor/constants.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
-#include "wavemonitor/scaleruler.h"
+#include "wavemonitor/ruler/scaleruler.h"
 
 #include <QMenu>
 #include <QScrollBar>

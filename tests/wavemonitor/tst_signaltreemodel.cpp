@@ -1,6 +1,6 @@
 #include "model/capturecore.h"
 #include "treerig.h"
-#include "wavemonitor/waveitem.h"
+#include "wavemonitor/waves/waveitem.h"
 
 using namespace WaveMonitor;
 

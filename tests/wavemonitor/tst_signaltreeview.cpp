@@ -1,10 +1,10 @@
 #include "monitorrig.h"
 
 #include "tests/support/widgettools.h"
-#include "triggerui/realdialog.h"
-#include "wavemonitor/rowheightsetting.h"
-#include "wavemonitor/transitions.h"
-#include "wavemonitor/treecontextmenu.h"
+#include "widgets/realdialog.h"
+#include "wavemonitor/tree/rowheightsetting.h"
+#include "wavemonitor/waves/transitions.h"
+#include "wavemonitor/tree/treecontextmenu.h"
 
 #include <QDialogButtonBox>
 #include <QLineEdit>

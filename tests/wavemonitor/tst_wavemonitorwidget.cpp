@@ -4,7 +4,7 @@
 #include "wavemonitor/drawconfig.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
-#include "wavemonitor/waveviewmenu.h"
+#include "wavemonitor/waves/waveviewmenu.h"
 
 #include <QHeaderView>
 #include <QLabel>

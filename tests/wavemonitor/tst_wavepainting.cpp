@@ -1,8 +1,8 @@
 #include "results/dataformatter.h"
-#include "wavemonitor/buswaveitem.h"
+#include "wavemonitor/waves/buswaveitem.h"
 #include "wavemonitor/constants.h"
-#include "wavemonitor/dividerwaveitem.h"
-#include "wavemonitor/signalwaveitem.h"
+#include "wavemonitor/waves/dividerwaveitem.h"
+#include "wavemonitor/waves/signalwaveitem.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

@@ -2,7 +2,7 @@
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/waveview.h"
-#include "wavemonitor/waveviewmenu.h"
+#include "wavemonitor/waves/waveviewmenu.h"
 
 #include <QGraphicsRectItem>
 #include <QMenu>

@@ -1,6 +1,6 @@
 #include "treerig.h"
-#include "wavemonitor/buswaveitem.h"
-#include "wavemonitor/signalwaveitem.h"
+#include "wavemonitor/waves/buswaveitem.h"
+#include "wavemonitor/waves/signalwaveitem.h"
 
 #include <QGraphicsScene>
 

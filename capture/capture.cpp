@@ -1,0 +1,201 @@
+#include "capture/capture.h"
+
+#include "acquire/litedatamanager.h"
+#include "acquire/standarddatamanager.h"
+#include "acquire/samples.h"
+#include "jtag/jtagsession.h"
+#include "model/bits.h"
+#include "model/vekfile.h"
+
+#include <QFile>
+#include <QTimer>
+
+using namespace VEK;
+
+Capture::Capture(QObject* parent) : QObject(parent)
+{}
+
+Capture::~Capture()
+{
+    m_standard.reset();
+    m_lite.reset();
+    dropServer();
+}
+
+bool Capture::open(QString const& path, QString& error)
+{
+    auto standard = std::make_unique<VekStandardDataManager>();
+    auto lite = std::make_unique<VekLiteDataManager>();
+    VekMode const mode = vekModeFromVekConfigFile(path);
+    error.clear();
+    bool const ok =
+        mode == VekModeLite ? lite->readVekFile(path, error) : standard->readVekFile(path, error);
+    if (mode == VekModeUnknown || !ok) {
+        if (error.isEmpty())
+            error = QFile::exists(path)
+                        ? QStringLiteral("This is no configuration file with cores.")
+                        : QStringLiteral("There is no such file.");
+        return false;
+    }
+    stop();
+    Q_EMIT closing();
+    m_standard.reset(mode == VekModeStandard ? standard.release() : nullptr);
+    m_lite.reset(mode == VekModeLite ? lite.release() : nullptr);
+    if (m_standard)
+        connect(m_standard.get(), &VekStandardDataManager::readRamComplete, this,
+                &Capture::onStandardWindow);
+    else
+        connect(m_lite.get(), &VekLiteDataManager::readRamComplete, this, &Capture::onLiteWindow);
+    connect(manager(), &DataManager::triggerComplete, this, &Capture::onComplete);
+    return true;
+}
+
+DataManager* Capture::manager() const
+{
+    return m_standard ? static_cast<DataManager*>(m_standard.get()) : m_lite.get();
+}
+
+QList<SxCore*> Capture::cores() const
+{
+    return m_standard ? m_standard->cores() : QList<SxCore*>();
+}
+
+SXCore_Lite* Capture::liteCore() const
+{
+    return m_lite ? m_lite->core() : nullptr;
+}
+
+void Capture::setDeviceName(QString const& name)
+{
+    m_deviceName = name;
+}
+
+/// A server is started once, and kept; another cable's replaces it.
+bool Capture::connectServer(QString const& cable)
+{
+    JtagSession* const session = JtagSession::shared();
+    if (session->connectServer(cable))
+        return true;
+    dropServer();
+    session->validateServerList(session->initLocalServerListForveksh(
+        cable == Server::LptName ? CableLPT : CableFT2CH, Channel0));
+    if (!session->connectServer(cable))
+        return false;
+    m_server = session->findChildren<JtagClient*>().constLast(); // the one that was just made
+    connect(m_server, &QLocalSocket::disconnected, this, &Capture::onServerLost);
+    return true;
+}
+
+void Capture::dropServer()
+{
+    if (m_server)
+        m_server->disconnect(this);
+    JtagSession::shared()->disconnectServer();
+    JtagSession::shared()->clearAllServerMap();
+}
+
+void Capture::run(QString const& cable, QString const& location, bool repeat)
+{
+    if (m_running || !manager())
+        return;
+    if (!connectServer(cable)) {
+        Q_EMIT ended(false, QStringLiteral("No JTAG server: it could not be started, or did not "
+                                           "answer. Is Programmer/bin installed beside this "
+                                           "program?"));
+        return;
+    }
+    manager()->setAutoRunCount(repeat ? 0 : -1);
+    m_stopped = false;
+    m_lost = false;
+    setRunning(true);
+    manager()->initDeviceChainandLocation({0}, cable, location);
+    if (m_lite)
+        return m_lite->startDataTrigger(0);
+    m_standard->setDeviceName(m_deviceName);
+    QList<int> places;
+    for (int i = 0; i < m_standard->cores().size(); ++i)
+        places << i;
+    m_standard->startDataTrigger(places);
+}
+
+void Capture::force()
+{
+    if (m_running && m_standard)
+        m_standard->forceDataTrigger();
+}
+
+void Capture::stop()
+{
+    if (!m_running)
+        return;
+    m_stopped = true;
+    manager()->stopDataTrigger();
+}
+
+void Capture::shutDown()
+{
+    stop();
+    dropServer();
+}
+
+void Capture::onStandardWindow(int core, int window)
+{
+    int const repeats = m_standard->autoRunCount();
+    // first of all: this also moves the manager on
+    QBitArray const tdo = combine(m_standard->getCurrentData(window));
+    if (SxCore const* const captured = m_standard->getCore(core))
+        Q_EMIT windowArrived(core, window, standardSamples(*captured, tdo), repeats);
+}
+
+void Capture::onLiteWindow()
+{
+    int const repeats = m_lite->autoRunCount();
+    QBitArray const tdo = combine(m_lite->getCurrentData());
+    Q_EMIT windowArrived(0, 0, liteSamples(*m_lite->core(), m_deviceName, tdo), repeats);
+}
+
+/// A failed open stops the run first, which comes out as a 0 of its own just before the error.
+void Capture::onComplete(int result)
+{
+    if (!m_running)
+        return;
+    if (m_results.isEmpty())
+        QTimer::singleShot(0, this, &Capture::finishRun);
+    m_results << result;
+}
+
+void Capture::finishRun()
+{
+    int const result = m_results.last();
+    m_results.clear();
+    setRunning(false);
+    QString message;
+    if (m_lost)
+        message = QStringLiteral("The JTAG server has ended. Run again to start another one.");
+    else if (result == Protocol::Result::NoBitstream)
+        message = QStringLiteral("The device is empty: download its Fs file first.");
+    else if (result == Protocol::Result::OpenFailed)
+        message =
+            QStringLiteral("The device could not be opened: check cable, location and power.");
+    else if (result != Protocol::Result::Ok)
+        message = QStringLiteral("The server reports device error %1.").arg(result);
+    else
+        message = m_stopped ? QStringLiteral("Stopped.") : QStringLiteral("Capture complete.");
+    Q_EMIT ended(!m_lost && result == Protocol::Result::Ok, message);
+}
+
+/// The manager itself would wait for ever.
+void Capture::onServerLost()
+{
+    JtagSession::shared()->disconnectServer();
+    if (!m_running || !m_results.isEmpty())
+        return;
+    m_lost = true;
+    stop();
+}
+
+void Capture::setRunning(bool running)
+{
+    m_running = running;
+    Q_EMIT runningChanged(running);
+}

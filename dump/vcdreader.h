@@ -1,0 +1,96 @@
+#pragma once
+
+#include "dump/vcdtokens.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class QIODevice;
+
+namespace VEK::Simulator {
+
+/// One `$var` declaration.
+struct VcdVariable
+{
+    QByteArray path;       ///< Scopes and name joined with "."; "/" counts as ".", no leading "\".
+    int code = 0;          ///< Number of its identifier code; several variables may share one.
+    int width = 0;         ///< Bits.
+    int msb = 0;           ///< Index of the first bit of a value...
+    int lsb = 0;           ///< ...and of its last bit; `msb` may be the smaller one.
+    bool isBits = true;    ///< False for reals and strings.
+    bool hasRange = false; ///< The declaration gave the indexes; else they are width-1 to 0.
+};
+
+/// Reads a value change dump as a stream. Memory depends on the declarations only.
+///
+/// First `readHeader`, then `next` until `End` or `Error`. After an error `error()` tells what is
+/// wrong and in which line.
+class VcdReader
+{
+public:
+    enum class Event {
+        Time,    ///< A new, later time; see `time`.
+        Change,  ///< A variable of bits has a new value; see `code` and `value`.
+        DumpOff, ///< Values are unknown until a `Change` behind the next `DumpOn`.
+        DumpOn,
+        End,
+        Error
+    };
+
+    /// `device` must be open for reading and outlive this object.
+    explicit VcdReader(QIODevice& device) : m_words(device) {}
+
+    /// Reads up to the end of the declarations and calls `visit` for each variable in file order.
+    bool readHeader(std::function<void(VcdVariable const&)> const& visit);
+    /// Number of different identifier codes; codes are numbered from 0 in order of appearance.
+    int codeCount() const { return int(m_isBits.size()); }
+
+    Event next();
+    quint64 time() const { return m_time; }
+    int code() const { return m_code; }
+    /// The new value, highest bit first, one character a bit; see `isOne`. May be shorter than the
+    /// variable (zeros in front) or longer (its head is void). Valid up to the next call.
+    std::string_view value() const { return m_value; }
+
+    /// Whether a value character stands for 1; x, z and their kin read as 0.
+    static bool isOne(char c) { return c == '1' || c == 'h' || c == 'H'; }
+
+    QString error() const { return m_error; }
+
+private:
+    bool fail(QString const& what);
+    bool failAtEnd(QString const& where);
+    bool nextWord(QString const& where);
+    bool skipSection(QString const& name);
+    bool sectionWords(QString const& name, std::vector<QByteArray>& words);
+    bool readScope();
+    bool readUpscope();
+    bool readTimescale();
+    bool readVariable(std::function<void(VcdVariable const&)> const& visit);
+    int addCode(QByteArray const& text, bool isBits);
+    int findCode(std::string_view text) const;
+    bool readKeyword(QByteArray const& word, Event& event);
+    bool readTime(std::string_view digits);
+    bool readValue(std::string_view word);
+
+    VcdTokens m_words;
+    QByteArray m_scope;             ///< Path of the open scopes, with a closing ".".
+    std::vector<int> m_scopeStarts; ///< Length of `m_scope` in front of each open scope.
+    QHash<quint64, int> m_shortCodes;
+    QHash<QByteArray, int> m_longCodes;
+    std::vector<bool> m_isBits; ///< For each code: at least one of its variables has bits.
+    std::string m_value;
+    quint64 m_time = 0;
+    bool m_hasTime = false;
+    bool m_inDump = false; ///< Within $dumpvars and the like, before their $end.
+    int m_code = 0;
+    QString m_error;
+};
+
+} // namespace VEK::Simulator

@@ -1,0 +1,204 @@
+#include "dump/vcdsampler.h"
+
+#include "dump/vcdnames.h"
+
+#include <QFile>
+
+namespace VEK::Simulator {
+namespace {
+
+/// One core's view of the dump while it is read.
+struct Tap
+{
+    SampleTable table;
+    std::vector<quint64> before; ///< Values at the end of the last time.
+    std::vector<quint64> now;
+    bool changed = false;
+    bool clockBefore = false;
+    bool clockNow = false;
+    bool clockKnown = false;
+};
+
+/// Where the bit of a variable goes.
+struct Target
+{
+    static constexpr int Clock = -1;
+
+    int tap = 0;
+    int position = 0; ///< In the row, or `Clock`.
+    int bit = 0;      ///< Of the variable, from the lowest.
+};
+
+class Sampler
+{
+public:
+    Sampler(QIODevice& device, std::vector<SampleRequest> const& requests)
+        : m_reader(device), m_requests(requests)
+    {}
+
+    bool run(std::vector<SampleTable>& tables, QString& error)
+    {
+        bool const ok = prepare() && readValues() && checkRows();
+        error = m_error.isEmpty() ? m_reader.error() : m_error;
+        for (Tap& tap : m_taps)
+            tables.push_back(std::move(tap.table));
+        return ok;
+    }
+
+private:
+    bool prepare();
+    bool readValues();
+    bool checkRows();
+    void change();
+    void changeClock(Tap& tap, bool value);
+    bool endOfTime();
+
+    VcdReader m_reader;
+    std::vector<SampleRequest> const& m_requests;
+    std::vector<Tap> m_taps;
+    std::vector<std::vector<Target>> m_targets; ///< By identifier code.
+    qint64 m_bytes = 0;
+    bool m_suspended = false;
+    QString m_error;
+};
+
+bool Sampler::prepare()
+{
+    VcdNames names;
+    std::vector<Target> wanted;
+    for (SampleRequest const& request : m_requests) {
+        int const tap = int(m_taps.size());
+        names.want(request.clock);
+        wanted.push_back({tap, Target::Clock, 0});
+        for (int i = 0; i < request.signalNames.size(); ++i) {
+            names.want(request.signalNames.at(i));
+            wanted.push_back({tap, i, 0});
+        }
+        m_taps.emplace_back();
+        m_taps.back().table = SampleTable(request.signalNames.size());
+        m_taps.back().before.resize(std::size_t(m_taps.back().table.wordsPerRow()));
+        m_taps.back().now = m_taps.back().before;
+    }
+    if (!m_reader.readHeader([&names](VcdVariable const& variable) { names.visit(variable); }))
+        return false;
+    m_error = names.problems();
+    if (!m_error.isEmpty())
+        return false;
+    m_targets.resize(std::size_t(m_reader.codeCount()));
+    std::vector<VcdBit> const bits = names.bits();
+    for (std::size_t i = 0; i < bits.size(); ++i) {
+        wanted[i].bit = bits[i].bit;
+        m_targets[std::size_t(bits[i].code)].push_back(wanted[i]);
+    }
+    return true;
+}
+
+bool Sampler::readValues()
+{
+    for (;;) {
+        switch (m_reader.next()) {
+        case VcdReader::Event::Time:
+            if (!endOfTime())
+                return false;
+            break;
+        case VcdReader::Event::Change:
+            change();
+            break;
+        case VcdReader::Event::DumpOff:
+            m_suspended = true;
+            for (Tap& tap : m_taps)
+                tap.clockKnown = false;
+            break;
+        case VcdReader::Event::DumpOn:
+            m_suspended = false;
+            break;
+        case VcdReader::Event::End:
+            return endOfTime();
+        case VcdReader::Event::Error:
+            return false;
+        }
+    }
+}
+
+void Sampler::change()
+{
+    std::string_view const value = m_reader.value();
+    for (Target const& target : m_targets[std::size_t(m_reader.code())]) {
+        bool const isThere = std::size_t(target.bit) < value.size();
+        bool const one = isThere && VcdReader::isOne(value[value.size() - 1 - target.bit]);
+        Tap& tap = m_taps[std::size_t(target.tap)];
+        if (target.position == Target::Clock) {
+            changeClock(tap, one);
+            continue;
+        }
+        quint64 const bit = SampleTable::bitOf(target.position);
+        quint64& word = tap.now[std::size_t(target.position / 64)];
+        word = one ? word | bit : word & ~bit;
+        tap.changed = true;
+    }
+}
+
+void Sampler::changeClock(Tap& tap, bool value)
+{
+    if (m_suspended)
+        return;
+    tap.clockNow = value;
+    if (!tap.clockKnown)
+        tap.clockBefore = true; // no edge, whatever follows at this time
+    tap.clockKnown = true;
+}
+
+bool Sampler::endOfTime()
+{
+    for (Tap& tap : m_taps) {
+        if (tap.clockKnown && !tap.clockBefore && tap.clockNow) {
+            m_bytes += qint64(tap.table.wordsPerRow()) * 8;
+            if (m_bytes > MaxTableBytes) {
+                m_error = QStringLiteral("more than %1 bytes of samples").arg(MaxTableBytes);
+                return false;
+            }
+            tap.table.append(tap.before.data());
+        }
+        tap.clockBefore = tap.clockNow;
+        if (tap.changed)
+            tap.before = tap.now;
+        tap.changed = false;
+    }
+    return true;
+}
+
+bool Sampler::checkRows()
+{
+    for (std::size_t i = 0; i < m_taps.size(); ++i) {
+        if (m_taps[i].table.rowCount() == 0) {
+            m_error = QStringLiteral("the clock %1 has no rising edge").arg(m_requests[i].clock);
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
+               std::vector<SampleTable>& tables, QString& error)
+{
+    tables.clear();
+    return Sampler(device, requests).run(tables, error);
+}
+
+bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
+                   std::vector<SampleTable>& tables, QString& error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        error = QStringLiteral("%1: %2").arg(path, file.errorString());
+        return false;
+    }
+    if (sampleVcd(file, requests, tables, error))
+        return true;
+    error = QStringLiteral("%1: %2").arg(path, error);
+    return false;
+}
+
+} // namespace VEK::Simulator

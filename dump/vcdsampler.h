@@ -1,0 +1,35 @@
+#pragma once
+
+#include "dump/sampletable.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+class QIODevice;
+
+namespace VEK::Simulator {
+
+/// What one core watches in a dump.
+struct SampleRequest
+{
+    QStringList signalNames; ///< Names for `VcdNames`; row position i is entry i.
+    QString clock;
+};
+
+/// Samples a value change dump, all requests in one pass.
+///
+/// A row holds the values just before a rising edge of the request's clock: those at the end of
+/// the last time before the edge's time. An edge is a clock of 0 at the end of one time and of 1
+/// at the end of the next; the first value of a clock, at the start or after $dumpoff, is none.
+/// False, with an `error` that names the line or the signals, for a dump that is broken, misses
+/// signals or has no edge of a clock.
+bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
+               std::vector<SampleTable>& tables, QString& error);
+
+/// The same from a file.
+bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
+                   std::vector<SampleTable>& tables, QString& error);
+
+} // namespace VEK::Simulator

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "model/bits.h"
+#include "dump/sampletable.h"
+
+#include <QByteArray>
+#include <QList>
+
+/// Bits and samples as texts of '0' and '1', first on the wire (or first signal) first.
+inline QBitArray bits(QByteArray const& text)
+{
+    return VEK::str2bit(QString::fromLatin1(text));
+}
+
+inline QByteArray text(QBitArray const& bits)
+{
+    return VEK::bit2str(bits).toLatin1();
+}
+
+inline QByteArray number(quint64 value, int size)
+{
+    return QByteArray::number(value, 2).rightJustified(size, '0').right(size);
+}
+
+inline std::vector<quint64> rowWords(QByteArray const& text)
+{
+    using VEK::Simulator::SampleTable;
+    std::vector<quint64> words(std::size_t(SampleTable::wordsFor(text.size())));
+    for (int i = 0; i < text.size(); ++i) {
+        if (text.at(i) == '1')
+            words[std::size_t(i / 64)] |= SampleTable::bitOf(i);
+    }
+    return words;
+}
+
+inline VEK::Simulator::SampleTable table(QByteArrayList const& rows)
+{
+    VEK::Simulator::SampleTable result(rows.first().size());
+    for (QByteArray const& row : rows)
+        result.append(rowWords(row).data());
+    return result;
+}
+
+inline QByteArrayList rowTexts(VEK::Simulator::SampleTable const& table)
+{
+    QByteArrayList rows;
+    for (qint64 k = 0; k < table.rowCount(); ++k) {
+        rows.append(QByteArray());
+        for (int i = 0; i < table.signalCount(); ++i)
+            rows.last() += char('0' + table.bit(k, i));
+    }
+    return rows;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "wavemonitor/waves/bussamples.h"
+#include "wavemonitor/waves/waveitem.h"
+
+#include <QBitArray>
+#include <QList>
+
+namespace WaveMonitor {
+
+class DataFormatter;
+
+/// The wave of a bus: values in an outline, or a chart of them, as the formatter says.
+class BusWaveItem : public WaveItem
+{
+public:
+    /// The formatter is not owned and must outlive the item.
+    explicit BusWaveItem(DataFormatter const* formatter);
+
+    /// One array a sample, of one bit a member of the bus each. All are as wide as the first one:
+    /// bits that others lack are 0, further ones are ignored.
+    void setWaveData(QList<QBitArray> const& samples);
+
+    /// The same samples as one array a member, without a copy; see `BusSamples::setMembers`.
+    void setMemberData(QList<QBitArray> const& members);
+
+    BusSamples const& samples() const { return m_samples; }
+
+    /// Takes the row height over from the formatter: to be called after a change of either the
+    /// format or the height. Both functions above do it as well.
+    void updateRowHeight();
+
+    int rowHeight() const override { return m_rowHeight; }
+    QRectF boundingRect() const override;
+    void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
+
+private:
+    BusSamples m_samples;
+    DataFormatter const* m_formatter;
+    int m_rowHeight;
+};
+
+} // namespace WaveMonitor

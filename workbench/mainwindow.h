@@ -1,0 +1,126 @@
+#pragma once
+
+#include "capture/capture.h"
+
+#include <QFileSystemWatcher>
+#include <QHash>
+#include <QList>
+#include <QMainWindow>
+#include <QMessageBox>
+
+class CableBox;
+class QDomDocument;
+class QDomElement;
+class QLabel;
+class QMenu;
+class QPlainTextEdit;
+class QProgressBar;
+class QTabWidget;
+class QVBoxLayout;
+
+namespace VEK {
+class VekProgrammerWidget;
+}
+namespace WaveMonitor {
+class WaveMonitorWidget;
+}
+
+/// The window of the workbench: a wave monitor for each core in the middle, and around it the
+/// cores' panels, the programmer and the messages.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    MainWindow();
+
+    /// Opens a configuration or session file. When it can't, it says so and all stays as it was.
+    bool open(QString const& path);
+
+    /// Makes a device of the catalogue the only row of the programmer.
+    void setDevice(QString const& name);
+
+    /// A session with the configuration and what the monitors show.
+    bool saveSessionAs(QString const& path);
+
+    /// One window of a core, in the format that the file's ending names: .csv, .prn or .vcd.
+    void exportWindowAs(QString const& path, int core, int window);
+
+    /// Runs one capture, then writes a picture of every pane into a folder and ends the
+    /// application, with status 0 if all went well.
+    void grab(QString const& folder);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    static constexpr QSize DefaultSize{1480, 860};
+
+    // what the window consists of (mainwindowparts.cpp)
+    void makeCentre();
+    void makeDocks();
+    void makeFileMenu(QToolBar* bar);
+    void makeCaptureMenu(QToolBar* bar);
+    void makeViewMenu();
+    void restoreState();
+    void keepState() const;
+    void showRecentFiles();
+    void rememberFile(QString const& path, bool isThere);
+    void about();
+    void grabPanes(QString const& folder, bool ok);
+
+    // its files (mainwindowfiles.cpp)
+    void chooseFile(QString const& recent = QString());
+    bool mayLeave(QMessageBox::StandardButtons choices);
+    void showSession(QString const& path);
+    bool save();
+    bool saveSession();
+    bool saveConfiguration(QString const& path);
+    QByteArray configuration();
+    void exportWindow(QString const& format);
+    void onFileChanged();
+    void onFolderChanged();
+
+    void clearCores();
+    void showCores();
+    void addMonitor(int core);
+    void saveCores();
+    void run();
+    void onWindowArrived(int core, int window, QList<WaveMonitor::SignalData> const& samples,
+                         int repeats);
+    void onEnded(bool ok, QString const& message);
+    void updateActions();
+    void say(QString const& message, bool isError = false);
+
+    bool hasCores() const;
+    int triggerPosition(int core) const;
+    QList<VEK::SignalItem> capturedSignals(int core) const;
+    WaveMonitor::WaveMonitorWidget* monitor(int core) const;
+    WaveMonitor::WaveMonitorWidget* currentMonitor() const;
+    QString deviceName() const;
+
+    Capture m_capture;
+    QString m_path;
+    QByteArray m_savedConfiguration;
+    bool m_hasNewCapture = false; ///< One that is in no session file.
+    QHash<int, int> m_fitted;     ///< Samples that the waves of a core were last fitted to.
+    QFileSystemWatcher m_watcher;
+    QString m_grabFolder;
+
+    QTabWidget* m_monitors = nullptr;
+    QLabel* m_hint = nullptr;
+    QVBoxLayout* m_centre = nullptr;
+    QWidget* m_banner = nullptr;
+    QTabWidget* m_cores = nullptr;
+    VEK::VekProgrammerWidget* m_programmer = nullptr;
+    QPlainTextEdit* m_messages = nullptr;
+    QProgressBar* m_busy = nullptr;
+    CableBox* m_cable = nullptr;
+    QMenu* m_recent = nullptr;
+    QList<QAction*> m_fileActions; ///< Those that need an open file.
+    QAction* m_runAction = nullptr;
+    QAction* m_forceAction = nullptr;
+    QAction* m_stopAction = nullptr;
+    QAction* m_repeatAction = nullptr;
+    QAction* m_cablesAction = nullptr;
+};
