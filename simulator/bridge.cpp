@@ -10,7 +10,6 @@
 
 Q_LOGGING_CATEGORY(lcSimulator, "vek.simulator", QtWarningMsg)
 
-
 namespace VEK::Simulator {
 namespace {
 
@@ -52,7 +51,7 @@ bool Bridge::load(QString& error)
 {
     if (m_bench.device.isEmpty() || m_bench.design.isEmpty())
         return true;
-    m_chip = buildChip(m_bench, error);
+    m_chip = buildChip(m_bench, m_warning, error);
     m_isBroken = m_isBroken || !m_chip;
     return m_chip != nullptr;
 }

@@ -30,6 +30,8 @@ public:
     /// Builds the chip. May take a while for a large stimulus. False with an `error` for a bench
     /// that can't be used; requests are served all the same.
     bool load(QString& error);
+    /// What the user should know about a bench that was loaded; empty when all is well.
+    QString const& warning() const { return m_warning; }
     /// Makes every OPEN answer that the bench can't be used.
     void setBroken() { m_isBroken = true; }
 
@@ -45,6 +47,7 @@ private:
     Bench m_bench;
     QStringList m_kinds;
     std::unique_ptr<Chip> m_chip;
+    QString m_warning;
     bool m_isBroken = false;
     bool m_isOpen = false;
 };

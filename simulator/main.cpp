@@ -81,5 +81,7 @@ int main(int argc, char* argv[])
         bridge.setBroken();
     else if (!bridge.load(error))
         refuse(error);
+    else if (!bridge.warning().isEmpty())
+        qCWarning(lcSimulator).noquote() << bridge.warning();
     return QCoreApplication::exec();
 }

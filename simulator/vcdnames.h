@@ -34,7 +34,8 @@ public:
 
     /// One entry for each wanted name, in their order.
     std::vector<VcdBit> bits() const;
-    /// What is wrong with the names that have no answer, each one named; empty when all have one.
+    /// What is wrong with the names that have no answer, each one named once; empty when all have
+    /// one.
     QString problems() const;
 
 private:
@@ -42,8 +43,10 @@ private:
     {
         VcdBit bit;
         QByteArray path;
+        qint64 line = 0;
         bool isWhole = false;
         QByteArray rival; ///< Path of another variable that fits as well.
+        qint64 rivalLine = 0;
     };
     struct Wanted
     {
