@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 #include <vector>
 
@@ -39,6 +39,13 @@ private:
     int m_words = 0;
     qint64 m_rows = 0;
     std::vector<quint64> m_data;
+};
+
+/// What the cores of a bench see.
+struct SampledStimulus
+{
+    std::vector<SampleTable> tables; ///< One for each core.
+    QString warning; ///< What the user should know about it; empty when all is well.
 };
 
 /// All tables of a bench together hold no more than this many bytes.

@@ -74,13 +74,16 @@ void VcdNames::offer(Wanted& wanted, VcdVariable const& variable, QByteArray con
     match.bit.code = variable.code;
     match.bit.bit = hasIndex ? qAbs(wanted.index - variable.lsb) : 0;
     match.path = variable.path;
+    match.line = variable.line;
     match.isWhole = isWhole;
     Match& best = wanted.match;
     if (best.bit.code < 0 || (isWhole && !best.isWhole))
         best = match;
     else if (best.isWhole == isWhole &&
-             (best.bit.code != match.bit.code || best.bit.bit != match.bit.bit))
+             (best.bit.code != match.bit.code || best.bit.bit != match.bit.bit)) {
         best.rival = variable.path;
+        best.rivalLine = variable.line;
+    }
 }
 
 std::vector<VcdBit> VcdNames::bits() const
@@ -102,11 +105,19 @@ QString VcdNames::problems() const
             texts.append(QStringLiteral("%1 is not one bit of its variable").arg(name));
         else if (match.bit.code < 0)
             missing.append(name.isEmpty() ? QStringLiteral("(a signal without a name)") : name);
+        else if (!match.rival.isEmpty() && match.rival == match.path)
+            texts.append(QStringLiteral("%1 may be the %2 of line %3 or that of line %4")
+                             .arg(name, QString::fromUtf8(match.path))
+                             .arg(match.line)
+                             .arg(match.rivalLine));
         else if (!match.rival.isEmpty())
             texts.append(
                 QStringLiteral("%1 may be %2 or %3 (the whole path or a scope tells)")
                     .arg(name, QString::fromUtf8(match.path), QString::fromUtf8(match.rival)));
     }
+    // A net that several cores or ports watch is wanted more than once.
+    missing.removeDuplicates();
+    texts.removeDuplicates();
     if (!missing.isEmpty())
         texts =
             QStringList(QStringLiteral("it has no %1").arg(missing.join(QStringLiteral(", ")))) +

@@ -35,8 +35,8 @@ public:
 
     /// One entry for each wanted name, in their order.
     std::vector<VcdBit> bits() const;
-    /// What is wrong with the names that have no answer, each one named, the first ones that are
-    /// missing with the nearest that are there; empty when all have one.
+    /// What is wrong with the names that have no answer, each one named once, the first ones that
+    /// are missing with the nearest that are there; empty when all have one.
     QString problems() const;
 
 private:
@@ -44,8 +44,10 @@ private:
     {
         VcdBit bit;
         QByteArray path;
+        qint64 line = 0;
         bool isWhole = false;
         QByteArray rival; ///< Path of another variable that fits as well.
+        qint64 rivalLine = 0;
     };
     struct Wanted
     {

@@ -3,13 +3,14 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <limits>
+#include <tuple>
 
 namespace VEK::Simulator {
 namespace {
 
 constexpr int MaxScopePath = 64 * 1024;
 constexpr int MaxShortCode = 8;
+constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
 
 QByteArray toBytes(std::string_view text)
 {
@@ -31,9 +32,40 @@ quint64 packedCode(std::string_view text)
     return packed;
 }
 
+QByteArray unpackedCode(quint64 packed)
+{
+    QByteArray text;
+    for (; packed; packed >>= 8)
+        text.prepend(char(packed & 0xFF));
+    return text;
+}
+
+bool areDigits(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+QString timeText(quint64 whole, std::string_view fraction)
+{
+    QString const text = QString::number(whole);
+    return fraction.empty() ? text : text + QLatin1Char('.') + shown(toBytes(fraction));
+}
+
 bool isValueCharacter(char c)
 {
     return std::string_view("01xXzZuUwWlLhH-").find(c) != std::string_view::npos;
+}
+
+/// What stands behind the "b"; some tools repeat it as "0b".
+std::string_view vectorDigits(std::string_view word)
+{
+    bool const isTwice = word.size() > 2 && word[1] == '0' && (word[2] == 'b' || word[2] == 'B');
+    return word.substr(isTwice ? 3 : 1);
+}
+
+bool areBits(std::string_view digits)
+{
+    return !digits.empty() && std::all_of(digits.begin(), digits.end(), isValueCharacter);
 }
 
 QByteArray pathComponent(QByteArray name)
@@ -82,10 +114,14 @@ void takeRange(QByteArray& name, VcdVariable& variable)
 
 bool VcdReader::readHeader(std::function<void(VcdVariable const&)> const& visit)
 {
-    for (;;) {
+    for (bool isFirst = true;; isFirst = false) {
         if (!nextWord(QStringLiteral("its declarations")))
             return false;
-        QByteArray const word = toBytes(m_words.word());
+        QByteArray word = toBytes(m_words.word());
+        if (isFirst && word.startsWith(ByteOrderMark))
+            word.remove(0, int(sizeof(ByteOrderMark)) - 1);
+        if (word.isEmpty()) // a mark with a blank behind it
+            continue;
         bool ok = true;
         if (word == "$enddefinitions")
             return skipSection(QStringLiteral("$enddefinitions"));
@@ -95,8 +131,6 @@ bool VcdReader::readHeader(std::function<void(VcdVariable const&)> const& visit)
             ok = readScope();
         else if (word == "$upscope")
             ok = readUpscope();
-        else if (word == "$timescale")
-            ok = readTimescale();
         else if (word.startsWith('$') && word != "$end")
             ok = skipSection(shown(word));
         else
@@ -115,9 +149,8 @@ VcdReader::Event VcdReader::next()
             break;
         }
         if (word[0] == '#') {
-            quint64 const before = m_time;
-            bool const first = !m_hasTime;
-            if (readTime(word.substr(1)) && (first || m_time != before))
+            bool isNew = false;
+            if (readTime(word.substr(1), isNew) && isNew)
                 return Event::Time;
         } else if (word[0] == '$') {
             Event event = Event::End;
@@ -127,11 +160,11 @@ VcdReader::Event VcdReader::next()
             return Event::Change;
         }
     }
-    if (m_error.isEmpty() && m_inDump)
+    if (m_error.isEmpty() && (m_inDump || m_words.failed()))
         failAtEnd(QStringLiteral("a dump of values"));
-    if (m_error.isEmpty() && m_words.failed())
-        fail(QStringLiteral("the file can't be read further"));
-    return m_error.isEmpty() ? Event::End : Event::Error;
+    if (m_error.isEmpty())
+        return Event::End;
+    return m_isCut ? Event::Cut : Event::Error;
 }
 
 bool VcdReader::fail(QString const& what)
@@ -141,8 +174,12 @@ bool VcdReader::fail(QString const& what)
     return false;
 }
 
+/// The words came to their end too early: what was simulated up to there is good.
 bool VcdReader::failAtEnd(QString const& where)
 {
+    if (m_words.failed())
+        return fail(QStringLiteral("the file can't be read further"));
+    m_isCut = true;
     return fail(QStringLiteral("the file ends within %1").arg(where));
 }
 
@@ -202,31 +239,20 @@ bool VcdReader::readUpscope()
     return skipSection(QStringLiteral("$upscope"));
 }
 
-bool VcdReader::readTimescale()
-{
-    static QRegularExpression const legal(QStringLiteral(R"(\A(1|10|100)(s|ms|us|ns|ps|fs)\z)"));
-    std::vector<QByteArray> words;
-    if (!sectionWords(QStringLiteral("$timescale"), words))
-        return false;
-    QByteArray const scale = joined(words, 0);
-    if (!legal.match(QString::fromLatin1(scale)).hasMatch())
-        return fail(QStringLiteral("\"%1\" is no time scale").arg(shown(scale)));
-    return true;
-}
-
 bool VcdReader::readVariable(std::function<void(VcdVariable const&)> const& visit)
 {
     std::vector<QByteArray> words;
+    VcdVariable variable;
+    variable.line = m_words.line();
     if (!sectionWords(QStringLiteral("$var"), words))
         return false;
     if (words.size() < 4)
         return fail(QStringLiteral("a $var needs a type, a width, an identifier code and a name"));
     bool ok = false;
-    VcdVariable variable;
     variable.width = words[1].toInt(&ok);
     if (!ok || variable.width < 0)
         return fail(QStringLiteral("\"%1\" is no width").arg(shown(words[1])));
-    variable.isBits = !words[0].startsWith("real") && words[0] != "string";
+    variable.isBits = variable.width > 0 && !words[0].startsWith("real") && words[0] != "string";
     variable.code = addCode(words[2], variable.isBits);
     QByteArray name = joined(words, 3);
     takeRange(name, variable);
@@ -258,6 +284,24 @@ int VcdReader::findCode(std::string_view text) const
     return m_longCodes.value(toBytes(text), -1);
 }
 
+/// Whether the file may have been cut within this code: it ends here, and a code begins so.
+bool VcdReader::isCutCode(std::string_view text) const
+{
+    if (!m_words.touchesEnd())
+        return false;
+    QByteArray const start = toBytes(text);
+    for (auto it = m_shortCodes.constBegin(); it != m_shortCodes.constEnd(); ++it) {
+        QByteArray const code = unpackedCode(it.key());
+        if (code.size() > start.size() && code.startsWith(start))
+            return true;
+    }
+    for (auto it = m_longCodes.constBegin(); it != m_longCodes.constEnd(); ++it) {
+        if (it.key().size() > start.size() && it.key().startsWith(start))
+            return true;
+    }
+    return false;
+}
+
 /// `event` is set for keywords that concern the caller.
 bool VcdReader::readKeyword(QByteArray const& word, Event& event)
 {
@@ -276,49 +320,66 @@ bool VcdReader::readKeyword(QByteArray const& word, Event& event)
     return true;
 }
 
-bool VcdReader::readTime(std::string_view digits)
+/// Whole units, or with a fraction. `isNew`: later than the time before, or the first one.
+bool VcdReader::readTime(std::string_view text, bool& isNew)
 {
-    bool ok = false;
-    bool const plain =
-        std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
-    quint64 const time = plain ? toBytes(digits).toULongLong(&ok) : 0;
+    std::size_t const point = text.find('.');
+    std::string_view const whole = text.substr(0, point);
+    std::string_view fraction = point < text.size() ? text.substr(point + 1) : std::string_view();
+    while (!fraction.empty() && fraction.back() == '0')
+        fraction.remove_suffix(1);
+    bool ok = areDigits(whole) && areDigits(fraction);
+    quint64 const time = ok ? toBytes(whole).toULongLong(&ok) : 0;
+    bool const goesBack =
+        ok && m_hasTime && std::tie(time, fraction) < std::tie(m_time, m_fraction);
+    if ((whole.empty() || goesBack) && m_words.touchesEnd()) {
+        failAtEnd(QStringLiteral("a time"));
+        isNew = true; // whatever it was to be: the time before is whole
+        return true;
+    }
     if (!ok)
-        return fail(QStringLiteral("\"#%1\" is no time").arg(shown(toBytes(digits))));
-    if (m_hasTime && time < m_time)
-        return fail(QStringLiteral("time goes back from %1 to %2").arg(m_time).arg(time));
+        return fail(QStringLiteral("\"#%1\" is no time").arg(shown(toBytes(text))));
+    if (goesBack)
+        return fail(QStringLiteral("time goes back from %1 to %2")
+                        .arg(timeText(m_time, m_fraction), timeText(time, fraction)));
+    isNew = !m_hasTime || time != m_time || fraction != m_fraction;
     m_time = time;
+    m_fraction = fraction;
     m_hasTime = true;
     m_inDump = false; // some tools leave its $end out
     return true;
 }
 
-/// A change: the value and, in the same word or the next one, the identifier code.
+/// A change: the value and, in the same word or the next one, the identifier code. Values of other
+/// variables than those of bits are skipped, whatever they look like.
 bool VcdReader::readValue(std::string_view word)
 {
     char const kind = word[0];
+    bool const isVector = kind == 'b' || kind == 'B';
     std::string_view code;
     if (isValueCharacter(kind)) {
         m_value.assign(1, kind);
         code = word.substr(1);
-    } else if (std::string_view("bBrRsS").find(kind) != std::string_view::npos) {
-        m_value.assign(word.substr(1));
+    } else if (isVector || std::string_view("rRsS").find(kind) != std::string_view::npos) {
+        m_value.assign(isVector ? vectorDigits(word) : word.substr(1));
     } else {
         return fail(
             QStringLiteral("\"%1\" is neither a time nor a value").arg(shown(toBytes(word))));
     }
-    bool const isVector = kind == 'b' || kind == 'B';
-    if (isVector &&
-        (m_value.empty() || !std::all_of(m_value.begin(), m_value.end(), isValueCharacter)))
-        return fail(QStringLiteral("\"%1\" is no value of bits").arg(shown(toBytes(word))));
     if (code.empty()) {
         if (!nextWord(QStringLiteral("a value")))
             return false;
         code = m_words.word();
     }
     m_code = findCode(code);
+    if (isCutCode(code))
+        return failAtEnd(QStringLiteral("a value"));
     if (m_code < 0)
         return fail(QStringLiteral("no variable has the code \"%1\"").arg(shown(toBytes(code))));
-    if (kind == 'r' || kind == 'R' || kind == 's' || kind == 'S')
+    if (isVector && m_isBits[std::size_t(m_code)] && !areBits(m_value))
+        return fail(
+            QStringLiteral("\"%1\" is no value of bits").arg(shown(kind + toBytes(m_value))));
+    if (!isVector && !isValueCharacter(kind))
         m_value.clear(); // reads as 0 where a variable of bits is meant
     return true;
 }

@@ -20,7 +20,8 @@ struct VcdVariable
 {
     QByteArray path;       ///< Scopes and name joined with "."; "/" counts as ".", no leading "\".
     int code = 0;          ///< Number of its identifier code; several variables may share one.
-    int width = 0;         ///< Bits.
+    qint64 line = 0;       ///< Where it is declared, from 1.
+    int width = 0;         ///< Bits; 0 is legal, such a variable has no value.
     int msb = 0;           ///< Index of the first bit of a value...
     int lsb = 0;           ///< ...and of its last bit; `msb` may be the smaller one.
     bool isBits = true;    ///< False for reals and strings.
@@ -29,17 +30,19 @@ struct VcdVariable
 
 /// Reads a value change dump as a stream. Memory depends on the declarations only.
 ///
-/// First `readHeader`, then `next` until `End` or `Error`. After an error `error()` tells what is
-/// wrong and in which line.
+/// First `readHeader`, then `next` until `End`, `Cut` or `Error`. After the latter two `error()`
+/// tells what is wrong and in which line. What the declarations say about things that samples don't
+/// depend on, such as the time scale, is not looked at.
 class VcdReader
 {
 public:
     enum class Event {
-        Time,    ///< A new, later time; see `time`.
+        Time,    ///< A new, later time.
         Change,  ///< A variable of bits has a new value; see `code` and `value`.
         DumpOff, ///< Values are unknown until a `Change` behind the next `DumpOn`.
         DumpOn,
         End,
+        Cut, ///< The file ends in the middle of something: what came since `Time` is not whole.
         Error
     };
 
@@ -52,7 +55,6 @@ public:
     int codeCount() const { return int(m_isBits.size()); }
 
     Event next();
-    quint64 time() const { return m_time; }
     int code() const { return m_code; }
     /// The new value, highest bit first, one character a bit; see `isOne`. May be shorter than the
     /// variable (zeros in front) or longer (its head is void). Valid up to the next call.
@@ -71,12 +73,12 @@ private:
     bool sectionWords(QString const& name, std::vector<QByteArray>& words);
     bool readScope();
     bool readUpscope();
-    bool readTimescale();
     bool readVariable(std::function<void(VcdVariable const&)> const& visit);
     int addCode(QByteArray const& text, bool isBits);
     int findCode(std::string_view text) const;
+    bool isCutCode(std::string_view text) const;
     bool readKeyword(QByteArray const& word, Event& event);
-    bool readTime(std::string_view digits);
+    bool readTime(std::string_view text, bool& isNew);
     bool readValue(std::string_view word);
 
     VcdTokens m_words;
@@ -86,10 +88,12 @@ private:
     QHash<QByteArray, int> m_longCodes;
     std::vector<bool> m_isBits; ///< For each code: at least one of its variables has bits.
     std::string m_value;
-    quint64 m_time = 0;
+    quint64 m_time = 0;     ///< The current time, whole units...
+    std::string m_fraction; ///< ...and the digits behind its point, without zeros at the end.
     bool m_hasTime = false;
     bool m_inDump = false; ///< Within $dumpvars and the like, before their $end.
     int m_code = 0;
+    bool m_isCut = false;
     QString m_error;
 };
 

@@ -36,12 +36,17 @@ public:
         : m_reader(device), m_requests(requests)
     {}
 
-    bool run(std::vector<SampleTable>& tables, QString& error)
+    bool run(SampledStimulus& stimulus, QString& error)
     {
         bool const ok = prepare() && readValues() && checkRows();
-        error = m_error.isEmpty() ? m_reader.error() : m_error;
+        if (m_isCut)
+            stimulus.warning =
+                QStringLiteral("%1; its last time is left out").arg(m_reader.error());
+        QStringList problems{m_error, m_reader.error()};
+        problems.removeAll(QString());
+        error = ok ? QString() : problems.join(QStringLiteral("; "));
         for (Tap& tap : m_taps)
-            tables.push_back(std::move(tap.table));
+            stimulus.tables.push_back(std::move(tap.table));
         return ok;
     }
 
@@ -59,6 +64,7 @@ private:
     std::vector<std::vector<Target>> m_targets; ///< By identifier code.
     qint64 m_bytes = 0;
     bool m_suspended = false;
+    bool m_isCut = false;
     QString m_error;
 };
 
@@ -114,6 +120,9 @@ bool Sampler::readValues()
             break;
         case VcdReader::Event::End:
             return endOfTime();
+        case VcdReader::Event::Cut:
+            m_isCut = true;
+            return true;
         case VcdReader::Event::Error:
             return false;
         }
@@ -181,24 +190,26 @@ bool Sampler::checkRows()
 } // namespace
 
 bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
-               std::vector<SampleTable>& tables, QString& error)
+               SampledStimulus& stimulus, QString& error)
 {
-    tables.clear();
-    return Sampler(device, requests).run(tables, error);
+    stimulus = SampledStimulus();
+    return Sampler(device, requests).run(stimulus, error);
 }
 
 bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
-                   std::vector<SampleTable>& tables, QString& error)
+                   SampledStimulus& stimulus, QString& error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("%1: %2").arg(path, file.errorString());
         return false;
     }
-    if (sampleVcd(file, requests, tables, error))
-        return true;
-    error = QStringLiteral("%1: %2").arg(path, error);
-    return false;
+    bool const ok = sampleVcd(file, requests, stimulus, error);
+    for (QString* text : {&stimulus.warning, &error}) {
+        if (!text->isEmpty())
+            *text = QStringLiteral("%1: %2").arg(path, *text);
+    }
+    return ok;
 }
 
 } // namespace VEK::Simulator

@@ -2,7 +2,6 @@
 
 #include "dump/sampletable.h"
 
-#include <QString>
 #include <QStringList>
 
 #include <vector>
@@ -23,13 +22,14 @@ struct SampleRequest
 /// A row holds the values just before a rising edge of the request's clock: those at the end of
 /// the last time before the edge's time. An edge is a clock of 0 at the end of one time and of 1
 /// at the end of the next; the first value of a clock, at the start or after $dumpoff, is none.
+/// A dump that was cut is sampled up to its last whole time, with a warning in `stimulus`.
 /// False, with an `error` that names the line or the signals, for a dump that is broken, misses
 /// signals or has no edge of a clock.
 bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
-               std::vector<SampleTable>& tables, QString& error);
+               SampledStimulus& stimulus, QString& error);
 
 /// The same from a file.
 bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
-                   std::vector<SampleTable>& tables, QString& error);
+                   SampledStimulus& stimulus, QString& error);
 
 } // namespace VEK::Simulator

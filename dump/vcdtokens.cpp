@@ -35,8 +35,10 @@ bool VcdTokens::next()
         }
         bool const more = fill(start);
         start = 0;
-        if (!more)
+        if (!more) {
+            m_touchesEnd = true;
             break;
+        }
     }
     m_tooLong = m_tooLong || m_at - start > MaxWord;
     m_word = std::string_view(m_buffer.data() + start, m_at - start);

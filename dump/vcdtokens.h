@@ -26,6 +26,8 @@ public:
     /// The current word. Valid up to the next call of `next`.
     std::string_view word() const { return m_word; }
     bool tooLong() const { return m_tooLong; }
+    /// Whether the stream ends with the current word, without a blank behind it.
+    bool touchesEnd() const { return m_touchesEnd; }
     /// Whether the stream ended in a read error.
     bool failed() const { return m_failed; }
     /// Line of the current word, from 1.
@@ -42,6 +44,7 @@ private:
     std::string_view m_word;
     qint64 m_line = 1;
     bool m_tooLong = false;
+    bool m_touchesEnd = false;
     bool m_failed = false;
 };
 

@@ -17,9 +17,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     request.signalNames =
         QStringList{QStringLiteral("a"), QStringLiteral("d[1]"), QStringLiteral("d[0]")};
     request.clock = QStringLiteral("clk");
-    std::vector<SampleTable> tables;
+    SampledStimulus stimulus;
     QString error;
-    if (!sampleVcd(device, {request}, tables, error) && error.isEmpty())
+    if (!sampleVcd(device, {request}, stimulus, error) && error.isEmpty())
         qFatal("refused without a reason");
     return 0;
 }

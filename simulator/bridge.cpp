@@ -10,7 +10,6 @@
 
 Q_LOGGING_CATEGORY(lcSimulator, "vek.simulator", QtWarningMsg)
 
-
 namespace VEK::Simulator {
 namespace {
 
@@ -52,7 +51,7 @@ bool Bridge::load(QString& error)
 {
     if (m_bench.device.isEmpty() || m_bench.design.isEmpty())
         return true;
-    m_chip = buildChip(m_bench, error);
+    m_chip = buildChip(m_bench, m_warning, error);
     if (!m_chip)
         setBroken(error);
     return m_chip != nullptr;
@@ -76,8 +75,7 @@ bool Bridge::serve(CmdPack const& request, CmdPack& reply)
     if (command == Protocol::Cmd::Open) {
         int const result = open(request);
         reply.insert(Protocol::Key::Res, result);
-        if (result == OpenResult::BrokenBench)
-            tell(m_reason);
+        tell(result == OpenResult::BrokenBench ? m_reason : m_warning);
         return true;
     }
     if (command == Protocol::Cmd::Query) {

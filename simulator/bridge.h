@@ -30,6 +30,9 @@ public:
     /// Builds the chip. May take a while for a large stimulus. False with an `error` for a bench
     /// that can't be used; requests are served all the same, and OPEN tells the error.
     bool load(QString& error);
+    /// What the user should know about a bench that was loaded, which OPEN tells too; empty when all
+    /// is well.
+    QString const& warning() const { return m_warning; }
     /// Makes every OPEN answer that the bench can't be used, for this reason.
     void setBroken(QString const& reason);
 
@@ -45,6 +48,7 @@ private:
     Bench m_bench;
     QStringList m_kinds;
     std::unique_ptr<Chip> m_chip;
+    QString m_warning;
     bool m_isBroken = false;
     QString m_reason; ///< What OPEN tells about the bench; may be empty.
     bool m_isOpen = false;

@@ -36,7 +36,7 @@ struct WatchedCore
 };
 
 bool samplePatterns(Bench const& bench, std::vector<WatchedCore> const& cores,
-                    std::vector<SampleTable>& tables, QString& error)
+                    SampledStimulus& stimulus, QString& error)
 {
     qint64 bytes = 0;
     for (WatchedCore const& core : cores)
@@ -46,15 +46,15 @@ bool samplePatterns(Bench const& bench, std::vector<WatchedCore> const& cores,
         return false;
     }
     for (WatchedCore const& core : cores)
-        tables.push_back(samplePattern(bench.pattern, core.signalNames.size()));
+        stimulus.tables.push_back(samplePattern(bench.pattern, core.signalNames.size()));
     return true;
 }
 
 bool sampleStimulus(Bench const& bench, std::vector<WatchedCore> const& cores,
-                    std::vector<SampleTable>& tables, QString& error)
+                    SampledStimulus& stimulus, QString& error)
 {
     if (bench.vcd.isEmpty())
-        return samplePatterns(bench, cores, tables, error);
+        return samplePatterns(bench, cores, stimulus, error);
     std::vector<SampleRequest> requests;
     for (WatchedCore const& core : cores) {
         SampleRequest request;
@@ -67,43 +67,45 @@ bool sampleStimulus(Bench const& bench, std::vector<WatchedCore> const& cores,
         }
         requests.push_back(request);
     }
-    return sampleVcdFile(bench.vcd, requests, tables, error);
+    return sampleVcdFile(bench.vcd, requests, stimulus, error);
 }
 
-std::unique_ptr<Chip> buildLiteChip(Bench const& bench, QString& error)
+std::unique_ptr<Chip> buildLiteChip(Bench const& bench, QString& warning, QString& error)
 {
     BuiltLiteCore core;
-    std::vector<SampleTable> tables;
+    SampledStimulus stimulus;
     if (!readLiteDesign(bench.design, bench.device, core, error) ||
-        !sampleStimulus(bench, {{core.signalNames, core.sampleClock}}, tables, error))
+        !sampleStimulus(bench, {{core.signalNames, core.sampleClock}}, stimulus, error))
         return nullptr;
-    return std::make_unique<LiteChip>(std::move(core), std::move(tables.front()));
+    warning = stimulus.warning;
+    return std::make_unique<LiteChip>(std::move(core), std::move(stimulus.tables.front()));
 }
 
-std::unique_ptr<Chip> buildStandardChip(Bench const& bench, QString& error)
+std::unique_ptr<Chip> buildStandardChip(Bench const& bench, QString& warning, QString& error)
 {
     std::vector<BuiltCore> cores;
     std::vector<WatchedCore> watched;
-    std::vector<SampleTable> tables;
+    SampledStimulus stimulus;
     if (!readStandardDesign(bench.design, cores, error))
         return nullptr;
     for (BuiltCore const& core : cores)
         watched.push_back({core.signalNames, core.sampleClock});
-    if (!sampleStimulus(bench, watched, tables, error))
+    if (!sampleStimulus(bench, watched, stimulus, error))
         return nullptr;
-    return std::make_unique<StandardChip>(std::move(cores), std::move(tables),
+    warning = stimulus.warning;
+    return std::make_unique<StandardChip>(std::move(cores), std::move(stimulus.tables),
                                           takesOneMore(bench.device));
 }
 
 } // namespace
 
-std::unique_ptr<Chip> buildChip(Bench const& bench, QString& error)
+std::unique_ptr<Chip> buildChip(Bench const& bench, QString& warning, QString& error)
 {
     switch (vekModeFromVekConfigFile(bench.design)) {
     case VekModeStandard:
-        return buildStandardChip(bench, error);
+        return buildStandardChip(bench, warning, error);
     case VekModeLite:
-        return buildLiteChip(bench, error);
+        return buildLiteChip(bench, warning, error);
     case VekModeUnknown:
         break;
     }

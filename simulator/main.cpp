@@ -82,5 +82,7 @@ int main(int argc, char* argv[])
         bridge.setBroken(error);
     else if (!bridge.load(error))
         refuse(error);
+    else if (!bridge.warning().isEmpty())
+        qCWarning(lcSimulator).noquote() << bridge.warning();
     return QCoreApplication::exec();
 }
