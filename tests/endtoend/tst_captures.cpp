@@ -119,6 +119,20 @@ QString at(int count)
     return QString::number(count, 2).rightJustified(12, '0');
 }
 
+/// A core that goes by noisy nets in many short windows: each is some decisions. A unit is its
+/// value and its attributes; M0 looks at n0 and on, M5 at n4 and on, M10 at n8 and on.
+Core deciding(QString const& expression, QStringList const& units, bool dynamic = false)
+{
+    Core core{4, 0, 6, dynamic, false, Setup::entry("count", 12), {}, "", {expression}};
+    for (int i = 0; i < units.size(); ++i) {
+        QString const value = units[i].section(' ', 0, 0);
+        for (int net = 0; net < value.size(); ++net)
+            core.ports[15 - i] += Setup::entry(QString("n%1").arg(4 * i + net));
+        core.units += Setup::unit(5 * i, 15 - i, value, units[i].section(' ', 1));
+    }
+    return core;
+}
+
 /// More than 64 signals and a wide port, names that need escapes.
 Core wide()
 {
@@ -159,40 +173,62 @@ private slots:
     {
         QTest::addColumn<Waves>("waves");
         QTest::addColumn<Cores>("cores");
+        auto const row = [](char const* name, Waves const& waves, Cores const& cores) {
+            QTest::newRow(name) << waves << cores;
+        };
 
         Waves waves = Stimulus::counter("count", 12, 1500);
         std::mt19937 random(20240601);
         for (int bit = 0; bit < 60; ++bit)
             waves[QString("wide[%1]").arg(bit)] = noise(random, 3);
+        for (int bit = 0; bit < 64; ++bit)
+            waves[QString("quiet[%1]").arg(bit)] = QByteArray(1500, '0');
+        for (int net = 0; net < 12; ++net) // every other one begins with a 1
+            waves[QString("n%1").arg(net)] = ((net % 2 ? "1" : "") + noise(random, 3)).left(1500);
 
-        QTest::newRow("positions")
-            << waves
-            << Cores{counting(false, 128, 0, at(300)), counting(false, 128, 124, at(300)),
-                     counting(true, 128, 0, at(300)), counting(true, 128, 124, at(300))};
+        row("positions", waves,
+            {counting(false, 128, 0, at(300)), counting(false, 128, 124, at(300)),
+             counting(true, 128, 0, at(300)), counting(true, 128, 124, at(300))});
         // Only whole sections of 128 are read of an amount above that. The mark's place in the ring
         // is the trigger's number (one more in a dynamic core) modulo the amount.
-        QTest::newRow("sections")
-            << waves
-            << Cores{counting(false, 200, 60, at(440)), // mark at 40: among those read
-                     counting(false, 200, 60, at(350)), // at 150: not read
-                     counting(true, 200, 60, at(399)),  // at 0: one row back is the last one
-                     counting(true, 300, 20, at(860)),  // at 261: not read
-                     counting(true, 256, 200, at(700))};
+        row("sections", waves,
+            {counting(false, 200, 60, at(440)), // mark at 40: among those read
+             counting(false, 200, 60, at(350)), // at 150: not read
+             counting(true, 200, 60, at(399)),  // at 0: one row back is the last one
+             counting(true, 300, 20, at(860)),  // at 261: not read
+             counting(true, 256, 200, at(700))});
         // Three windows take the room of four; with a late position the next one fires before it
         // has filled. Without an expression a core fires at once, one with initial data when it has
         // filled.
-        QTest::newRow("windows") << waves
-                                 << Cores{counting(false, 64, 20, "XXXXX0010000", 3),
-                                          counting(true, 64, 60, "XXXXXXXX0000", 4, false,
-                                                   {"M0", "!M0"}),
-                                          counting(false, 64, 31, at(0), 2, true, {}),
-                                          counting(true, 64, 31, at(0), 1, true, {}),
-                                          counting(true, 64, 31, at(0), 1, false, {})};
-        QTest::newRow("wide") << waves << Cores{wide()};
+        row("windows", waves,
+            {counting(false, 64, 20, "XXXXX0010000", 3),
+             counting(true, 64, 60, "XXXXXXXX0000", 4, false, {"M0", "!M0"}),
+             counting(false, 64, 31, at(0), 2, true, {}),
+             counting(true, 64, 31, at(0), 1, true, {}),
+             counting(true, 64, 31, at(0), 1, false, {})});
+        Core compared = counting(false, 64, 0, "");
+        compared.ports[0].prepend(Setup::entry("quiet", 64));
+        compared.units = Setup::unit(0, 0, QString(64, '0') + at(700), "func='2'");
+        row("wide", waves, {wide(), compared});
+        Cores functions, expressions;
+        QString const counter = "1X func='0' counter_enable='1' counter_width='4' counter='2'";
+        QString const units = "01 func='0'|01 func='1'|01 func='2'|10 func='3'|10 func='4'|"
+                              "01 func='5'|01 func='6' value1='10'|01 func='7' value1='10'|"
+                              "XR func='0'|FX func='0'|XB func='0'|XN func='0'|1B func='1'|";
+        for (QString const& unit :
+             (units + counter + '|' + counter + " countinuous='1'").split('|'))
+            functions += deciding("M0", {unit});
+        functions += deciding("M0|M5", {counter, counter}); // one has begun to count
+        row("functions", waves, functions);
+        for (bool dynamic : {false, true})
+            for (char const* text :
+                 {"M0|M5&M10", "M0^M5&M10", "M0|M5^M10", "(M0|M5)&M10", "!M0&!(M5|M10)"})
+                expressions += deciding(text, {"1", "1", "1"}, dynamic);
+        row("expressions", waves, expressions);
         for (unsigned seed = 1; seed <= 6; ++seed) {
             Waves drawnWaves;
             Cores const cores = drawn(1000 * seed, drawnWaves);
-            QTest::addRow("seed %u", seed) << drawnWaves << cores;
+            row(qPrintable(QString("seed %1").arg(seed)), drawnWaves, cores);
         }
     }
 
