@@ -4,7 +4,9 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QImage>
 #include <QMessageBox>
+#include <QPainter>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -12,6 +14,16 @@
 
 /// What a user reads off widgets and does to them.
 namespace widgettools {
+
+/// Whether there is a font: without any on the machine texts leave no pixel.
+inline bool textIsSeen()
+{
+    QImage blank(40, 40, QImage::Format_RGB32);
+    blank.fill(Qt::white);
+    QImage written = blank;
+    QPainter(&written).drawText(written.rect(), Qt::AlignCenter, QStringLiteral("8"));
+    return written != blank;
+}
 
 inline QStringList items(QComboBox const* box)
 {

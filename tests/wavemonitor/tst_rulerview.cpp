@@ -245,10 +245,10 @@ private Q_SLOTS:
         for (int x = 0; x < image.width(); ++x) { // no number is cut off
             QCOMPARE(image.pixelColor(x, 0), QColor(Qt::gray));
         }
-        QFont const font(Constants::Graphics::kFontFamily, 9);
+        QFontMetricsF const metrics(monitorFontOfPointSize(9));
         QRectF const rect = m_ruler->timeMarker()->item()->boundingRect();
-        QCOMPARE(rect.topLeft(), QPointF(0.0, -QFontMetricsF(font).height() - 15.0));
-        QCOMPARE(rect.bottomRight(), QPointF(10.0, 0.0)); // one digit is not as wide
+        QCOMPARE(rect.topLeft(), QPointF(0.0, -metrics.height() - 15.0));
+        QCOMPARE(rect.bottomRight(), QPointF(qMax(10.0, metrics.horizontalAdvance("6")), 0.0));
     }
 
 private:

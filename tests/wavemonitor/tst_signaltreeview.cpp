@@ -294,8 +294,9 @@ private Q_SLOTS:
                 for (int x = 0; x < image.width(); ++x)
                     shades.insert(image.pixel(x, y));
             }
-            QVERIFY(shades.contains(qRgb(0, 0, 0)) == blackLetters);
-            QVERIFY(shades.contains(qRgb(255, 255, 255)) != blackLetters);
+            bool const seen = widgettools::textIsSeen();
+            QCOMPARE(shades.contains(qRgb(0, 0, 0)), seen && blackLetters);
+            QCOMPARE(shades.contains(qRgb(255, 255, 255)), seen && !blackLetters);
         }
     }
 

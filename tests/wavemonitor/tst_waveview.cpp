@@ -350,8 +350,8 @@ private Q_SLOTS:
             }
             return false;
         };
-        QVERIFY(texted(250, Qt::red));
-        QVERIFY(texted(450, QColor(0xFFA500)));
+        QCOMPARE(texted(250, Qt::red), textIsSeen());
+        QCOMPARE(texted(450, QColor(0xFFA500)), textIsSeen());
         QVERIFY(!texted(400, Qt::white));
 
         panes.source.windows = 0;
