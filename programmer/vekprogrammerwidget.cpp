@@ -5,6 +5,7 @@
 #include "programmer/ui_vekprogrammerwidget.h"
 #include "programmer/vekprogrammeritemdelegate.h"
 #include "programmer/vekprogrammermodel.h"
+#include "triggerui/viewkeeper.h"
 #include "triggerui/waitingtip.h"
 
 #include <QApplication>
@@ -296,6 +297,7 @@ void VekProgrammerWidget::onTableViewDoubleClkiced(QModelIndex const& index)
     DeviceItem* const row = m_model->device(index);
     if (!row || index.column() != VekProgrammerModel::OperationColumn || !row->operation)
         return;
+    ViewKeeper const keeper(ui->tableView);
     // the table may get other rows while the dialog is open, so that works on a copy
     DeviceItem edited = *row;
     QPointer<DeviceConfigurationDlg> const dialog = new DeviceConfigurationDlg(&edited, this);

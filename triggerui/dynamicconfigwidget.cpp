@@ -5,6 +5,7 @@
 #include "triggerui/matchunitmodel.h"
 #include "triggerui/muexpressiondialog.h"
 #include "triggerui/named.h"
+#include "triggerui/viewkeeper.h"
 
 #include <QComboBox>
 #include <QFormLayout>
@@ -258,6 +259,8 @@ int DynamicConfigWidget::windowNum() const
 void DynamicConfigWidget::resetUI()
 {
     core = nullptr; // an emptied panel must not be saved into it
+    if (unitDialog)
+        unitDialog->reject(); // its unit may go with the core
     QSignalBlocker const windowBlocked(ui->comboBoxWindow);
     QSignalBlocker const amountBlocked(ui->comboBoxAmount);
     ui->lineEditStorage->clear();
@@ -275,8 +278,13 @@ void DynamicConfigWidget::editMu()
     MatchUnit* const unit = rows.isEmpty() ? nullptr : model->muFromIndex(rows.first());
     if (!unit)
         return;
-    MatchUnitDialog dialog(unit, true, this);
-    dialog.exec();
+    ViewKeeper const keeper(ui->tableUnit);
+    QPointer<QDialog> const dialog = new MatchUnitDialog(unit, true, this);
+    unitDialog = dialog;
+    dialog->exec();
+    if (!dialog)
+        return; // gone with this panel
+    dialog->deleteLater();
     ui->tableUnit->viewport()->update();
 }
 
@@ -309,7 +317,11 @@ void DynamicConfigWidget::editExpression(QListWidgetItem* item)
     }
     SxCore* const shown = core;
     int const row = ui->listExpressions->row(item);
+    ViewKeeper const keeper(ui->listExpressions);
+    QPointer<DynamicConfigWidget> const self(this);
     QString const expression = MuExpressionDialog::getExpression(enabled, this);
+    if (!self)
+        return;
     // the host may have put another core here while the dialog was open
     QListWidgetItem* const edited = core == shown ? ui->listExpressions->item(row) : nullptr;
     if (expression.isEmpty() || !edited)

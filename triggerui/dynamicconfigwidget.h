@@ -2,6 +2,8 @@
 
 #include "model/capturecore.h"
 
+#include <QDialog>
+#include <QPointer>
 #include <QWidget>
 
 #include <memory>
@@ -60,6 +62,7 @@ private:
     std::unique_ptr<Ui_DynamicConfigWidget> ui;
     SxCore* core = nullptr; ///< Not owned.
     MatchUnitModel* model;
+    QPointer<QDialog> unitDialog; ///< While one of its units is edited.
 };
 
 } // namespace VEK

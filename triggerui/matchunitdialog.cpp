@@ -1,13 +1,13 @@
 #include "triggerui/matchunitdialog.h"
 
 #include "triggerui/matchunitform.h"
+#include "triggerui/messagebox.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QLabel>
-#include <QMessageBox>
 #include <QRadioButton>
 #include <QRegExpValidator>
 #include <QSignalBlocker>
@@ -215,7 +215,7 @@ void MatchUnitDialog::accept()
 
 void MatchUnitDialog::warn(QString const& text)
 {
-    QMessageBox::warning(this, QStringLiteral("Value Invalid"), text, QMessageBox::Ok);
+    showMessage(QMessageBox::Warning, QStringLiteral("Value Invalid"), text, this);
 }
 
 void MatchUnitDialog::writeUnit(Values const& values)

@@ -284,7 +284,7 @@ private slots:
             if (search) // the device chooser
                 panel->click("searchDevice");
             else
-                panel->onTableViewDoubleClkiced(panel->index(0, 4));
+                doubleClick(panel->table, panel->index(0, 4));
             QTRY_VERIFY(!panel);
             QTRY_VERIFY(!QApplication::activeModalWidget());
         }

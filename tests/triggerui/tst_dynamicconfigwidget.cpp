@@ -231,6 +231,51 @@ private slots:
         QCOMPARE(core.matchUnit(5)->counter, 3);
         QCOMPARE(index.data().toString(), QString("3"));
     }
+
+    void goneDuringADialog()
+    {
+        Core core;
+        QPointer<Panel> panel;
+        QStringList left;
+        auto const leave = [&](QWidget* dialog) {
+            left << dialog->windowTitle();
+            delete panel.data();
+        };
+        auto const edit = [&](bool expression) {
+            panel = new Panel;
+            panel->show();
+            panel->setSxCore(&core);
+            if (expression)
+                doubleClick(panel->list, panel->list->model()->index(0, 0));
+            else
+                doubleClick(panel->table, panel->matchUnitModel()->index(0, 1));
+            QVERIFY(!panel);
+        };
+        inDialog(leave);
+        edit(false);
+        inDialog(leave);
+        edit(true);
+        inDialog([&](QWidget* dialog) {
+            inDialog<QMessageBox>(leave);
+            press(*dialog, {"OK"}); // an empty expression is refused
+        });
+        edit(true);
+        QCOMPARE(left, (QStringList{"Match Unit Config", "Expression", "Error"}));
+    }
+
+    void emptiedDuringADialog()
+    {
+        auto core = std::make_unique<Core>();
+        Panel panel;
+        panel.show();
+        panel.setSxCore(core.get());
+        inDialog([&](QWidget*) {
+            panel.resetUI();
+            core.reset();
+        });
+        doubleClick(panel.table, panel.matchUnitModel()->index(0, 1));
+        QVERIFY(!core);
+    }
 };
 
 QTEST_MAIN(DynamicConfigWidgetTest)
