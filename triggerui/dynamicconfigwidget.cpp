@@ -1,6 +1,7 @@
 #include "triggerui/dynamicconfigwidget.h"
 
 #include "triggerui/countingmodel.h"
+#include "triggerui/evenlistview.h"
 #include "triggerui/matchunitdialog.h"
 #include "triggerui/matchunitmodel.h"
 #include "triggerui/muexpressiondialog.h"
@@ -12,7 +13,6 @@
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLineEdit>
-#include <QListView>
 #include <QListWidget>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -115,10 +115,8 @@ QGroupBox* Ui_DynamicConfigWidget::makeCapture(QWidget* widget)
 
     comboBoxWindow = makeBox(groupBox, "comboBoxWindow");
     windows = new CountingModel(comboBoxWindow);
+    comboBoxWindow->setView(new EvenListView(comboBoxWindow));
     comboBoxWindow->setModel(windows);
-    // equal heights, or opening the list would measure every number
-    if (auto* const list = qobject_cast<QListView*>(comboBoxWindow->view()))
-        list->setUniformItemSizes(true);
 
     comboBoxAmount = makeBox(groupBox, "comboBoxAmount");
     spinBoxTrPos = named(new QSpinBox(groupBox), "spinBoxTrPos");
@@ -198,7 +196,7 @@ void DynamicConfigWidget::setWindows()
     QSignalBlocker const blocked(ui->comboBoxWindow);
     int const last = core->storageDepth / MinimumAmount;
     int const chosen = core->windowNum >= 1 && core->windowNum <= last ? core->windowNum : 0;
-    ui->windows->setRange(last, chosen);
+    ui->windows->setLast(last);
     ui->comboBoxWindow->setCurrentIndex(chosen - 1);
 }
 
@@ -264,7 +262,7 @@ void DynamicConfigWidget::resetUI()
     QSignalBlocker const windowBlocked(ui->comboBoxWindow);
     QSignalBlocker const amountBlocked(ui->comboBoxAmount);
     ui->lineEditStorage->clear();
-    ui->windows->setRange(0, 0);
+    ui->windows->setLast(0);
     ui->comboBoxAmount->clear();
     ui->listExpressions->clear();
     model->reset();

@@ -166,17 +166,33 @@ private slots:
     {
         Core core;
         core.storageDepth = 2000000000;
-        core.windowNum = 100000;
+        core.windowNum = 300000000;
         Panel panel;
         panel.show();
         panel.setSxCore(&core);
-        QCOMPARE(panel.windowNum(), 100000);
-        QVERIFY(panel.window->count() <= 200000);
-        QCOMPARE(panel.amount->count(), 12); // 4 to 8192, in 131072 parts
+        QCOMPARE(panel.windowNum(), 300000000);
+        QCOMPARE(panel.amount->count(), 0); // 536,870,912 parts
+        QAbstractItemView* const list = panel.window->view();
+        auto const shown = [&](int y) { return list->indexAt(QPoint(1, y)).data().toInt(); };
+        QVERIFY(QTest::qWaitForWindowActive(&panel));
         panel.window->showPopup();
-        QTest::keyClick(panel.window->view(), Qt::Key_End);
-        QVERIFY(panel.window->count() > 100000);
-        panel.window->hidePopup();
+        QTRY_VERIFY(shown(0) > 299999980 && shown(0) <= 300000000);
+        QTest::keyClick(list, Qt::Key_PageUp);
+        QCOMPARE(list->currentIndex().data().toInt(), 300000000 - 15);
+        QTest::keyClick(list, Qt::Key_End);
+        QCOMPARE(shown(list->viewport()->height() - 1), 500000000);
+        QTest::keyClick(list, Qt::Key_Return);
+        QCOMPARE(panel.windowNum(), 500000000);
+
+        QTest::keyClicks(panel.window, "77"); // beginning with these, behind the one before
+        QCOMPARE(panel.windowNum(), 77);
+        QCOMPARE(panel.window->findText("400000000"), 399999999);
+        QCOMPARE(panel.amount->count(), 22); // 4 to 8388608, in 128 parts
+        panel.window->showPopup();
+        QRect const below = list->visualRect(list->model()->index(77, 0));
+        QTest::mouseMove(list->viewport(), below.center());
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, below.center());
+        QCOMPARE(panel.windowNum(), 78);
     }
 
     void expressions()
