@@ -4,6 +4,7 @@
 #include "triggerui/evenlistview.h"
 #include "triggerui/matchunitdialog.h"
 #include "triggerui/matchunitmodel.h"
+#include "triggerui/matchunittable.h"
 #include "triggerui/muexpressiondialog.h"
 #include "triggerui/named.h"
 #include "triggerui/viewkeeper.h"
@@ -11,12 +12,11 @@
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
-#include <QHeaderView>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QSignalBlocker>
 #include <QSpinBox>
-#include <QTableView>
 #include <QVBoxLayout>
 
 #include <limits>
@@ -38,7 +38,7 @@ public:
     QGroupBox* groupBox_2 = nullptr;
     QListWidget* listExpressions = nullptr;
     QGroupBox* groupBox_3 = nullptr;
-    QTableView* tableUnit = nullptr;
+    MatchUnitTable* tableUnit = nullptr;
 
 private:
     QGroupBox* makeCapture(QWidget* widget);
@@ -49,8 +49,6 @@ private:
 namespace {
 
 constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
-constexpr int CellMargins = 12;
-constexpr int ValueColumnWidth = 300;
 
 QComboBox* makeBox(QWidget* parent, char const* name)
 {
@@ -61,19 +59,6 @@ QComboBox* makeBox(QWidget* parent, char const* name)
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setMinimumContentsLength(10);
     return box;
-}
-
-/// Room for the longest that the columns of type and function may show, in the table's font.
-void fitColumns(QTableView* table)
-{
-    int type = 0;
-    int function = 0;
-    for (MatchFunc const func : optionalFunctions(MatchRangeEdges))
-        function = qMax(function, table->fontMetrics().horizontalAdvance(func2string(func)));
-    for (int i = MatchBasic; i <= MatchRangeEdges; ++i)
-        type = qMax(type, table->fontMetrics().horizontalAdvance(type2string(MatchType(i))));
-    table->setColumnWidth(MatchUnitModel::TypeColumn, type + CellMargins);
-    table->setColumnWidth(MatchUnitModel::FunctionColumn, function + CellMargins);
 }
 
 QString expressionLine(int row, QString const& expression)
@@ -112,6 +97,8 @@ QGroupBox* Ui_DynamicConfigWidget::makeCapture(QWidget* widget)
     groupBox = named(new QGroupBox(QStringLiteral("Capture"), widget), "groupBox");
     lineEditStorage = named(new QLineEdit(groupBox), "lineEditStorage");
     lineEditStorage->setReadOnly(true);
+    lineEditStorage->setFocusPolicy(Qt::ClickFocus); // to copy from; the first to edit comes next
+    lineEditStorage->setStyleSheet(QStringLiteral("QLineEdit{background:transparent;border:0;}"));
 
     comboBoxWindow = makeBox(groupBox, "comboBoxWindow");
     windows = new CountingModel(comboBoxWindow);
@@ -142,15 +129,9 @@ QGroupBox* Ui_DynamicConfigWidget::makeExpressions(QWidget* widget)
 QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* model)
 {
     groupBox_3 = named(new QGroupBox(QStringLiteral("Match Units"), widget), "groupBox_3");
-    tableUnit = named(new QTableView(groupBox_3), "tableUnit");
+    tableUnit = named(new MatchUnitTable(groupBox_3), "tableUnit");
     tableUnit->setModel(model);
     tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
-    tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
-    tableUnit->setWordWrap(false); // the second value of a range would go below its row
-    tableUnit->horizontalHeader()->setHighlightSections(false);
-    fitColumns(tableUnit);
-    tableUnit->setColumnWidth(MatchUnitModel::ValueColumn, ValueColumnWidth);
-    tableUnit->verticalHeader()->setVisible(false);
     auto* const layout = new QVBoxLayout(groupBox_3);
     layout->addWidget(tableUnit);
     return groupBox_3;
@@ -166,6 +147,8 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget* parent)
     auto const changed = QOverload<int>::of(&QComboBox::currentIndexChanged);
     connect(ui->comboBoxWindow, changed, this, &DynamicConfigWidget::onWindowNumChanged);
     connect(ui->comboBoxAmount, changed, this, &DynamicConfigWidget::onCaptureAmountChanged);
+    ui->tableUnit->installEventFilter(this);
+    ui->listExpressions->installEventFilter(this);
     connect(ui->tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
     connect(ui->listExpressions, &QListWidget::itemDoubleClicked, this,
             &DynamicConfigWidget::editExpression);
@@ -284,6 +267,21 @@ void DynamicConfigWidget::editMu()
         return; // gone with this panel
     dialog->deleteLater();
     ui->tableUnit->viewport()->update();
+}
+
+bool DynamicConfigWidget::eventFilter(QObject* view, QEvent* event)
+{
+    int const key = event->type() == QEvent::KeyPress ? static_cast<QKeyEvent*>(event)->key() : 0;
+    if (key != Qt::Key_Return && key != Qt::Key_Enter && key != Qt::Key_F2)
+        return QWidget::eventFilter(view, event);
+    if (view == ui->listExpressions) {
+        editExpression(ui->listExpressions->currentItem());
+        return true;
+    }
+    if (!ui->tableUnit->selectionModel()->hasSelection())
+        ui->tableUnit->selectRow(ui->tableUnit->currentIndex().row());
+    editMu();
+    return true;
 }
 
 void DynamicConfigWidget::onWindowNumChanged()

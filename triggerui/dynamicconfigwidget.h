@@ -53,6 +53,10 @@ public Q_SLOTS:
     /// Edits an expression of a dynamic core.
     void editExpression(QListWidgetItem* item);
 
+protected:
+    /// Return and F2 edit what the table and the list stand on.
+    bool eventFilter(QObject* view, QEvent* event) override;
+
 private:
     void setWindows();
     void resetCaptureAmount();

@@ -5,6 +5,7 @@
 #include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -235,7 +236,6 @@ private slots:
         panel.show();
         panel.setSxCore(&core);
         QVERIFY(panel.table->isColumnHidden(0));
-        QCOMPARE(panel.table->columnWidth(6), 300);
         panel.editMu(); // without a selection
         inDialog([](QWidget* dialog) {
             QCOMPARE(dialog->windowTitle(), QString("Match Unit Config"));
@@ -246,6 +246,58 @@ private slots:
         doubleClick(panel.table, index);
         QCOMPARE(core.matchUnit(5)->counter, 3);
         QCOMPARE(index.data().toString(), QString("3"));
+    }
+
+    void tableByEyeAndKeyboard()
+    {
+        Core core;
+        core.matchUnit(5)->value0 = QString(200, '0');
+        for (double const scale : {1.0, 2.0}) {
+            Panel panel;
+            QFont font = panel.font();
+            font.setPointSizeF(scale * font.pointSizeF());
+            panel.setFont(font);
+            panel.setSxCore(&core);
+            panel.resize(panel.sizeHint());
+            panel.show();
+            QVERIFY(QTest::qWaitForWindowActive(&panel));
+            QTRY_VERIFY(panel.table->columnWidth(6) >= 300);
+            QTRY_VERIFY(!panel.table->horizontalScrollBar()->isVisible());
+            for (int column = 1; column < 6; ++column)
+                for (int row = 0; row < 2; ++row)
+                    QVERIFY(
+                        panel.table->columnWidth(column) >=
+                        panel.table->sizeHintForIndex(panel.matchUnitModel()->index(row, column))
+                            .width());
+        }
+        Panel panel;
+        panel.setSxCore(&core);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowActive(&panel));
+        auto const tip = [&](int column) {
+            return panel.matchUnitModel()->index(1, column).data(Qt::ToolTipRole).toString();
+        };
+        QCOMPARE(tip(2), QString("a\nb"));
+        QCOMPARE(tip(6).remove('\n'), QString(200, '0') + " : 10");
+
+        QCOMPARE(QApplication::focusWidget(), panel.window);
+        panel.list->setFocus();
+        for (Qt::Key const key : {Qt::Key_Return, Qt::Key_F2}) {
+            QStringList titles;
+            for (QWidget* const view :
+                 {static_cast<QWidget*>(panel.list), static_cast<QWidget*>(panel.table)}) {
+                panel.activateWindow();
+                QTRY_COMPARE(QApplication::focusWidget(), view);
+                inDialog([&](QWidget* dialog) {
+                    titles << dialog->windowTitle();
+                    QTest::keyClick(dialog, Qt::Key_Escape);
+                });
+                QTest::keyClick(view, key);
+                QTest::keyClick(view, Qt::Key_Tab,
+                                view == panel.table ? Qt::ShiftModifier : Qt::NoModifier);
+            }
+            QCOMPARE(titles, (QStringList{"Expression", "Match Unit Config"}));
+        }
     }
 
     void goneDuringADialog()
