@@ -1,5 +1,6 @@
 #include "programmer/deviceselector.h"
 
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QVBoxLayout>
@@ -16,13 +17,24 @@ DeviceSelector::DeviceSelector(DeviceItem* row, QStringList const& names, QWidge
     layout->addWidget(m_list);
     layout->addWidget(new QLabel(
         QStringLiteral("* Multiple devices found. Please double click to select one"), this));
+    m_list->setCurrentRow(qMax(0, names.indexOf(row->device)));
     connect(m_list, &QListWidget::doubleClicked, this, &DeviceSelector::onDoubeClicked);
 }
 
 void DeviceSelector::onDoubeClicked(QModelIndex const& index)
 {
+    if (!index.isValid())
+        return;
     m_row->setDevice(index.data().toString());
     accept();
+}
+
+void DeviceSelector::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        onDoubeClicked(m_list->currentIndex());
+    else
+        QDialog::keyPressEvent(event);
 }
 
 } // namespace VEK

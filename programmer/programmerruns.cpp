@@ -15,7 +15,7 @@ namespace VEK {
 namespace {
 
 constexpr int RemoteConnection = 1;
-constexpr int MostOutput = 4 * 1024 * 1024; // a programmer that says more is broken
+constexpr int MostOutput = 4 * 1024 * 1024; // of a run; what it said last counts
 
 QString programmerPath()
 {
@@ -33,6 +33,11 @@ bool failed(int code, QProcess::ExitStatus status)
 QString valueOf(QString const& line)
 {
     return line.section(QLatin1Char(':'), 1, 1).simplified();
+}
+
+bool tellsError(QByteArray const& output)
+{
+    return output.contains("Error") || output.contains("error");
 }
 
 /// Up to three lines that describe a device, behind the line that announces it.
@@ -85,6 +90,7 @@ void VekProgrammerModel::start(Run run, QStringList const& arguments, FinishSlot
     m_run = run;
     Q_EMIT TargetEnable(false);
     m_output.clear();
+    m_droppedError = false;
     m_finish = connect(m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
                        this, finish);
     m_process->start(m_programmer.isEmpty() ? programmerPath() : m_programmer, arguments,
@@ -116,12 +122,26 @@ void VekProgrammerModel::collectOutput()
 {
     if (m_process->isOpen())
         m_output += m_process->readAllStandardOutput();
-    if (m_output.size() > MostOutput && isBusy())
-        m_process->kill();
+    if (m_output.size() > 2 * MostOutput)
+        dropOutput();
+}
+
+/// Keeps the tail of the output, from the begin of a line if there is one. The programmer goes on:
+/// it may be writing a flash.
+void VekProgrammerModel::dropOutput()
+{
+    int cut = m_output.size() - MostOutput;
+    int const line = m_output.indexOf('\n', cut) + 1;
+    if (line > 0 && line < m_output.size())
+        cut = line;
+    m_droppedError = m_droppedError || tellsError(m_output.left(cut + 4)); // one that is cut, too
+    m_output.remove(0, cut);
 }
 
 QByteArray VekProgrammerModel::takeOutput()
 {
+    if (m_output.size() > MostOutput)
+        dropOutput();
     QByteArray output;
     output.swap(m_output);
     return output;
@@ -351,14 +371,15 @@ void VekProgrammerModel::onDownloadFinish(int code, QProcess::ExitStatus status)
         giveBack();
         return;
     }
-    QString const text = QString::fromUtf8(output.constData()); // up to the first NUL
+    QByteArray const shown(output.constData()); // up to the first NUL
     QRegExp const progressBar(QStringLiteral("\\[#+ ?\\]"));
     QStringList lines;
-    for (QString const& line : text.split(QLatin1Char('\n')))
+    if (m_droppedError)
+        lines << QStringLiteral("Error: The programmer told of one in output too long to keep.");
+    for (QString const& line : QString::fromUtf8(shown).split(QLatin1Char('\n')))
         if (!line.contains(progressBar))
             lines << line;
-    bool const clean =
-        !text.contains(QLatin1String("Error")) && !text.contains(QLatin1String("error"));
+    bool const clean = !m_droppedError && !tellsError(shown);
     Q_EMIT statusChanged(clean ? ProgrammerDownloaded : ProgrammerFailed, lines);
     giveBack();
 }

@@ -5,6 +5,7 @@
 
 #include <QComboBox>
 #include <QFileDialog>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QSpinBox>
 #include <QTimer>
@@ -14,6 +15,9 @@ namespace VEK {
 namespace {
 
 QString const NoDevice = QStringLiteral("JTAG_NOP");
+
+/// Property of a list in which the user chose, be it what was shown before.
+constexpr char const* Chosen = "chosen";
 
 QString textBeside(QModelIndex const& index, int column)
 {
@@ -60,8 +64,10 @@ QWidget* VekProgrammerItemDelegate::makeList(QWidget* parent, QStringList const&
     auto* const box = new QComboBox(parent);
     box->addItems(entries);
     auto* const self = const_cast<VekProgrammerItemDelegate*>(this);
-    connect(box, QOverload<int>::of(&QComboBox::activated), self,
-            [self, box] { self->editorDone(box); });
+    connect(box, QOverload<int>::of(&QComboBox::activated), self, [self, box] {
+        box->setProperty(Chosen, true);
+        self->editorDone(box);
+    });
     return box;
 }
 
@@ -112,9 +118,35 @@ void VekProgrammerItemDelegate::setModelData(QWidget* editor, QAbstractItemModel
         value = number->value();
     else if (auto* const line = qobject_cast<QLineEdit*>(editor))
         value = line->text();
+    // a new row shows a series without having one
+    auto* const rows = qobject_cast<VekProgrammerModel*>(model);
+    DeviceItem const* const row = rows ? rows->device(index) : nullptr;
+    bool const first = row && row->known == 0 && editor->property(Chosen).toBool() &&
+                       index.column() == VekProgrammerModel::SeriesColumn;
     // leaving an editor without a choice must not clear what depends on it
-    if (value.isValid() && value != index.data(Qt::EditRole))
+    if (value.isValid() && (first || value != index.data(Qt::EditRole)))
         model->setData(index, value);
+}
+
+bool VekProgrammerItemDelegate::eventFilter(QObject* editor, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress && qobject_cast<QComboBox*>(editor)) {
+        int const key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter)
+            editor->setProperty(Chosen, true);
+    }
+    return QStyledItemDelegate::eventFilter(editor, event);
+}
+
+void VekProgrammerItemDelegate::initStyleOption(QStyleOptionViewItem* option,
+                                                QModelIndex const& index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    if (index.column() == VekProgrammerModel::EnableColumn &&
+        !(index.flags() & Qt::ItemIsUserCheckable)) {
+        option->state &= ~QStyle::State_Enabled;
+        option->palette.setCurrentColorGroup(QPalette::Disabled);
+    }
 }
 
 } // namespace VEK

@@ -18,6 +18,12 @@ public:
     void setEditorData(QWidget* editor, QModelIndex const& index) const override;
     void setModelData(QWidget* editor, QAbstractItemModel* model,
                       QModelIndex const& index) const override;
+    /// Notes that Return in a list chooses what it shows.
+    bool eventFilter(QObject* editor, QEvent* event) override;
+
+protected:
+    /// The check box of a row that can't be ticked is drawn as a disabled one.
+    void initStyleOption(QStyleOptionViewItem* option, QModelIndex const& index) const override;
 
 private:
     QWidget* makeList(QWidget* parent, QStringList const& entries) const;

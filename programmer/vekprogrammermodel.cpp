@@ -2,14 +2,12 @@
 
 #include "model/alert.h"
 #include "programmer/deviceselector.h"
-#include "programmer/fsfile.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QFileSystemWatcher>
 #include <QPointer>
 
+#include <algorithm>
 #include <array>
 
 namespace VEK {
@@ -18,12 +16,17 @@ namespace {
 
 constexpr int MostDevices = 17;
 constexpr int DefaultIrCode = 8;
-constexpr int SettleTime = 10; // ms
 QString const UnknownIdCode = QStringLiteral("00000000");
 
 constexpr std::array<char const*, VekProgrammerModel::ColumnCount> Headers{
     "Enable",  "Series",   "Device",    "Device Version", "Operation",
     "Fs File", "Checksum", "User Code", "ID Code",        "IRCode"};
+
+bool refuse(QString const& text)
+{
+    showAlert({AlertKind::Critical, QStringLiteral("Error"), text});
+    return false;
+}
 
 } // namespace
 
@@ -39,6 +42,8 @@ VekProgrammerModel::VekProgrammerModel(QObject* parent)
     // queued: the answer runs the event loop, where the watcher may go with this object
     connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &VekProgrammerModel::onFileChanged,
             Qt::QueuedConnection);
+    connect(m_watcher, &QFileSystemWatcher::directoryChanged, this,
+            &VekProgrammerModel::compareFiles, Qt::QueuedConnection);
 }
 
 VekProgrammerModel::~VekProgrammerModel()
@@ -148,7 +153,7 @@ bool VekProgrammerModel::setData(QModelIndex const& index, QVariant const& value
         setDevice(row, value.toString());
         break;
     case VersionColumn:
-        row->deviceNV = value.toString();
+        setVersion(row, value.toString());
         break;
     case FsFileColumn:
         readFsFile(value.toString(), row);
@@ -216,6 +221,21 @@ void VekProgrammerModel::setDevice(DeviceItem* row, QString const& name)
     updateOperation(row);
 }
 
+/// Takes the catalogue's entry of the row's package group in that version, with the operation if it
+/// has that too. A version that the catalogue lacks is only noted.
+void VekProgrammerModel::setVersion(DeviceItem* row, QString const& version)
+{
+    row->deviceNV = version;
+    for (DeviceModes const* const entry : qAsConst(DeviceConfigurations::instance()->devices)) {
+        if (entry->deviceN != row->deviceN || entry->deviceNV != version)
+            continue;
+        row->setDevice(entry->device);
+        if (!row->operation || !entry->accessModes.contains(row->operation->accessMode))
+            updateOperation(row);
+        return;
+    }
+}
+
 void VekProgrammerModel::initData(QString const& series, QString const& device,
                                   QString const& fsFile)
 {
@@ -270,30 +290,19 @@ DeviceItem* VekProgrammerModel::device(QModelIndex const& index) const
 
 bool VekProgrammerModel::validate() const
 {
-    auto const refuse = [](QString const& text) {
-        showAlert({AlertKind::Critical, QStringLiteral("Error"), text});
-        return false;
-    };
     if (m_rows.isEmpty())
         return refuse(QStringLiteral("No available device."));
-    int targets = 0;
-    for (int i = 0; i < m_rows.size(); ++i) {
+    for (int i = 0; i < m_rows.size(); ++i)
         if (m_rows[i]->known != 1 && m_rows[i]->irCode < 1)
             return refuse(QStringLiteral("Device (%1) has wrong IRCode.").arg(i + 1));
-        targets += m_rows[i]->enable ? 1 : 0;
-    }
-    if (targets > 1)
-        return refuse(QStringLiteral("Only one device can be set as target device."));
-    return targets == 1 || refuse(QStringLiteral("No target device."));
+    return checkSingleTarget() && (activeDevice() || refuse(QStringLiteral("No target device.")));
 }
 
-bool VekProgrammerModel::readFsFile(QString const& file, DeviceItem* row)
+bool VekProgrammerModel::checkSingleTarget() const
 {
-    QString warning;
-    bool const fits = readFsHeader(file, m_crc, *row, warning);
-    if (!warning.isEmpty())
-        Q_EMIT programPrint(warning);
-    return fits;
+    auto const isTarget = [](DeviceItem const* row) { return row->enable != 0; };
+    return std::count_if(m_rows.begin(), m_rows.end(), isTarget) < 2 ||
+           refuse(QStringLiteral("Only one device can be set as target device."));
 }
 
 void VekProgrammerModel::selectDevice(DeviceItem* row)
@@ -317,29 +326,6 @@ void VekProgrammerModel::updateOperation(DeviceItem* row)
         entry ? entry->accessModesWithProgramming() : QList<AccessMode*>();
     if (!modes.isEmpty())
         row->operation = modes.first()->programmerOperations().first();
-}
-
-/// Editors replace a file when they save it, which ends the watch on it: this starts it again.
-void VekProgrammerModel::updateWatcherFsFiles()
-{
-    if (m_refreshing)
-        return;
-    m_refreshing = true;
-    if (!m_watcher->files().isEmpty())
-        m_watcher->removePaths(m_watcher->files());
-
-    // a signal of an old path that is already queued has to go by
-    QPointer<VekProgrammerModel> const self(this);
-    QElapsedTimer timer;
-    timer.start();
-    while (self && timer.elapsed() < SettleTime)
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-    if (!self)
-        return;
-    m_refreshing = false;
-    for (DeviceItem const* const row : qAsConst(m_rows))
-        if (!row->fsFile.isEmpty() && QFile::exists(row->fsFile))
-            m_watcher->addPath(row->fsFile);
 }
 
 void VekProgrammerModel::replaceRows(QList<DeviceItem*> const& rows)
@@ -394,35 +380,6 @@ void VekProgrammerModel::onMoveDown(QModelIndex const& index)
 {
     if (index.isValid())
         swapRows(index.row(), index.row() + 1);
-}
-
-void VekProgrammerModel::onFileChanged(QString const& path)
-{
-    if (m_refreshing)
-        return;
-    DeviceItem* const active = activeDevice();
-    if (active && active->status == ProgrammerDownloaded && active->fsFile == path) {
-        active->status = ProgrammerIdle;
-        if (QFile::exists(path))
-            Q_EMIT statusChanged(
-                ProgrammerIdle,
-                {QStringLiteral("Warn: File updated,checksum:%1.").arg(active->checksum)});
-        else
-            Q_EMIT statusChanged(ProgrammerIdle, {});
-    }
-    QStringList warnings;
-    beginResetModel();
-    for (DeviceItem* const row : qAsConst(m_rows)) {
-        QString warning;
-        if (row->fsFile == path && QFile::exists(path))
-            readFsHeader(path, m_crc, *row, warning);
-        if (!warning.isEmpty())
-            warnings << warning;
-    }
-    endResetModel();
-    for (QString const& warning : qAsConst(warnings))
-        Q_EMIT programPrint(warning);
-    updateWatcherFsFiles();
 }
 
 } // namespace VEK

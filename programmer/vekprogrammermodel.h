@@ -3,7 +3,10 @@
 #include "programmer/deviceitem.h"
 
 #include <QAbstractTableModel>
+#include <QDateTime>
+#include <QHash>
 #include <QList>
+#include <QPair>
 #include <QProcess>
 #include <QStringList>
 
@@ -78,6 +81,9 @@ public:
     /// Whether the table can be programmed as it is; shows why not.
     bool validate() const;
 
+    /// False when several rows are targets, which it shows in a box as `validate` does.
+    bool checkSingleTarget() const;
+
     /// Reads the header of an Fs file into a row, see `readFsHeader`; warnings go to
     /// `programPrint`.
     bool readFsFile(QString const& file, DeviceItem* row);
@@ -91,6 +97,8 @@ public:
     /// The programmer's number of a cable.
     static int cabletoProgrammerCableIdx(int cable);
 
+    /// Watches the Fs files of all rows anew. One that changed since it was read, is gone or has
+    /// come back goes to `onFileChanged` when the events come round.
     void updateWatcherFsFiles();
 
     /// What an Fs file must name to fit the loaded configuration; empty: any file fits.
@@ -134,6 +142,8 @@ public Q_SLOTS:
     void onFileChanged(QString const& path);
 
 private:
+    /// Time and size, which tell of another content. A missing file has an invalid time.
+    using FileState = QPair<QDateTime, qint64>;
     using FinishSlot = void (VekProgrammerModel::*)(int, QProcess::ExitStatus);
     /// What is under way, by what it gives back at its end.
     enum class Run { None, Devices, Cables, CablesInit };
@@ -142,8 +152,13 @@ private:
     QVariant text(DeviceItem const& row, int column) const;
     void setSeries(DeviceItem* row, QString const& name);
     void setDevice(DeviceItem* row, QString const& name);
+    void setVersion(DeviceItem* row, QString const& version);
     void replaceRows(QList<DeviceItem*> const& rows);
     void swapRows(int a, int b);
+
+    // files
+    void watchFile(QString const& file);
+    void compareFiles();
 
     // runs
     void start(Run run, QStringList const& arguments, FinishSlot finish);
@@ -151,6 +166,7 @@ private:
     void giveBack();
     QByteArray takeOutput();
     void collectOutput();
+    void dropOutput();
     QStringList remoteArguments() const;
     QStringList downloadArguments(DeviceItem const& target, int cable, int location,
                                   QString const& frequency) const;
@@ -164,10 +180,12 @@ private:
     QProcess* m_process;
     QList<DeviceItem*> m_rows;
     QFileSystemWatcher* m_watcher;
+    QHash<QString, FileState> m_seen; ///< By path: the file when it was read.
     QString m_crc;
     QList<QStringList> m_cables;
     QString m_programmer;
     QByteArray m_output;
+    bool m_droppedError = false; ///< What was dropped of the output told of an error.
     QMetaObject::Connection m_finish;
     Run m_run = Run::None;
     bool m_refreshing = false; ///< The watcher's paths are being replaced.

@@ -4,6 +4,7 @@
 #include "programmer/deviceconfigurationdlg.h"
 #include "programmer/vekprogrammeritemdelegate.h"
 #include "programmer/vekprogrammermodel.h"
+#include "widgets/viewkeeper.h"
 #include "widgets/waitingtip.h"
 
 #include "ui_vekprogrammerwidget.h"
@@ -204,7 +205,7 @@ void VekProgrammerWidget::on_searchDevice_clicked()
 
 void VekProgrammerWidget::on_downLoad_clicked()
 {
-    if (m_model->isBusy())
+    if (m_model->isBusy() || !m_model->checkSingleTarget())
         return;
     startRun();
     m_model->programFs(m_cable, m_location, m_frequency);
@@ -292,6 +293,7 @@ void VekProgrammerWidget::onTableViewDoubleClkiced(QModelIndex const& index)
     DeviceItem* const row = m_model->device(index);
     if (!row || index.column() != VekProgrammerModel::OperationColumn || !row->operation)
         return;
+    ViewKeeper const keeper(ui->tableView);
     // the table may get other rows while the dialog is open, so that works on a copy
     DeviceItem edited = *row;
     QPointer<DeviceConfigurationDlg> const dialog = new DeviceConfigurationDlg(&edited, this);
@@ -344,13 +346,16 @@ void VekProgrammerWidget::createProgrammerOutput(QString const& message)
 {
     QString stamp =
         QStringLiteral("[%1]").arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
-    QColor color = Qt::blue;
-    if (message.contains(QLatin1String("Error:")))
-        color = Qt::red;
-    else if (message.contains(QLatin1String("Warn:")))
-        color = Qt::darkYellow;
-    else
+    bool const dark = isDeepColorStyle();
+    QColor color;
+    if (message.contains(QLatin1String("Error:"))) {
+        color = dark ? 0xFF8080 : 0xC00000;
+    } else if (message.contains(QLatin1String("Warn:"))) {
+        color = dark ? 0xE0C040 : 0x7A5C00;
+    } else {
+        color = dark ? 0x9DB8FF : 0x0000C0;
         stamp += QStringLiteral("Info: ");
+    }
 
     // by a cursor: what the programmer says is text, even when it looks like markup
     QTextCursor cursor(ui->textEdit->document());

@@ -18,7 +18,8 @@ class VekProgrammerModel;
 /// host tells it the cable and the location (`updateCable`, `updateChannel`).
 ///
 /// The panel is active while its enable box is ticked; what the programmer says meanwhile is shown
-/// when it becomes active again. A download does not call `validate`: that is the host's to do.
+/// when it becomes active again. A download is refused when several rows are targets, but does not
+/// call `validate`: that is the host's to do.
 class VekProgrammerWidget : public QWidget
 {
     Q_OBJECT

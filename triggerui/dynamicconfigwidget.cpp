@@ -1,21 +1,22 @@
 #include "triggerui/dynamicconfigwidget.h"
 
 #include "triggerui/countingmodel.h"
+#include "triggerui/evenlistview.h"
 #include "triggerui/matchunitdialog.h"
 #include "triggerui/matchunitmodel.h"
+#include "triggerui/matchunittable.h"
 #include "triggerui/muexpressiondialog.h"
 #include "widgets/named.h"
+#include "widgets/viewkeeper.h"
 
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
-#include <QHeaderView>
+#include <QKeyEvent>
 #include <QLineEdit>
-#include <QListView>
 #include <QListWidget>
 #include <QSignalBlocker>
 #include <QSpinBox>
-#include <QTableView>
 #include <QVBoxLayout>
 
 #include <limits>
@@ -37,7 +38,7 @@ public:
     QGroupBox* groupBox_2 = nullptr;
     QListWidget* listExpressions = nullptr;
     QGroupBox* groupBox_3 = nullptr;
-    QTableView* tableUnit = nullptr;
+    MatchUnitTable* tableUnit = nullptr;
 
 private:
     QGroupBox* makeCapture(QWidget* widget);
@@ -48,8 +49,6 @@ private:
 namespace {
 
 constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
-constexpr int CellMargins = 12;
-constexpr int ValueColumnWidth = 300;
 
 QComboBox* makeBox(QWidget* parent, char const* name)
 {
@@ -60,19 +59,6 @@ QComboBox* makeBox(QWidget* parent, char const* name)
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setMinimumContentsLength(10);
     return box;
-}
-
-/// Room for the longest that the columns of type and function may show, in the table's font.
-void fitColumns(QTableView* table)
-{
-    int type = 0;
-    int function = 0;
-    for (MatchFunc const func : optionalFunctions(MatchRangeEdges))
-        function = qMax(function, table->fontMetrics().horizontalAdvance(func2string(func)));
-    for (int i = MatchBasic; i <= MatchRangeEdges; ++i)
-        type = qMax(type, table->fontMetrics().horizontalAdvance(type2string(MatchType(i))));
-    table->setColumnWidth(MatchUnitModel::TypeColumn, type + CellMargins);
-    table->setColumnWidth(MatchUnitModel::FunctionColumn, function + CellMargins);
 }
 
 QString expressionLine(int row, QString const& expression)
@@ -111,13 +97,13 @@ QGroupBox* Ui_DynamicConfigWidget::makeCapture(QWidget* widget)
     groupBox = named(new QGroupBox(QStringLiteral("Capture"), widget), "groupBox");
     lineEditStorage = named(new QLineEdit(groupBox), "lineEditStorage");
     lineEditStorage->setReadOnly(true);
+    lineEditStorage->setFocusPolicy(Qt::ClickFocus); // to copy from; the first to edit comes next
+    lineEditStorage->setStyleSheet(QStringLiteral("QLineEdit{background:transparent;border:0;}"));
 
     comboBoxWindow = makeBox(groupBox, "comboBoxWindow");
     windows = new CountingModel(comboBoxWindow);
+    comboBoxWindow->setView(new EvenListView(comboBoxWindow));
     comboBoxWindow->setModel(windows);
-    // equal heights, or opening the list would measure every number
-    if (auto* const list = qobject_cast<QListView*>(comboBoxWindow->view()))
-        list->setUniformItemSizes(true);
 
     comboBoxAmount = makeBox(groupBox, "comboBoxAmount");
     spinBoxTrPos = named(new QSpinBox(groupBox), "spinBoxTrPos");
@@ -143,15 +129,9 @@ QGroupBox* Ui_DynamicConfigWidget::makeExpressions(QWidget* widget)
 QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* model)
 {
     groupBox_3 = named(new QGroupBox(QStringLiteral("Match Units"), widget), "groupBox_3");
-    tableUnit = named(new QTableView(groupBox_3), "tableUnit");
+    tableUnit = named(new MatchUnitTable(groupBox_3), "tableUnit");
     tableUnit->setModel(model);
     tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
-    tableUnit->setSelectionBehavior(QAbstractItemView::SelectRows);
-    tableUnit->setWordWrap(false); // the second value of a range would go below its row
-    tableUnit->horizontalHeader()->setHighlightSections(false);
-    fitColumns(tableUnit);
-    tableUnit->setColumnWidth(MatchUnitModel::ValueColumn, ValueColumnWidth);
-    tableUnit->verticalHeader()->setVisible(false);
     auto* const layout = new QVBoxLayout(groupBox_3);
     layout->addWidget(tableUnit);
     return groupBox_3;
@@ -167,6 +147,8 @@ DynamicConfigWidget::DynamicConfigWidget(QWidget* parent)
     auto const changed = QOverload<int>::of(&QComboBox::currentIndexChanged);
     connect(ui->comboBoxWindow, changed, this, &DynamicConfigWidget::onWindowNumChanged);
     connect(ui->comboBoxAmount, changed, this, &DynamicConfigWidget::onCaptureAmountChanged);
+    ui->tableUnit->installEventFilter(this);
+    ui->listExpressions->installEventFilter(this);
     connect(ui->tableUnit, &QTableView::doubleClicked, this, &DynamicConfigWidget::editMu);
     connect(ui->listExpressions, &QListWidget::itemDoubleClicked, this,
             &DynamicConfigWidget::editExpression);
@@ -197,7 +179,7 @@ void DynamicConfigWidget::setWindows()
     QSignalBlocker const blocked(ui->comboBoxWindow);
     int const last = core->storageDepth / MinimumAmount;
     int const chosen = core->windowNum >= 1 && core->windowNum <= last ? core->windowNum : 0;
-    ui->windows->setRange(last, chosen);
+    ui->windows->setLast(last);
     ui->comboBoxWindow->setCurrentIndex(chosen - 1);
 }
 
@@ -258,10 +240,12 @@ int DynamicConfigWidget::windowNum() const
 void DynamicConfigWidget::resetUI()
 {
     core = nullptr; // an emptied panel must not be saved into it
+    if (unitDialog)
+        unitDialog->reject(); // its unit may go with the core
     QSignalBlocker const windowBlocked(ui->comboBoxWindow);
     QSignalBlocker const amountBlocked(ui->comboBoxAmount);
     ui->lineEditStorage->clear();
-    ui->windows->setRange(0, 0);
+    ui->windows->setLast(0);
     ui->comboBoxAmount->clear();
     ui->listExpressions->clear();
     model->reset();
@@ -275,9 +259,29 @@ void DynamicConfigWidget::editMu()
     MatchUnit* const unit = rows.isEmpty() ? nullptr : model->muFromIndex(rows.first());
     if (!unit)
         return;
-    MatchUnitDialog dialog(unit, true, this);
-    dialog.exec();
+    ViewKeeper const keeper(ui->tableUnit);
+    QPointer<QDialog> const dialog = new MatchUnitDialog(unit, true, this);
+    unitDialog = dialog;
+    dialog->exec();
+    if (!dialog)
+        return; // gone with this panel
+    dialog->deleteLater();
     ui->tableUnit->viewport()->update();
+}
+
+bool DynamicConfigWidget::eventFilter(QObject* view, QEvent* event)
+{
+    int const key = event->type() == QEvent::KeyPress ? static_cast<QKeyEvent*>(event)->key() : 0;
+    if (key != Qt::Key_Return && key != Qt::Key_Enter && key != Qt::Key_F2)
+        return QWidget::eventFilter(view, event);
+    if (view == ui->listExpressions) {
+        editExpression(ui->listExpressions->currentItem());
+        return true;
+    }
+    if (!ui->tableUnit->selectionModel()->hasSelection())
+        ui->tableUnit->selectRow(ui->tableUnit->currentIndex().row());
+    editMu();
+    return true;
 }
 
 void DynamicConfigWidget::onWindowNumChanged()
@@ -309,7 +313,11 @@ void DynamicConfigWidget::editExpression(QListWidgetItem* item)
     }
     SxCore* const shown = core;
     int const row = ui->listExpressions->row(item);
+    ViewKeeper const keeper(ui->listExpressions);
+    QPointer<DynamicConfigWidget> const self(this);
     QString const expression = MuExpressionDialog::getExpression(enabled, this);
+    if (!self)
+        return;
     // the host may have put another core here while the dialog was open
     QListWidgetItem* const edited = core == shown ? ui->listExpressions->item(row) : nullptr;
     if (expression.isEmpty() || !edited)

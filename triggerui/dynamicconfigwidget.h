@@ -2,6 +2,8 @@
 
 #include "model/capturecore.h"
 
+#include <QDialog>
+#include <QPointer>
 #include <QWidget>
 
 #include <memory>
@@ -51,6 +53,10 @@ public Q_SLOTS:
     /// Edits an expression of a dynamic core.
     void editExpression(QListWidgetItem* item);
 
+protected:
+    /// Return and F2 edit what the table and the list stand on.
+    bool eventFilter(QObject* view, QEvent* event) override;
+
 private:
     void setWindows();
     void resetCaptureAmount();
@@ -60,6 +66,7 @@ private:
     std::unique_ptr<Ui_DynamicConfigWidget> ui;
     SxCore* core = nullptr; ///< Not owned.
     MatchUnitModel* model;
+    QPointer<QDialog> unitDialog; ///< While one of its units is edited.
 };
 
 } // namespace VEK

@@ -1,8 +1,9 @@
 #include "triggerui/matchunitdialog.h"
 
+#include "widgets/messagebox.h"
+
 #include "ui_matchunitdialog.h"
 
-#include <QMessageBox>
 #include <QRegExpValidator>
 #include <QSignalBlocker>
 
@@ -207,7 +208,7 @@ void MatchUnitDialog::accept()
 
 void MatchUnitDialog::warn(QString const& text)
 {
-    QMessageBox::warning(this, QStringLiteral("Value Invalid"), text, QMessageBox::Ok);
+    showMessage(QMessageBox::Warning, QStringLiteral("Value Invalid"), text, this);
 }
 
 void MatchUnitDialog::writeUnit(Values const& values)

@@ -8,6 +8,9 @@ namespace VEK {
 
 namespace {
 
+constexpr int TipColumns = 64;
+constexpr int TipRows = 32;
+
 constexpr std::array<char const*, MatchUnitModel::ColumnCount> Headers{
     "Match Unit", "Match Unit", "Trigger Port", "Match Type", "Function", "Counter", "Value"};
 
@@ -40,6 +43,34 @@ QString displayText(MatchUnit const& unit, int column)
     default:
         return valueText(unit);
     }
+}
+
+/// In lines that fit on a screen.
+QString wrapped(QString text)
+{
+    for (int end = TipColumns; end < text.size(); end += TipColumns + 1)
+        text.insert(end, QLatin1Char('\n'));
+    return text;
+}
+
+QString signalsText(TriggerPort const& port)
+{
+    QStringList names;
+    for (SignalItem const& item : port.signalList)
+        names << (item.text.isEmpty() ? item.name : item.text);
+    if (int const more = names.size() - TipRows; more > 0)
+        names = names.mid(0, TipRows) << QStringLiteral("and %1 more").arg(more);
+    return names.join(QLatin1Char('\n'));
+}
+
+/// For what the table's cells have no room for.
+QVariant toolTip(MatchUnit const& unit, int column)
+{
+    if (column == MatchUnitModel::ValueColumn)
+        return wrapped(valueText(unit));
+    if (column == MatchUnitModel::PortColumn && unit.trigger)
+        return signalsText(*unit.trigger);
+    return QVariant();
 }
 
 } // namespace
@@ -80,6 +111,8 @@ QVariant MatchUnitModel::data(QModelIndex const& index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return displayText(*unit, index.column());
+    case Qt::ToolTipRole:
+        return toolTip(*unit, index.column());
     case Qt::TextAlignmentRole:
         return int(Qt::AlignCenter);
     case Qt::ForegroundRole:

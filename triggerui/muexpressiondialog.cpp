@@ -2,11 +2,12 @@
 
 #include "image/expression.h"
 #include "model/capturecore.h"
+#include "widgets/messagebox.h"
 
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLineEdit>
-#include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalMapper>
 #include <QVBoxLayout>
@@ -145,9 +146,13 @@ MuExpressionDialog::~MuExpressionDialog() = default;
 
 QString MuExpressionDialog::getExpression(QList<bool>& enabled, QWidget* parent)
 {
-    MuExpressionDialog dialog(parent);
-    dialog.changeMIndexEnable(enabled);
-    return dialog.exec() == QDialog::Accepted ? dialog.currentExpression() : QString();
+    QPointer<MuExpressionDialog> const dialog = new MuExpressionDialog(parent);
+    dialog->changeMIndexEnable(enabled);
+    bool const accepted = dialog->exec() == QDialog::Accepted;
+    if (!dialog)
+        return QString(); // gone with its parent
+    dialog->deleteLater();
+    return accepted ? dialog->currentExpression() : QString();
 }
 
 void MuExpressionDialog::changeMIndexEnable(QList<bool> const& enabled)
@@ -172,8 +177,8 @@ void MuExpressionDialog::accept()
     if (isOk())
         QDialog::accept();
     else
-        QMessageBox::critical(this, QStringLiteral("Error"),
-                              QStringLiteral("Please input the right expression"), QMessageBox::Ok);
+        showMessage(QMessageBox::Critical, QStringLiteral("Error"),
+                    QStringLiteral("Please input the right expression"), this);
 }
 
 void MuExpressionDialog::expBtnClicked(QString const& token)

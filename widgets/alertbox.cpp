@@ -1,7 +1,7 @@
 #include "model/alert.h"
+#include "widgets/messagebox.h"
 
 #include <QApplication>
-#include <QMessageBox>
 
 /// Nothing refers to this file, and a static library gives only the files that something refers to:
 /// whoever links the library asks for this symbol, see CMakeLists.txt.
@@ -15,11 +15,7 @@ static void showAlertBox(Alert const& alert)
 {
     auto const icon =
         alert.kind == AlertKind::Critical ? QMessageBox::Critical : QMessageBox::Warning;
-    auto* const box = new QMessageBox(icon, alert.title, alert.text, QMessageBox::Ok,
-                                      QApplication::activeWindow());
-    box->setTextFormat(Qt::PlainText);       // texts hold file names and what servers say
-    box->setAttribute(Qt::WA_DeleteOnClose); // its parent may go first
-    box->exec();
+    showMessage(icon, alert.title, alert.text, QApplication::activeWindow());
 }
 
 static void installAlertBox()

@@ -69,7 +69,7 @@ public:
         auto* const layout = new QVBoxLayout(this);
         layout->addWidget(m_pages);
         layout->addWidget(buttons);
-        resize(880, 640);
+        resize(sizeHint().expandedTo(QSize(880, 640)));
     }
 
 private:

@@ -48,8 +48,8 @@ struct Watched
 
 QStringList alerts;
 
-/// Answers the chooser of ambiguous ID codes: a double click on the entry of that name, or Escape
-/// for none.
+/// Answers the chooser of ambiguous ID codes: a double click on the entry of that name, Return for
+/// an empty one, or Escape for another.
 void choose(QString const& name)
 {
     widgettools::inDialog([name](QWidget* dialog) {
@@ -57,7 +57,7 @@ void choose(QString const& name)
         auto* const list = dialog->findChild<QListWidget*>();
         QList<QListWidgetItem*> const found = list->findItems(name, Qt::MatchExactly);
         if (found.isEmpty())
-            QTest::keyClick(dialog, Qt::Key_Escape);
+            QTest::keyClick(list, name.isEmpty() ? Qt::Key_Return : Qt::Key_Escape);
         else
             widgettools::doubleClick(list, list->model()->index(list->row(found.first()), 0));
     });
@@ -127,6 +127,10 @@ private slots:
         w.model.scanDevices(1, 7);
         w.sayings();
         QCOMPARE(w.model.devices().at(1)->device, QString("TK-107")); // as the scan said
+        choose(QString());
+        w.model.scanDevices(1, 7);
+        w.sayings();
+        QCOMPARE(w.model.devices().at(1)->device, QString("TK-107"));
 
         m_desk->lay("'exit_code': 3");
         w.model.scanDevices(1, 0);
@@ -207,7 +211,6 @@ private slots:
             {"'output': '1 error'", "0:" + start + "1 error|"},
             {"'exit_code': 2, 'output': 'x'", "3:Error: Fs file download failed!"},
             {"'crash': true", "0:Error: Call Programmer failed!"},
-            {"'flood': true", "0:Error: Call Programmer failed!"},
         };
         for (auto const& [bench, status] : cases) {
             m_desk->lay(bench);
@@ -218,6 +221,27 @@ private slots:
             w.model.programFs(1, 7, QString());
             QCOMPARE(w.sayings(), (QStringList{"2:", "no target", status, "target"}));
             QTRY_VERIFY(!w.model.isBusy());
+        }
+    }
+
+    void longOutput()
+    {
+        QString const tell = "0:Error: The programmer told of one in output too long to keep.|";
+        for (bool const error : {false, true}) {
+            Watched w;
+            w.model.initData("TK-100", "TK-104", m_desk->writeFs("TK-104-Q48"));
+            w.model.devices().first()->enable = 1;
+            QString const script = m_desk->write(
+                "flash", QByteArray("#!/bin/sh\necho ") + (error ? "an error" : "begun") +
+                             "\nyes '[##########]' | head -c 9999990\necho flashed\n");
+            QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
+            w.model.setProgrammer(script);
+            w.said.clear();
+            QSignalSpy ended(&w.model, &VekProgrammerModel::TargetEnable);
+            w.model.programFs(1, 7, QString());
+            QVERIFY(ended.wait(30000));
+            QCOMPARE(w.sayings(), (QStringList{"2:", "no target",
+                                               (error ? tell : "4:") + "flashed|", "target"}));
         }
     }
 
@@ -293,9 +317,12 @@ private slots:
         QVERIFY(set(2, "TK-107B"));
         QCOMPARE(w.model.devices().first()->device, QString("TK-107B"));
         QCOMPARE(shown(), QString("TK-100 TK-107 B Load 00000000"));
+        QVERIFY(set(3, "")); // the group has one without a version, too
+        QCOMPARE(w.model.devices().first()->device, QString("TK-107"));
+        QVERIFY(set(3, "B"));
         QVERIFY(set(2, "TK-107")); // the group that the device is of
         QCOMPARE(w.model.devices().first()->device, QString("TK-107B"));
-        QCOMPARE(changed.count(), 3);
+        QCOMPARE(changed.count(), 5);
         QVERIFY(set(2, "TK-501")); // not in this series
         QCOMPARE(shown(), QString("TK-100 TK-101  Load 00000000"));
         QVERIFY(set(5, m_desk->writeFs("TK-101-Q")));
@@ -369,6 +396,12 @@ private slots:
         QVERIFY(QFile::remove(file));
         QTRY_COMPARE(w.said, QStringList{"3:"});
         QCOMPARE(row->status, ProgrammerIdle);
+        m_desk->writeFs("TK-104-Q48", "back");
+        QTRY_COMPARE(row->checksum, QString("back"));
+        QMetaObject::invokeMethod( // comes while nothing is watched
+            this, [&] { m_desk->writeFs("TK-104-Q48", "unwatched"); }, Qt::QueuedConnection);
+        w.model.updateWatcherFsFiles();
+        QTRY_COMPARE(row->checksum, QString("unwatched"));
 
         w.said.clear();
         w.model.updateFsFile(m_desk->writeFs("TK-104-Q48"));

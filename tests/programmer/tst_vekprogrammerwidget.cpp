@@ -147,9 +147,13 @@ private slots:
         Panel panel;
         panel.createProgrammerOutput(QStringList{"Warn: a", "x Error: b <i>", "c"});
         QCOMPARE(panel.output(), (QStringList{"Warn: a", "x Error: b <i>", "Info: c"}));
-        QCOMPARE(panel.colorOfLine(0), QColor(Qt::darkYellow));
-        QCOMPARE(panel.colorOfLine(1), QColor(Qt::red));
-        QCOMPARE(panel.colorOfLine(2), QColor(Qt::blue));
+        QApplication::setPalette(QPalette(Qt::black));
+        panel.createProgrammerOutput(QStringList{"Warn: a", "x Error: b <i>", "c"});
+        QApplication::setPalette(QPalette());
+        QStringList colors;
+        for (int line = 0; line < 6; ++line)
+            colors << panel.colorOfLine(line).name();
+        QCOMPARE(colors.join(' '), QString("#7a5c00 #c00000 #0000c0 #e0c040 #ff8080 #9db8ff"));
     }
 
     void inactivePanelKeeps()
@@ -219,6 +223,12 @@ private slots:
         QTest::keyClick(devices, Qt::Key_Tab);
         QCOMPARE(panel.model()->devices().first()->device, QString("TK-101"));
 
+        panel.click("addDevice"); // shows a series, but has none yet
+        DeviceItem const* const added = panel.model()->devices().at(1);
+        QTest::keyClick(panel.edit(1, 1), Qt::Key_Tab);
+        QCOMPARE(added->known, 0);
+        QTest::keyClick(panel.edit(1, 1), Qt::Key_Return);
+        QTRY_COMPARE(added->known, 1);
         panel.model()->setData(panel.index(0, 1), "no series");
         QCOMPARE(panel.choices(0, 2), QStringList{"JTAG_NOP"});
         auto* const number = qobject_cast<QSpinBox*>(panel.edit(0, 9));
@@ -284,10 +294,29 @@ private slots:
             if (search) // the device chooser
                 panel->click("searchDevice");
             else
-                panel->onTableViewDoubleClkiced(panel->index(0, 4));
+                doubleClick(panel->table, panel->index(0, 4));
             QTRY_VERIFY(!panel);
             QTRY_VERIFY(!QApplication::activeModalWidget());
         }
+    }
+
+    void downloadToSeveral()
+    {
+        Panel panel;
+        panel.initData("TK-100", "TK-104", m_desk->writeFs("TK-104-Q48"));
+        panel.click("addDevice");
+        panel.model()->setData(panel.index(1, 1), "TK-100");
+        panel.tick(0);
+        panel.tick(1);
+        QStringList said;
+        inDialog<QMessageBox>([&](QMessageBox* box) {
+            said << box->windowTitle() << box->text();
+            QVERIFY(panel.button("downLoad")->isEnabled());
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        panel.click("downLoad");
+        QCOMPARE(said, (QStringList{"Error", "Only one device can be set as target device."}));
+        QVERIFY(!panel.model()->isBusy() && m_desk->log().isEmpty());
     }
 
     void targetTakenAwayDuringDownload()

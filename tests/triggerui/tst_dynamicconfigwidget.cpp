@@ -5,6 +5,7 @@
 #include <QAbstractItemModelTester>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTableView>
@@ -166,17 +167,33 @@ private slots:
     {
         Core core;
         core.storageDepth = 2000000000;
-        core.windowNum = 100000;
+        core.windowNum = 300000000;
         Panel panel;
         panel.show();
         panel.setSxCore(&core);
-        QCOMPARE(panel.windowNum(), 100000);
-        QVERIFY(panel.window->count() <= 200000);
-        QCOMPARE(panel.amount->count(), 12); // 4 to 8192, in 131072 parts
+        QCOMPARE(panel.windowNum(), 300000000);
+        QCOMPARE(panel.amount->count(), 0); // 536,870,912 parts
+        QAbstractItemView* const list = panel.window->view();
+        auto const shown = [&](int y) { return list->indexAt(QPoint(1, y)).data().toInt(); };
+        QVERIFY(QTest::qWaitForWindowActive(&panel));
         panel.window->showPopup();
-        QTest::keyClick(panel.window->view(), Qt::Key_End);
-        QVERIFY(panel.window->count() > 100000);
-        panel.window->hidePopup();
+        QTRY_VERIFY(shown(0) > 299999980 && shown(0) <= 300000000);
+        QTest::keyClick(list, Qt::Key_PageUp);
+        QCOMPARE(list->currentIndex().data().toInt(), 300000000 - 15);
+        QTest::keyClick(list, Qt::Key_End);
+        QCOMPARE(shown(list->viewport()->height() - 1), 500000000);
+        QTest::keyClick(list, Qt::Key_Return);
+        QCOMPARE(panel.windowNum(), 500000000);
+
+        QTest::keyClicks(panel.window, "77"); // beginning with these, behind the one before
+        QCOMPARE(panel.windowNum(), 77);
+        QCOMPARE(panel.window->findText("400000000"), 399999999);
+        QCOMPARE(panel.amount->count(), 22); // 4 to 8388608, in 128 parts
+        panel.window->showPopup();
+        QRect const below = list->visualRect(list->model()->index(77, 0));
+        QTest::mouseMove(list->viewport(), below.center());
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, below.center());
+        QCOMPARE(panel.windowNum(), 78);
     }
 
     void expressions()
@@ -219,7 +236,6 @@ private slots:
         panel.show();
         panel.setSxCore(&core);
         QVERIFY(panel.table->isColumnHidden(0));
-        QCOMPARE(panel.table->columnWidth(6), 300);
         panel.editMu(); // without a selection
         inDialog([](QWidget* dialog) {
             QCOMPARE(dialog->windowTitle(), QString("Match Unit Config"));
@@ -230,6 +246,103 @@ private slots:
         doubleClick(panel.table, index);
         QCOMPARE(core.matchUnit(5)->counter, 3);
         QCOMPARE(index.data().toString(), QString("3"));
+    }
+
+    void tableByEyeAndKeyboard()
+    {
+        Core core;
+        core.matchUnit(5)->value0 = QString(200, '0');
+        for (double const scale : {1.0, 2.0}) {
+            Panel panel;
+            QFont font = panel.font();
+            font.setPointSizeF(scale * font.pointSizeF());
+            panel.setFont(font);
+            panel.setSxCore(&core);
+            panel.resize(panel.sizeHint());
+            panel.show();
+            QVERIFY(QTest::qWaitForWindowActive(&panel));
+            QTRY_VERIFY(panel.table->columnWidth(6) >= 300);
+            QTRY_VERIFY(!panel.table->horizontalScrollBar()->isVisible());
+            for (int column = 1; column < 6; ++column)
+                for (int row = 0; row < 2; ++row)
+                    QVERIFY(
+                        panel.table->columnWidth(column) >=
+                        panel.table->sizeHintForIndex(panel.matchUnitModel()->index(row, column))
+                            .width());
+        }
+        Panel panel;
+        panel.setSxCore(&core);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowActive(&panel));
+        auto const tip = [&](int column) {
+            return panel.matchUnitModel()->index(1, column).data(Qt::ToolTipRole).toString();
+        };
+        QCOMPARE(tip(2), QString("a\nb"));
+        QCOMPARE(tip(6).remove('\n'), QString(200, '0') + " : 10");
+
+        QCOMPARE(QApplication::focusWidget(), panel.window);
+        panel.list->setFocus();
+        for (Qt::Key const key : {Qt::Key_Return, Qt::Key_F2}) {
+            QStringList titles;
+            for (QWidget* const view :
+                 {static_cast<QWidget*>(panel.list), static_cast<QWidget*>(panel.table)}) {
+                panel.activateWindow();
+                QTRY_COMPARE(QApplication::focusWidget(), view);
+                inDialog([&](QWidget* dialog) {
+                    titles << dialog->windowTitle();
+                    QTest::keyClick(dialog, Qt::Key_Escape);
+                });
+                QTest::keyClick(view, key);
+                QTest::keyClick(view, Qt::Key_Tab,
+                                view == panel.table ? Qt::ShiftModifier : Qt::NoModifier);
+            }
+            QCOMPARE(titles, (QStringList{"Expression", "Match Unit Config"}));
+        }
+    }
+
+    void goneDuringADialog()
+    {
+        Core core;
+        QPointer<Panel> panel;
+        QStringList left;
+        auto const leave = [&](QWidget* dialog) {
+            left << dialog->windowTitle();
+            delete panel.data();
+        };
+        auto const edit = [&](bool expression) {
+            panel = new Panel;
+            panel->show();
+            panel->setSxCore(&core);
+            if (expression)
+                doubleClick(panel->list, panel->list->model()->index(0, 0));
+            else
+                doubleClick(panel->table, panel->matchUnitModel()->index(0, 1));
+            QVERIFY(!panel);
+        };
+        inDialog(leave);
+        edit(false);
+        inDialog(leave);
+        edit(true);
+        inDialog([&](QWidget* dialog) {
+            inDialog<QMessageBox>(leave);
+            press(*dialog, {"OK"}); // an empty expression is refused
+        });
+        edit(true);
+        QCOMPARE(left, (QStringList{"Match Unit Config", "Expression", "Error"}));
+    }
+
+    void emptiedDuringADialog()
+    {
+        auto core = std::make_unique<Core>();
+        Panel panel;
+        panel.show();
+        panel.setSxCore(core.get());
+        inDialog([&](QWidget*) {
+            panel.resetUI();
+            core.reset();
+        });
+        doubleClick(panel.table, panel.matchUnitModel()->index(0, 1));
+        QVERIFY(!core);
     }
 };
 
