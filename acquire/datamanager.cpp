@@ -60,6 +60,7 @@ void DataManager::initDeviceChainandLocation(QList<QVariant> const& chain, QStri
 
 void DataManager::openChain(CmdPack pack)
 {
+    setReasons(QString(), QString());
     QPointer<DataManager> const self(this);
     JtagSession::shared()->createTask({QUrl(), pack}, [self](CmdPack const& reply) {
         if (self)
@@ -70,10 +71,25 @@ void DataManager::openChain(CmdPack pack)
 void DataManager::onChainOpened(CmdPack const& reply)
 {
     int const result = reply.value(Protocol::Key::Res).toInt();
+    setReasons(reply.value(Protocol::Key::Reason).toString(), m_coreReason);
     if (result == Protocol::Result::Ok)
         return;
     stopDataTrigger();
     emit triggerComplete(result);
+}
+
+void DataManager::noteCoreReason(CmdPack const& reply)
+{
+    setReasons(m_chainReason, reply.value(Protocol::Key::Reason).toString());
+}
+
+void DataManager::setReasons(QString const& ofChain, QString const& ofCore)
+{
+    QString const before = deviceReason();
+    m_chainReason = ofChain;
+    m_coreReason = ofCore;
+    if (deviceReason() != before)
+        emit deviceReasonChanged(deviceReason());
 }
 
 void DataManager::getCableForNlc()

@@ -44,6 +44,12 @@ public:
     /// Stops the run and closes the chain; emits `triggerComplete(0)`.
     virtual void stopDataTrigger() = 0;
 
+    /// Why the device is not as it should be, in the server's words, for a host to show: of the
+    /// chain that failed to open or opened with a doubt, or of the core that is polled, such as a
+    /// stimulus that has ended. Empty when the server gave no reason, as most do not. Stays past
+    /// the end of a run, to the next opening; it is there before `triggerComplete`.
+    QString deviceReason() const { return m_coreReason.isEmpty() ? m_chainReason : m_coreReason; }
+
     /// The cable whose server is current.
     QString cableName() const { return m_cableName; }
     void setCableName(QString const& name) { m_cableName = name; }
@@ -67,6 +73,8 @@ Q_SIGNALS:
     /// Whether a host may offer to start a run.
     void StartandAutoEnable(bool flag);
     void CableChangedForNlc();
+    /// `deviceReason` is another text, or empty again.
+    void deviceReasonChanged(QString const& reason);
 
 public Q_SLOTS:
     /// The poll step.
@@ -81,6 +89,9 @@ protected:
     static void send(CmdPack const& pack);
     /// Sends a request; the handler gets its replies.
     static void ask(CmdPack const& pack, ReplyHandler const& handler);
+
+    /// Keeps what a reply to a read of the start register gives as a reason, or that it gives none.
+    void noteCoreReason(CmdPack const& reply);
 
     static CmdPack writeRequest(QString const& oprate, QBitArray const& data);
     static CmdPack readRequest(QString const& oprate, int size);
@@ -119,10 +130,13 @@ private:
     void openChain(CmdPack pack);
     void onChainOpened(CmdPack const& reply);
     void onCablesQueried(CmdPack const& reply);
+    void setReasons(QString const& ofChain, QString const& ofCore);
 
     ANALYZER_STATUS m_status = AnalyzerIdle;
     unsigned m_sectionPause = 50000; ///< us
     QString m_cableName;
+    QString m_chainReason;
+    QString m_coreReason;
     QList<QStringList> m_nlcCables;
 };
 

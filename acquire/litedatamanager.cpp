@@ -145,6 +145,7 @@ bool VekLiteDataManager::isPolling() const
 void VekLiteDataManager::onStartRegister(CmdPack const& reply, bool* finished)
 {
     *finished = true;
+    noteCoreReason(reply);
     if (!isPolling())
         return;
     if (is0(reply.value(Protocol::Key::Data).toBitArray())) {

@@ -81,6 +81,10 @@ void VekStandardDataManager::startDataTrigger(QList<int> const& coreIndexes)
     if (status() != AnalyzerIdle)
         return;
     setStatus(AnalyzerRunning);
+    for (SxCore* core : qAsConst(m_cores)) { // what an earlier run has left
+        core->status = CoreUnused;
+        core->forced = false;
+    }
     for (int index : coreIndexes) {
         SxCore* core = getCore(index);
         if (!core)
@@ -131,10 +135,10 @@ void VekStandardDataManager::stopDataTrigger()
 {
     m_pollTimer->stop();
     for (SxCore* core : qAsConst(m_cores)) {
+        core->forced = false; // also of a core that is being read
         if (core->status != CoreArmed)
             continue;
         core->status = CoreFinished;
-        core->forced = false;
         selectCore(*core);
         writeStartRegister(*core, StartValue::Stop);
     }
@@ -241,6 +245,7 @@ bool VekStandardDataManager::isPolling() const
 void VekStandardDataManager::onStartRegister(CmdPack const& reply, bool* finished)
 {
     *finished = true;
+    noteCoreReason(reply);
     QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
     if (!isPolling() || bits.isEmpty() || !is0(bits) || !m_currentCore)
         return;
@@ -254,6 +259,7 @@ void VekStandardDataManager::onStartRegister(CmdPack const& reply, bool* finishe
 void VekStandardDataManager::onStartRegisterAfterInit(CmdPack const& reply, bool* finished)
 {
     *finished = true;
+    noteCoreReason(reply);
     QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
     if (bits.isEmpty() || !is0(bits) || !m_currentCore)
         return;
@@ -272,6 +278,8 @@ void VekStandardDataManager::readRunningCore()
     if (!isPolling() || !m_currentCore)
         return;
     setStatus(AnalyzerReading);
+    if (!m_currentCore) // a receiver has stopped the run
+        return;
     m_windowData.clear();
     SxCore const& core = *m_currentCore;
     int const windows = core.windowNum;

@@ -40,8 +40,8 @@ public:
     void sendTestMsg();
 
     /// Arms the cores at these places in `cores` and starts polling; places out of range are
-    /// passed over. Does nothing while a run is on. A core that captures its initial data is armed
-    /// later, once the chip reports that it is there.
+    /// passed over, and all other cores become unused. Does nothing while a run is on. A core that
+    /// captures its initial data is armed later, once the chip reports that it is there.
     void startDataTrigger(QList<int> const& coreIndexes);
     /// Programs and arms one core.
     void startTrigger(SxCore* core);

@@ -39,6 +39,7 @@ inline const QString CableIndex = QStringLiteral("cable_index");
 inline const QString CableLocation = QStringLiteral("cable_location");
 inline const QString Cables = QStringLiteral("CABLES");
 inline const QString Res = QStringLiteral("RES");
+inline const QString Reason = QStringLiteral("REASON"); ///< A text; servers need not give it.
 inline const QString Mode = QStringLiteral("MODE");
 inline const QString SxCore = QStringLiteral("Sxcore");
 inline const QString MemDataWidth = QStringLiteral("MEM_DATA_WIDTH");

@@ -254,6 +254,52 @@ private slots:
         QCOMPARE(m_server->takeLines(), QStringList{select(0)} + PollStart);
     }
 
+    /// The next run is not told what became of the cores of the last one, stopped in its read.
+    void beginsAfreshAfterAStop()
+    {
+        Core other(1);
+        load({&m_core, &other});
+        m_manager->startDataTrigger({0, 1});
+        m_manager->forceDataTrigger();
+        m_manager->checkState();
+        connect(m_manager.get(), &DataManager::statusChanged, this, [this] {
+            if (m_manager->status() == AnalyzerReading)
+                m_manager->stopDataTrigger();
+        });
+        ScriptedServer::replyData(m_server->packs.last(), Zeros16);
+        QVERIFY(!m_manager->getCore(0)->forced && !m_manager->getCore(1)->forced);
+        m_manager->getCore(0)->forced = true; // a host's own
+        m_manager->startDataTrigger({1});
+        QVERIFY(!m_manager->getCore(0)->forced);
+        QCOMPARE(m_manager->getSelectedCores(), QList<SxCore*>{m_manager->getCore(1)});
+        m_server.reset(); // no connection any more: a poll goes nowhere
+        m_manager->checkState();
+        QCOMPARE(m_manager->status(), AnalyzerRunning);
+    }
+
+    void handsOnTheReasonOfTheServer()
+    {
+        load({&m_core});
+        QSignalSpy changes(m_manager.get(), &DataManager::deviceReasonChanged);
+        m_manager->initDeviceChain({0});
+        ScriptedServer::reply(m_server->packs.last(), {{"RES", 0}, {"REASON", "cut"}});
+        CmdPack const poll = firstPoll();
+        m_manager->checkState();
+        CmdPack waiting{{"REASON", "over"}, {"DATA", str2bit(QString(16, '1'))}};
+        ScriptedServer::reply(poll, waiting);
+        QCOMPARE(m_manager->deviceReason(), QString("over"));
+        waiting.remove("REASON");
+        ScriptedServer::reply(m_server->packs.last(), waiting);
+        QCOMPARE(m_manager->deviceReason(), QString("cut"));
+        QString atTheEnd;
+        connect(m_manager.get(), &DataManager::triggerComplete, this,
+                [&] { atTheEnd = m_manager->deviceReason(); });
+        m_manager->initDeviceChain({0});
+        ScriptedServer::reply(m_server->packs.last(), {{"RES", -100}, {"REASON", "broken"}});
+        QCOMPARE(atTheEnd, QString("broken"));
+        QCOMPARE(changes, (QList<QVariantList>{{"cut"}, {"over"}, {"cut"}, {""}, {"broken"}}));
+    }
+
     void lateAndHostileRepliesDoNothing()
     {
         load({&m_core});
