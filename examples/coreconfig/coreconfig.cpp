@@ -100,6 +100,7 @@ int fail(QString const& text)
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();

@@ -43,6 +43,7 @@ static void showWindow(VEK::VekStandardDataManager& manager, WaveMonitorWidget& 
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QStringList const arguments = QApplication::arguments();
     VEK::VekStandardDataManager manager;

@@ -7,7 +7,8 @@ bool writeWholeFile(QString const& path, std::function<bool(QIODevice&)> const& 
                     QString& error)
 {
     QFileInfo const target(path);
-    if (target.exists() && !target.isFile() && !target.isDir()) { // must not be replaced by a file
+    bool const isSpecial = target.exists() && !target.isFile() && !target.isDir();
+    if (isSpecial || path.startsWith(QLatin1String("/dev/"))) { // must not be replaced by a file
         QFile device(path);
         if (device.open(QIODevice::WriteOnly) && write(device) && device.flush())
             return true;
@@ -16,7 +17,8 @@ bool writeWholeFile(QString const& path, std::function<bool(QIODevice&)> const& 
     }
     QSaveFile file(path);
     file.setDirectWriteFallback(true); // for a folder that takes no new files
-    if (file.open(QIODevice::WriteOnly) && write(file) && file.commit())
+    // flushed first: commit() takes no notice of what the disk refuses then
+    if (file.open(QIODevice::WriteOnly) && write(file) && file.flush() && file.commit())
         return true;
     error = file.errorString();
     return false;

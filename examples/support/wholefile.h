@@ -8,7 +8,7 @@ class QIODevice;
 
 /// Writes a file whole or not at all: `write` fills it and says whether all of it was taken. False,
 /// with an error in words, when it could not be written; what stood there before is untouched then.
-/// What is no regular file, such as a pipe or "/dev/stdout", is written to directly.
+/// A pipe, and what is below "/dev" such as "/dev/stdout", is written to directly.
 bool writeWholeFile(QString const& path, std::function<bool(QIODevice&)> const& write,
                     QString& error);
 

@@ -3,9 +3,9 @@
 #include "model/vekfile.h"
 #include "results/windowdocument.h"
 #include "results/windowreader.h"
+#include "support/wholefile.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 using namespace VEK;
 
@@ -30,12 +30,7 @@ bool writeSession(QString const& path, QByteArray const& configuration,
         copy.toElement().setAttribute(DOM_ATTR_WINDOW_INDEX, 0);
         root.appendChild(copy);
     }
-    QSaveFile file(path);
-    QByteArray const text = parsed.document.toByteArray(4);
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
-        return true;
-    error = file.errorString();
-    return false;
+    return writeWholeFile(path, parsed.document.toByteArray(4), error);
 }
 
 QList<SavedWindow> readSession(QString const& path, QDomDocument& document)
