@@ -156,11 +156,14 @@ void SignalTreeView::onDeleteDivider()
 
 void SignalTreeView::onWaveColorSetted(int rgb)
 {
-    for (QModelIndex const& index : selectedRowList())
+    QList<QModelIndex> const rows = selectedRowList();
+    for (QModelIndex const& index : rows)
         nodeAt(index)->color = rgb;
     signalModel()->updateSignalWaveColor();
     viewport()->update();
     postNotification(WaveColorChanged);
+    if (!rows.isEmpty())
+        Q_EMIT signalModel()->layoutEdited();
 }
 
 void SignalTreeView::onDataFormatSetted(int format)
@@ -245,6 +248,7 @@ void SignalTreeView::finishFormatChange()
     signalModel()->updateSignalWaveChart();
     doItemsLayout();
     updateTree();
+    Q_EMIT signalModel()->layoutEdited();
 }
 
 } // namespace WaveMonitor

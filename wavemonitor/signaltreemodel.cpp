@@ -201,6 +201,7 @@ bool SignalTreeModel::setData(QModelIndex const& index, QVariant const& value, i
     if (role != Qt::EditRole || !isOwn(index) || index.column() != NameColumn || text.isEmpty())
         return false;
     LayoutNode* const node = m_layout->nodeAt(index);
+    QString const before = m_layout->displayText(node);
     if (node->type == LayoutNode::Bus) {
         auto* bus = static_cast<BusLayoutNode*>(node);
         bus->text = text == bus->name ? QString() : text;
@@ -209,6 +210,8 @@ bool SignalTreeModel::setData(QModelIndex const& index, QVariant const& value, i
     } else {
         static_cast<DividerLayoutNode*>(node)->text = text;
     }
+    if (text != before)
+        Q_EMIT layoutEdited();
     return true;
 }
 

@@ -21,6 +21,7 @@ class QTreeView;
 
 namespace WaveMonitor {
 
+struct BusLayoutNode;
 struct LayoutNode;
 struct Notification;
 class ModelLayout;
@@ -190,6 +191,12 @@ public:
 
     Q_INVOKABLE void handleEvents(Notification* note);
 
+Q_SIGNALS:
+    /// The arrangement of the rows was edited: grouped, ungrouped, reversed, moved, renamed, given
+    /// another format, row height or colour, or a divider came or went. Not for rows that come with
+    /// data, nor for those of a restored layout.
+    void layoutEdited();
+
 private:
     friend class ModelLayout; // announces rows
 
@@ -204,6 +211,8 @@ private:
     bool haveOneLength(QList<QModelIndex> const& rows) const;
     void setShortName(LayoutNode* signal);
     void setLongName(LayoutNode* signal);
+    void setShortNames(BusLayoutNode* bus);
+    void setLongNames(BusLayoutNode* bus);
     void dropEmptyBus(LayoutNode* parent);
 
     QList<QModelIndex> moveRows(QList<QModelIndex> const& indexes, LayoutNode* parent, int from);

@@ -37,6 +37,7 @@ void SignalTreeModel::addRawDivider(int id, QModelIndex const& at)
     divider->id = id;
     m_layout->insert(m_layout->root(), isOwn(at) ? at.row() : id, {divider});
     post(LayoutChanged);
+    Q_EMIT layoutEdited();
 }
 
 void SignalTreeModel::NewDivider(QModelIndex const& at)
@@ -53,6 +54,7 @@ void SignalTreeModel::DeleteDivider(QModelIndex const& parent, QModelIndex const
     LayoutNode* const owner = divider->parent;
     m_layout->releaseNode(divider);
     dropEmptyBus(owner);
+    Q_EMIT layoutEdited();
 }
 
 /// Nobody could get rid of a bus without members, whose row has no place beside the waves.
@@ -82,6 +84,7 @@ void SignalTreeModel::reverse(QModelIndex const& index)
     changePersistentIndexList(from, to);
     Q_EMIT layoutChanged(parents);
     post(LayoutChanged);
+    Q_EMIT layoutEdited();
 }
 
 bool SignalTreeModel::haveOneLength(QList<QModelIndex> const& rows) const
@@ -121,6 +124,7 @@ void SignalTreeModel::groupBus(QList<QModelIndex> const& rows)
     selectOutView({});
     m_layout->group(inOrder.values());
     post(LayoutChanged);
+    Q_EMIT layoutEdited();
 }
 
 void SignalTreeModel::ungroupBus(QModelIndex const& index)
@@ -136,6 +140,7 @@ void SignalTreeModel::ungroupBus(QModelIndex const& index)
     m_layout->insert(m_layout->root(), row, members);
     m_layout->releaseNode(bus);
     post(LayoutChanged);
+    Q_EMIT layoutEdited();
 }
 
 void SignalTreeModel::setLongName(LayoutNode* node)
@@ -152,6 +157,17 @@ void SignalTreeModel::setShortName(LayoutNode* node)
     });
 }
 
+void SignalTreeModel::setLongNames(BusLayoutNode* bus)
+{
+    bus->text.clear();
+    for (LayoutNode* child : qAsConst(bus->children)) {
+        if (!asSignal(child))
+            continue;
+        child->nameType = LayoutNode::LongName;
+        setLongName(child);
+    }
+}
+
 void SignalTreeModel::ChangeLongName(QModelIndex const& index)
 {
     if (!isOwn(index))
@@ -159,15 +175,19 @@ void SignalTreeModel::ChangeLongName(QModelIndex const& index)
     LayoutNode* const node = m_layout->nodeAt(index);
     if (asSignal(node))
         setLongName(node);
-    BusLayoutNode* const bus = asBus(node);
-    if (!bus)
-        return;
-    bus->text.clear();
+    else if (BusLayoutNode* const bus = asBus(node))
+        setLongNames(bus);
+    Q_EMIT layoutEdited();
+}
+
+void SignalTreeModel::setShortNames(BusLayoutNode* bus)
+{
+    bus->text = shortName(bus->name);
     for (LayoutNode* child : qAsConst(bus->children)) {
         if (!asSignal(child))
             continue;
-        child->nameType = LayoutNode::LongName;
-        setLongName(child);
+        child->nameType = LayoutNode::ShortName;
+        setShortName(child);
     }
 }
 
@@ -178,16 +198,9 @@ void SignalTreeModel::ChangeShortName(QModelIndex const& index)
     LayoutNode* const node = m_layout->nodeAt(index);
     if (asSignal(node))
         setShortName(node);
-    BusLayoutNode* const bus = asBus(node);
-    if (!bus)
-        return;
-    bus->text = shortName(bus->name);
-    for (LayoutNode* child : qAsConst(bus->children)) {
-        if (!asSignal(child))
-            continue;
-        child->nameType = LayoutNode::ShortName;
-        setShortName(child);
-    }
+    else if (BusLayoutNode* const bus = asBus(node))
+        setShortNames(bus);
+    Q_EMIT layoutEdited();
 }
 
 void SignalTreeModel::restoreOrgName(QModelIndex const& index)
@@ -202,6 +215,7 @@ void SignalTreeModel::restoreOrgName(QModelIndex const& index)
         setLongName(node);
     else if (BusLayoutNode* const bus = asBus(node))
         bus->text.clear();
+    Q_EMIT layoutEdited();
 }
 
 QList<QModelIndex> SignalTreeModel::insertIndexesForward(QModelIndex const& target,
@@ -264,6 +278,7 @@ QList<QModelIndex> SignalTreeModel::moveRows(QList<QModelIndex> const& indexes, 
     updateItems();
     post(SelectionChanged);
     dropEmptyBus(oldParent);
+    Q_EMIT layoutEdited();
 
     QList<QModelIndex> moved;
     int const row = nodes.isEmpty() ? 0 : nodes.first()->row();

@@ -18,19 +18,12 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
-#include <cmath>
-
 namespace WaveMonitor {
 
 namespace {
 
 constexpr int CaptionHeight = 20;
 constexpr int DefaultTreeWidth = 300;
-
-bool isUsableRate(double rate)
-{
-    return std::isfinite(rate) && rate > 0;
-}
 
 QWidget* column(QWidget* parent, QWidget* above, QWidget* below)
 {
@@ -85,6 +78,7 @@ void WaveMonitorWidget::makeTree(int width)
     m_model->setDomain(domain());
     m_treeView = new SignalTreeView(this, width);
     m_treeView->setModel(m_model);
+    connect(m_model, &SignalTreeModel::layoutEdited, this, &WaveMonitorWidget::layoutEdited);
     m_treeView->setDomain(domain());
 }
 
@@ -302,127 +296,6 @@ void WaveMonitorWidget::handleEvents(Notification* note)
 bool WaveMonitorWidget::eventFilter(QObject* watched, QEvent* event)
 {
     return event->type() == QEvent::KeyPress || QWidget::eventFilter(watched, event);
-}
-
-void WaveMonitorWidget::setZoomRate(double rate)
-{
-    if (isUsableRate(rate))
-        m_zoomRate = rate;
-}
-
-void WaveMonitorWidget::zoomTo(double rate)
-{
-    if (!isUsableRate(rate))
-        return;
-    auto* hub = NotificationCenter::shared();
-    hub->sendEvent(new Notification(ZoomAboutToChange, this), this);
-    setZoomRate(clampedZoomRate(rate));
-    hub->postEvent(new Notification(ZoomChanged, this), this);
-    ++m_unheardZooms;
-    QMetaObject::invokeMethod(this, [this] { --m_unheardZooms; }, Qt::QueuedConnection);
-}
-
-void WaveMonitorWidget::zoomIn()
-{
-    zoomTo(m_zoomRate * 2);
-}
-
-void WaveMonitorWidget::zoomOut()
-{
-    zoomTo(m_zoomRate * 0.5);
-}
-
-void WaveMonitorWidget::zoomFit()
-{
-    int const length = m_model->timeLength();
-    int const width = m_waveView->width() - m_waveView->verticalScrollBar()->width();
-    if (length > 0)
-        zoomTo(width / (length * Constants::Graphics::kSampleWidth));
-}
-
-void WaveMonitorWidget::jump(int time)
-{
-    m_waveView->jump(qMin(time, m_rulerView->length()));
-}
-
-int WaveMonitorWidget::cursorTime() const
-{
-    return m_rulerView->cursorItem()->time();
-}
-
-void WaveMonitorWidget::gotoCursor()
-{
-    jump(cursorTime());
-}
-
-void WaveMonitorWidget::gotoTime0()
-{
-    jump(0);
-}
-
-void WaveMonitorWidget::gotoLastTime()
-{
-    jump(m_rulerView->cursorItem()->length() - 1);
-}
-
-void WaveMonitorWidget::moveCursor(int time)
-{
-    m_rulerView->cursorItem()->setTime(time);
-    onUpdateCursorTime();
-    jump(cursorTime());
-    m_waveView->scene()->update();
-    m_waveView->viewport()->update();
-    Q_EMIT updateMarkerAct();
-}
-
-void WaveMonitorWidget::previousTransition()
-{
-    moveCursor(m_treeView->getPreviousTransition(cursorTime()));
-}
-
-void WaveMonitorWidget::nextTransition()
-{
-    moveCursor(m_treeView->getNextTransition(cursorTime()));
-}
-
-TimeMarks WaveMonitorWidget::marks() const
-{
-    m_waveView->updateMarkerOrTrigerPos();
-    TimeMarks marks = m_waveView->marks();
-    for (TimeSliderData const* marker : m_rulerView->timeMarkers())
-        marks.insert(marker->time()); // the wave view may not have heard of it yet
-    return marks;
-}
-
-void WaveMonitorWidget::addMarker()
-{
-    int const free = marks().firstFree(cursorTime());
-    if (free >= 0)
-        m_rulerView->addMarker(free);
-}
-
-void WaveMonitorWidget::previousMarker()
-{
-    int const time = marks().previous(cursorTime());
-    if (time >= 0)
-        moveCursor(time);
-}
-
-void WaveMonitorWidget::nextMarker()
-{
-    int const time = marks().next(cursorTime());
-    if (time >= 0)
-        moveCursor(time);
-}
-
-void WaveMonitorWidget::deleteAllMarkers()
-{
-    m_rulerView->deleteAllMarker();
-}
-
-void WaveMonitorWidget::onUpdateCursorTime()
-{
-    m_model->setCurrentTime(cursorTime());
 }
 
 } // namespace WaveMonitor

@@ -25,6 +25,15 @@ class SignalTreeView;
 class TimeMarks;
 class WaveView;
 
+/// Where a user of a monitor stands, for a host that keeps it. Times count in samples.
+struct ViewState
+{
+    int cursorTime = 0;
+    QList<int> markerTimes; ///< The active one first.
+    double zoomRate = 1.0;
+    double leftTime = 0.0; ///< At the left edge of the waves; may lie within a sample.
+};
+
 /// A monitor as a host embeds it: the tree of rows, the ruler and the waves, which scroll, zoom and
 /// select together. The host gives it a capture, row by row or as a "Window" element, and saves and
 /// restores it; everything else happens through the context menus inside.
@@ -99,6 +108,22 @@ public:
     /// Takes column widths, layout, format and zoom; null is ignored.
     void setWindowConfig(DrawConfig* config);
 
+    int cursorTime() const;
+
+    /// Moves the cursor, held within the samples, without scrolling to it.
+    void setCursorTime(int time);
+
+    /// The times of the markers, the active one first.
+    QList<int> markerTimes() const;
+
+    /// Replaces all markers; times are held within the samples.
+    void setMarkerTimes(QList<int> const& times);
+
+    /// What a session may keep beside `save`, and a host may put back over other samples. It needs
+    /// the samples in place and takes effect at once, also before the monitor is shown.
+    ViewState viewState() const;
+    void setViewState(ViewState const& state);
+
     double zoomRate() const { return m_zoomRate; }
 
     /// Stores the rate and tells nobody; `zoomTo` zooms. Ignored unless finite and above 0.
@@ -123,6 +148,10 @@ public:
 
 Q_SIGNALS:
     void updateMarkerAct();
+
+    /// The user, or the host by calling such an operation, has edited the arrangement of the rows:
+    /// what `saveLayout` gives is another one now. See `SignalTreeModel::layoutEdited`.
+    void layoutEdited();
 
 public Q_SLOTS:
     void zoomIn();
@@ -154,7 +183,6 @@ private:
     void makeViews();
     void layOut();
     void dataChanged();
-    int cursorTime() const;
     void moveCursor(int time);
     TimeMarks marks() const;
 

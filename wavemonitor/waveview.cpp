@@ -82,6 +82,13 @@ void WaveView::hScrollBarValueChanged(int)
     NotificationCenter::shared()->postEvent(new Notification(HorizontalScrollChanged, this), this);
 }
 
+void WaveView::showEvent(QShowEvent* event)
+{
+    int const left = horizontalScrollBar()->value();
+    QGraphicsView::showEvent(event); // would put the middle back that a hidden view had
+    horizontalScrollBar()->setValue(left);
+}
+
 void WaveView::setZoomRate(double rate)
 {
     if (!std::isfinite(rate) || rate <= 0.0 || rate == m_zoomRate) {
@@ -116,6 +123,14 @@ void WaveView::zoomForRect(QRect rect)
     setZoomRate(
         clampedZoomRate(static_cast<double>(viewport()->width()) / rect.width() * m_zoomRate));
     ensureVisible(region, 0, 0);
+}
+
+void WaveView::scrollTo(double time)
+{
+    double const left = time * kSampleWidth * m_zoomRate;
+    double const most = horizontalScrollBar()->maximum();
+    horizontalScrollBar()->setValue(left > 0.0 ? qRound(std::min(left, most))
+                                               : 0); // not a number: 0
 }
 
 void WaveView::jump(int time)

@@ -82,6 +82,9 @@ public:
 
     int horizontalScrollBarValue() const;
 
+    /// Puts a time, in samples, at the left edge, as far as the samples go.
+    void scrollTo(double time);
+
     /// Centres the view on that sample; the vertical scroll position stays.
     void jump(int time);
 
@@ -128,6 +131,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     enum class Layout { Update, Rearrange, Rebuild };

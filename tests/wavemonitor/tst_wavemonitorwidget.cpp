@@ -11,6 +11,8 @@
 #include <QMenu>
 #include <QSplitter>
 
+#include <functional>
+
 using namespace WaveMonitor;
 
 class TestWaveMonitorWidget : public QObject
@@ -282,6 +284,105 @@ private Q_SLOTS:
         QCOMPARE(other.waves()->sceneRect().width(), 3 * MonitorRig::Samples * 50.0);
         other.select({other.row(2)});
         QCOMPARE(other.tree()->getNextTransition(110), 300);
+    }
+
+    /// Over fewer samples and back, also in a monitor that was never shown.
+    void viewStateIsPutBack()
+    {
+        MonitorRig rig;
+        rig.widget->zoomTo(2);
+        rig.widget->setMarkerTimes({150, 20, 190});
+        MonitorRig::settle();
+        rig.widget->setCursorTime(120);
+        rig.widget->jump(120);
+        ViewState const state = rig.widget->viewState();
+        QCOMPARE(state.markerTimes, (QList<int>{150, 20, 190}));
+        int const left = rig.waves()->horizontalScrollBar()->value();
+        auto const verify = [&](WaveMonitorWidget& monitor) {
+            QCOMPARE(monitor.cursorTime(), 120);
+            QCOMPARE(monitor.markerTimes(), state.markerTimes);
+            QVERIFY(monitor.rulerView()->timeMarker()->item()->isMain());
+            QCOMPARE(monitor.zoomRate(), 2.0);
+            QCOMPARE(monitor.waveView()->horizontalScrollBar()->value(), left);
+        };
+        QList<QBitArray> whole;
+        QList<QBitArray> half;
+        for (SignalElement const* element : rig.model()->signalElements()) {
+            whole.append(element->data);
+            half.append(element->data);
+            half.last().truncate(100);
+        }
+        rig.widget->updataWaveDatas(half);
+        QCOMPARE(rig.widget->markerTimes(), (QList<int>{99, 20, 99}));
+        rig.widget->updataWaveDatas(whole);
+        rig.widget->setViewState(state);
+        verify(*rig.widget);
+        MonitorRig::settle();
+        verify(*rig.widget);
+        QCOMPARE(rig.widget->rulerView()->horizontalScrollBar()->value(), left);
+
+        QDomDocument document;
+        QDomElement window = rig.widget->save(document);
+        window.setAttribute("index", 0);
+        WaveMonitorWidget opened(9);
+        opened.restore(window);
+        opened.setViewState(state);
+        opened.resize(rig.widget->size());
+        opened.show();
+        MonitorRig::settle();
+        verify(opened);
+        opened.setViewState({-1, {}, qQNaN(), qQNaN()});
+        QCOMPARE(opened.cursorTime(), 0);
+        QCOMPARE(opened.zoomRate(), 2.0);
+    }
+
+    /// Whatever changes what is saved tells so, and what comes with data does not.
+    void editsAreTold()
+    {
+        MonitorRig rig;
+        QSignalSpy edited(rig.widget.get(), &WaveMonitorWidget::layoutEdited);
+        auto const layout = [&] {
+            QDomDocument document;
+            document.appendChild(rig.widget->saveLayout(document));
+            return document.toString(-1);
+        };
+        auto* const tree = rig.tree();
+        auto const select = [&](int row) { rig.select({rig.row(row)}); };
+        std::pair<char const*, std::function<void()>> const edits[] = {
+            {"colour", [&] { select(1), tree->onWaveColorSetted(0xff0000); }},
+            {"format", [&] { select(0), tree->onDataFormatSetted(DataFormat::Octal); }},
+            {"short", [&] { select(0), tree->onShortName(); }},
+            {"long", [&] { select(0), tree->onLongName(); }},
+            {"rename", [&] { rig.model()->setData(rig.row(1), "c"); }},
+            {"original", [&] { select(1), tree->onRestoreOrgName(); }},
+            {"reverse", [&] { select(0), tree->onReverse(); }},
+            {"divider", [&] { tree->onNewDivider(); }},
+            {"delete", [&] { select(0), tree->onDeleteDivider(); }},
+            {"move", [&] { rig.model()->append2Parent({rig.row(0)}, {}); }},
+            {"group",
+             [&] {
+                 rig.select({rig.row(0), rig.row(1)}), tree->onGroupBus();
+             }},
+            {"ungroup", [&] { select(0), tree->onUngroupBus(); }},
+        };
+        for (auto const& [what, edit] : edits) {
+            QString const before = layout();
+            edited.clear();
+            edit();
+            QVERIFY2(layout() != before, what);
+            QVERIFY2(!edited.isEmpty(), what);
+        }
+        edited.clear();
+        rig.model()->setData(rig.row(1), rig.text(rig.row(1)));
+        rig.widget->addData(MonitorRig::signal(7, "more", [](int) { return true; }));
+        QDomDocument document;
+        rig.widget->restoreLayout(rig.widget->saveLayout(document));
+        QDomElement window = rig.widget->save(document);
+        window.setAttribute("index", 0);
+        rig.widget->restore(window);
+        rig.select({});
+        tree->onWaveColorSetted(0);
+        QVERIFY(edited.isEmpty());
     }
 
     void startsEmpty()
