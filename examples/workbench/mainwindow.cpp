@@ -22,6 +22,8 @@
 #include <QTimer>
 #include <QToolBar>
 
+#include <algorithm>
+
 using namespace VEK;
 using WaveMonitor::WaveMonitorWidget;
 
@@ -124,6 +126,10 @@ void MainWindow::addTabs(QString const& name, int core, QWidget* panel)
     auto* const monitor = new WaveMonitorWidget(m_monitors);
     monitor->setTitle(0, core);
     m_monitors->addTab(monitor, name);
+    connect(monitor, &WaveMonitorWidget::layoutEdited, this, [this] {
+        m_hasEditedRows = true;
+        updateTitle();
+    });
 }
 
 WaveMonitorWidget* MainWindow::monitor(int core) const
@@ -232,16 +238,16 @@ void MainWindow::replaceSamples(int core, QList<WaveMonitor::SignalData> const& 
 {
     WaveMonitorWidget* const target = monitor(core);
     KeptView kept;
-    kept.before = MonitorView::of(*target);
+    kept.before = target->viewState();
     QList<QBitArray> data;
     for (WaveMonitor::SignalData const& signal : samples)
         data << signal.data;
     target->updataWaveDatas(data);
-    kept.after = MonitorView::of(*target);
+    kept.after = target->viewState();
     int const trigger = triggerPosition(core);
     if (target->model()->triggerPosition() != trigger) {
         target->setTriggerPosition(trigger);
-        kept.before.cursor = trigger;
+        kept.before.cursorTime = trigger;
     }
     m_kept.insert(core, kept);
 }
@@ -252,14 +258,19 @@ void MainWindow::putViewBack(int core)
     if (!m_kept.contains(core))
         return;
     KeptView const kept = m_kept.take(core);
-    MonitorView view = MonitorView::of(*monitor(core));
-    if (view.cursor == kept.after.cursor)
-        view.cursor = kept.before.cursor;
-    if (view.markers == kept.after.markers)
-        view.markers = kept.before.markers;
-    if (view.scroll == kept.after.scroll)
-        view.scroll = kept.before.scroll;
-    view.show(*monitor(core));
+    WaveMonitor::ViewState view = monitor(core)->viewState();
+    if (view.cursorTime == kept.after.cursorTime)
+        view.cursorTime = kept.before.cursorTime;
+    if (view.markerTimes == kept.after.markerTimes)
+        view.markerTimes = kept.before.markerTimes;
+    if (view.leftTime == kept.after.leftTime)
+        view.leftTime = kept.before.leftTime;
+    int const length = monitor(core)->model()->timeLength(); // less, if windows did not come
+    QList<int>& times = view.markerTimes;
+    times.erase(
+        std::remove_if(times.begin(), times.end(), [&](int time) { return time >= length; }),
+        times.end());
+    monitor(core)->setViewState(view);
 }
 
 void MainWindow::onEnded(bool ok, QString const& message)
@@ -309,6 +320,7 @@ void MainWindow::say(QString const& message, bool isError)
 void MainWindow::grab(QString const& folder)
 {
     m_grabFolder = folder;
-    resize(DefaultSize);                           // whatever the screen
+    resize(DefaultSize); // whatever the screen
+    widenCores();
     QTimer::singleShot(0, this, &MainWindow::run); // once there is an event loop to end
 }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/capture.h"
-#include "workbench/monitorview.h"
 
 #include <QFileSystemWatcher>
 #include <QHash>
@@ -21,9 +21,6 @@ class QVBoxLayout;
 
 namespace VEK {
 class VekProgrammerWidget;
-}
-namespace WaveMonitor {
-class WaveMonitorWidget;
 }
 
 /// The window of the workbench: a wave monitor for each core in the middle, and around it the
@@ -57,13 +54,13 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    static constexpr QSize DefaultSize{1480, 860};
+    static constexpr QSize DefaultSize{1640, 900};
 
     /// How a monitor was looked at before a new capture, and after its first window.
     struct KeptView
     {
-        MonitorView before;
-        MonitorView after;
+        WaveMonitor::ViewState before;
+        WaveMonitor::ViewState after;
     };
 
     // what the window consists of (mainwindowparts.cpp)
@@ -91,7 +88,7 @@ private:
     bool save();
     bool saveSession();
     QByteArray configuration();
-    QByteArray arrangement() const;
+    QList<QList<int>> markers() const;
     void exportWindow(QString const& format);
     bool writeVcd(QIODevice& file, int core, QDomElement const& window) const;
     void onFileChanged();
@@ -123,12 +120,13 @@ private:
     Capture m_capture;
     QString m_path;
     QByteArray m_savedConfiguration;
-    QByteArray m_savedArrangement;
-    bool m_hasNewCapture = false; ///< One that is in no session file.
-    bool m_isNewerOnDisk = false; ///< The open file has changed since it was read or written.
-    QTimer m_titleTimer;          ///< From what a user does to a look at what it changed.
-    QHash<int, int> m_fitted;     ///< Samples that the waves of a core were last fitted to.
-    QHash<int, KeptView> m_kept;  ///< Of cores whose earlier windows have come, the later not.
+    QList<QList<int>> m_savedMarkers; ///< By core.
+    bool m_hasEditedRows = false;     ///< Since they were in a file.
+    bool m_hasNewCapture = false;     ///< One that is in no session file.
+    bool m_isNewerOnDisk = false;     ///< The open file has changed since it was read or written.
+    QTimer m_titleTimer;              ///< From what a user does to a look at what it changed.
+    QHash<int, int> m_fitted;         ///< Samples that the waves of a core were last fitted to.
+    QHash<int, KeptView> m_kept;      ///< Of cores whose earlier windows have come, the later not.
     QFileSystemWatcher m_watcher;
     QString m_grabFolder;
 

@@ -81,7 +81,8 @@ void MainWindow::noteSaved()
 {
     dropBanner();
     m_savedConfiguration = configuration();
-    m_savedArrangement = arrangement();
+    m_savedMarkers = markers();
+    m_hasEditedRows = false;
     m_hasNewCapture = false;
     updateTitle();
 }
@@ -101,11 +102,10 @@ void MainWindow::showSession(QString const& path)
         QDomElement const position = saved.window.firstChildElement(DOM_TAG_TRIGGER_POSITION);
         target->setWindowsNum(position.attribute(DOM_ATTR_TRIGGER_SEGMENTS).toInt());
         target->restore(saved.window);
-        QDomElement const view = saved.window.firstChildElement(ViewTag);
-        if (view.isNull())
-            target->zoomFit();
+        if (saved.hasView)
+            target->setViewState(saved.view);
         else
-            MonitorView::read(view).show(*target);
+            target->zoomFit();
         m_fitted[saved.core] = target->model()->timeLength();
     }
 }
@@ -118,19 +118,12 @@ QByteArray MainWindow::configuration()
                                 : writeVekConfigToString(m_capture.cores()).toLatin1();
 }
 
-/// What a user has made of the captures: rows, buses and markers.
-QByteArray MainWindow::arrangement() const
+QList<QList<int>> MainWindow::markers() const
 {
-    QDomDocument document;
-    QDomElement all = document.createElement(QStringLiteral("Arrangement"));
-    document.appendChild(all);
-    for (int core = 0; core < m_monitors->count(); ++core) {
-        all.appendChild(monitor(core)->saveLayout(document));
-        MonitorView marks;
-        marks.markers = MonitorView::of(*monitor(core)).markers;
-        all.appendChild(marks.save(document));
-    }
-    return document.toByteArray();
+    QList<QList<int>> markers;
+    for (int core = 0; core < m_monitors->count(); ++core)
+        markers << monitor(core)->markerTimes();
+    return markers;
 }
 
 /// In words, one for each kind.
@@ -143,7 +136,7 @@ QStringList MainWindow::unsavedWork()
         unsaved << QStringLiteral("The configuration was changed.");
     if (m_hasNewCapture)
         unsaved << QStringLiteral("The capture is in no session file yet.");
-    else if (arrangement() != m_savedArrangement)
+    else if (m_hasEditedRows || markers() != m_savedMarkers)
         unsaved << QStringLiteral("Rows or markers were changed.");
     return unsaved;
 }
@@ -222,11 +215,8 @@ bool MainWindow::saveSessionAs(QString const& path)
     QDomDocument document;
     QList<SavedWindow> windows;
     for (int core = 0; core < m_monitors->count(); ++core) {
-        if (monitor(core)->model()->timeLength() == 0)
-            continue;
-        QDomElement const window = monitor(core)->save(document);
-        QDomElement(window).appendChild(MonitorView::of(*monitor(core)).save(document));
-        windows.append({core, window});
+        if (monitor(core)->model()->timeLength() > 0)
+            windows.append({core, monitor(core)->save(document), true, monitor(core)->viewState()});
     }
     m_watcher.removePath(m_path); // it may be the one
     QString error;

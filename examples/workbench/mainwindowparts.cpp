@@ -32,7 +32,6 @@ using WaveMonitor::WaveMonitorWidget;
 namespace {
 
 constexpr int MostRecentFiles = 8;
-constexpr int LeastMonitorWidth = 600;
 constexpr int NestedLayouts = 3; ///< Around the table of a core's panel.
 QString const RecentKey = QStringLiteral("recentFiles");
 QString const GeometryKey = QStringLiteral("geometry");
@@ -198,21 +197,21 @@ void MainWindow::about()
                            .arg(QApplication::applicationVersion()));
 }
 
-/// Once wide enough for the tables of match units, which beats any width given in pixels. The
-/// user's own width stays.
+/// Once wide enough for the tables of match units, but not much more than half of the window.
+/// The user's own width stays.
 void MainWindow::widenCores()
 {
-    int width = 0;
-    for (auto const* table : m_cores->findChildren<QTableView*>())
-        width = qMax(width, table->horizontalHeader()->length() + 2 * table->frameWidth() +
-                                table->verticalScrollBar()->sizeHint().width());
-    if (m_hasOwnDocks || width == 0)
+    int table = 0;
+    for (auto const* view : m_cores->findChildren<QTableView*>())
+        table = qMax(table, view->horizontalHeader()->length() + 2 * view->frameWidth() +
+                                view->verticalScrollBar()->sizeHint().width());
+    if (m_hasOwnDocks || table == 0)
         return;
     int const margins = NestedLayouts * (style()->pixelMetric(QStyle::PM_LayoutLeftMargin) +
                                          style()->pixelMetric(QStyle::PM_LayoutRightMargin));
-    resizeDocks({m_coresDock}, {qMin(width + margins, this->width() - LeastMonitorWidth)},
-                Qt::Horizontal);
-    m_hasOwnDocks = true;
+    int const most = width() * 3 / 5;
+    resizeDocks({m_coresDock}, {qMin(table + margins, most)}, Qt::Horizontal);
+    m_hasOwnDocks = table + margins <= most;
 }
 
 void MainWindow::restoreState()
