@@ -53,8 +53,15 @@ bool Bridge::load(QString& error)
     if (m_bench.device.isEmpty() || m_bench.design.isEmpty())
         return true;
     m_chip = buildChip(m_bench, error);
-    m_isBroken = m_isBroken || !m_chip;
+    if (!m_chip)
+        setBroken(error);
     return m_chip != nullptr;
+}
+
+void Bridge::setBroken(QString const& reason)
+{
+    m_isBroken = true;
+    m_reason = reason;
 }
 
 bool Bridge::serve(CmdPack const& request, CmdPack& reply)
@@ -62,8 +69,15 @@ bool Bridge::serve(CmdPack const& request, CmdPack& reply)
     QString const command = request.value(Protocol::Key::Cmd).toString();
     reply.clear();
     copy(request, reply, {Protocol::Key::RequestId, Protocol::Key::DataRequestId});
+    auto const tell = [&reply](QString const& reason) {
+        if (!reason.isEmpty())
+            reply.insert(Protocol::Key::Reason, reason);
+    };
     if (command == Protocol::Cmd::Open) {
-        reply.insert(Protocol::Key::Res, open(request));
+        int const result = open(request);
+        reply.insert(Protocol::Key::Res, result);
+        if (result == OpenResult::BrokenBench)
+            tell(m_reason);
         return true;
     }
     if (command == Protocol::Cmd::Query) {
@@ -74,6 +88,8 @@ bool Bridge::serve(CmdPack const& request, CmdPack& reply)
     if (command == Protocol::Cmd::Read && m_isOpen) {
         copy(request, reply, {Protocol::Key::SectionCount, Protocol::Key::Window});
         reply.insert(Protocol::Key::Data, read(request.value(Protocol::Key::Size).toInt()));
+        if (request.value(Protocol::Key::Oprate) == Protocol::Oprate::ReadStartReg)
+            tell(m_chip->reason());
         return true;
     }
     // The widths of WRITE_INFOR are what the chip was built with; it needs no telling.

@@ -15,7 +15,7 @@ namespace OpenResult {
 constexpr int Opened = 0;
 constexpr int NoDevice = -1;      ///< No device, or not the cable that was asked for.
 constexpr int NoBitstream = -20;  ///< A device without a design, or an empty desk.
-constexpr int BrokenBench = -100; ///< The bench can't be used; standard error tells why.
+constexpr int BrokenBench = -100; ///< The bench can't be used; "REASON" tells why.
 } // namespace OpenResult
 
 /// What a server makes of requests: it owns the desk and the chip, but no socket.
@@ -28,10 +28,10 @@ public:
     ~Bridge();
 
     /// Builds the chip. May take a while for a large stimulus. False with an `error` for a bench
-    /// that can't be used; requests are served all the same.
+    /// that can't be used; requests are served all the same, and OPEN tells the error.
     bool load(QString& error);
-    /// Makes every OPEN answer that the bench can't be used.
-    void setBroken() { m_isBroken = true; }
+    /// Makes every OPEN answer that the bench can't be used, for this reason.
+    void setBroken(QString const& reason);
 
     /// Serves one request. True when there is a `reply`; it carries the ids of the request.
     bool serve(CmdPack const& request, CmdPack& reply);
@@ -46,6 +46,7 @@ private:
     QStringList m_kinds;
     std::unique_ptr<Chip> m_chip;
     bool m_isBroken = false;
+    QString m_reason; ///< What OPEN tells about the bench; may be empty.
     bool m_isOpen = false;
 };
 

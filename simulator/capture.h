@@ -62,6 +62,9 @@ public:
     /// the next sample the trigger's, and in each further window the first one.
     bool run(bool force);
 
+    quint32 windowsDone() const { return m_window; }
+    quint32 windows() const { return m_setup.windows; }
+
 private:
     void beginWindow();
     bool findTrigger(bool force);

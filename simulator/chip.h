@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QBitArray>
+#include <QString>
 
 namespace VEK::Simulator {
 
@@ -17,6 +18,8 @@ public:
     virtual void write(QBitArray const& word) = 0;
     /// `size` bits (0 or more) of what was selected last, right-justified.
     virtual QBitArray read(int size) = 0;
+    /// Why what was selected last will not be done by itself, in words; empty while it may be.
+    virtual QString reason() const { return QString(); }
 };
 
 } // namespace VEK::Simulator

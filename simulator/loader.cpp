@@ -87,10 +87,19 @@ void printCables(Bench const& bench, bool onlyWinUsb, QIODevice& out)
         print(out, cableLine(cable));
 }
 
+/// The kind of the cable to be used: without a number that of the only cable on the desk, if it
+/// is the only one.
+QString kindOfRequest(Bench const& bench, Request const& request)
+{
+    if (!request.has("cable-index") && bench.cables.size() == 1)
+        return bench.cables.first().kind;
+    return kindOfNumber(request.number("cable-index"));
+}
+
 /// Whether the cable is plugged in, at the location if one is asked for.
 bool hasCable(Bench const& bench, Request const& request)
 {
-    QString const kind = kindOfNumber(request.number("cable-index"));
+    QString const kind = kindOfRequest(bench, request);
     for (BenchCable const& cable : cablesInSight(bench, {kind}))
         if (!request.has("location") || !bench.listsCables ||
             cable.location == request.number("location"))

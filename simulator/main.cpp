@@ -78,7 +78,7 @@ int main(int argc, char* argv[])
                 : !server.listenTcp(quint16(identity.port), error))
         return refuse(error);
     if (!isReadable)
-        bridge.setBroken();
+        bridge.setBroken(error);
     else if (!bridge.load(error))
         refuse(error);
     return QCoreApplication::exec();

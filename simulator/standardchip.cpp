@@ -58,6 +58,11 @@ void StandardChip::select(QBitArray const& word)
     }
 }
 
+QString StandardChip::reason() const
+{
+    return m_selected ? m_selected->reason() : QString();
+}
+
 QBitArray StandardChip::read(int size)
 {
     return m_selected ? m_selected->read(size) : QBitArray(size, true);

@@ -19,6 +19,7 @@ public:
     void powerUp() override;
     void write(QBitArray const& word) override;
     QBitArray read(int size) override;
+    QString reason() const override;
 
 private:
     void select(QBitArray const& word);

@@ -173,6 +173,18 @@ QBitArray StandardCore::read(int size) const
     return bits;
 }
 
+QString StandardCore::reason() const
+{
+    if (!m_isRunning) // otherwise a capture has run to the end of the stimulus
+        return QString();
+    return QStringLiteral("core %1: the stimulus has ended, after %2 samples, without a trigger "
+                          "(windows that have triggered: %3 of %4)")
+        .arg(m_built.index)
+        .arg(m_samples.rowCount())
+        .arg(m_capture->windowsDone())
+        .arg(m_capture->windows());
+}
+
 QBitArray StandardCore::registerContent() const
 {
     if (m_address == Register::Start)

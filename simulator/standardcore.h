@@ -22,6 +22,8 @@ public:
     void write(QBitArray const& word);
     /// `size` bits of the register or of the burst that was selected last, right-justified.
     QBitArray read(int size) const;
+    /// That the stimulus has ended without a trigger; empty while nobody waits for one.
+    QString reason() const;
 
 private:
     void writeRegister(unsigned address, QBitArray const& field);

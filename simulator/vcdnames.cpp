@@ -45,6 +45,8 @@ void VcdNames::want(QString const& name)
 
 void VcdNames::visit(VcdVariable const& variable)
 {
+    if (variable.isBits)
+        m_declared.add(variable.path);
     QByteArray const key = tail(variable.path);
     for (auto it = m_byTail.constFind(key); it != m_byTail.constEnd() && it.key() == key; ++it) {
         Wanted& wanted = m_wanted[std::size_t(it.value())];
@@ -106,8 +108,33 @@ QString VcdNames::problems() const
                     .arg(name, QString::fromUtf8(match.path), QString::fromUtf8(match.rival)));
     }
     if (!missing.isEmpty())
-        texts.prepend(QStringLiteral("it has no %1").arg(missing.join(QStringLiteral(", "))));
+        texts =
+            QStringList(QStringLiteral("it has no %1").arg(missing.join(QStringLiteral(", ")))) +
+            hints() + texts;
     return texts.join(QStringLiteral("; "));
+}
+
+/// What the first missing names may have meant; one hint for all bits of a vector.
+QStringList VcdNames::hints() const
+{
+    constexpr int MaxHints = 8; // a wrong scope misses them all
+    QStringList hints;
+    QByteArray last;
+    for (Wanted const& wanted : m_wanted) {
+        QByteArray const& name = wanted.base.isEmpty() ? wanted.full : wanted.base;
+        if (wanted.match.bit.code >= 0 || wanted.unfit || name.isEmpty() || name == last)
+            continue;
+        last = name;
+        QStringList nearest;
+        for (QByteArray const& path : m_declared.nearest(name))
+            nearest.append(QString::fromUtf8(path));
+        if (!nearest.isEmpty())
+            hints.append(QStringLiteral("nearest to %1: %2")
+                             .arg(QString::fromUtf8(name), nearest.join(QStringLiteral(", "))));
+        if (hints.size() == MaxHints)
+            break;
+    }
+    return hints;
 }
 
 } // namespace VEK::Simulator

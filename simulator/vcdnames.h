@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/nearestnames.h"
 #include "simulator/vcdreader.h"
 
 #include <QByteArray>
@@ -34,7 +35,8 @@ public:
 
     /// One entry for each wanted name, in their order.
     std::vector<VcdBit> bits() const;
-    /// What is wrong with the names that have no answer, each one named; empty when all have one.
+    /// What is wrong with the names that have no answer, each one named, the first ones that are
+    /// missing with the nearest that are there; empty when all have one.
     QString problems() const;
 
 private:
@@ -55,9 +57,11 @@ private:
     };
 
     void offer(Wanted& wanted, VcdVariable const& variable, QByteArray const& name, bool hasIndex);
+    QStringList hints() const;
 
     std::vector<Wanted> m_wanted;
     QMultiHash<QByteArray, int> m_byTail; ///< Places in `m_wanted` by last part of the path.
+    NearestNames m_declared;
 };
 
 } // namespace VEK::Simulator

@@ -143,7 +143,7 @@ private slots:
             QVERIFY(!desk.isSound);
             QCOMPARE(desk.error, desk.files.path("d.vek") + ": " + row[1]);
             QVERIFY(desk.serve(DeskFiles::request("OPEN")));
-            QCOMPARE(desk.reply.value("RES").toInt(), -100);
+            QCOMPARE(desk.reply, (CmdPack{{"RES", -100}, {"REASON", desk.error}}));
             QVERIFY(!desk.serve(DeskFiles::request("READ", "READ_START_REG", "", 16)));
         }
     }
@@ -153,10 +153,11 @@ private slots:
         char const* const rows[][2] = {
             // values from the trigger on, or the error
             {R"("vcd": "s.vcd", "scope": "tb")", "30123012"},
-            {R"("vcd": "s.vcd", "scope": "dut")", "it has no dut.clk, dut.d[1], dut.d[0]"},
+            {R"("vcd": "s.vcd", "scope": "dut")", "it has no dut.clk, dut.d[1], dut.d[0]; nearest "
+                                                  "to dut.clk: tb.clk; nearest to dut.d: tb.d"},
             {R"("vcd": "s.vcd", "signals": {"d": "tb.other"})", "32103210"},
             {R"("vcd": "s.vcd", "signals": {"d[0]": "other[1]"})", "32013201"},
-            {R"("vcd": "s.vcd", "clock": "c")", "it has no c"},
+            {R"("vcd": "s.vcd", "clock": "c")", "it has no c; nearest to c: tb.clk"},
             {R"("vcd": ".")", "file to open is a directory"},
             {R"("pattern": "counter", "samples": 6)", "30111111"}};
         for (auto const& row : rows) {
@@ -194,6 +195,44 @@ private slots:
         }
         for (char const* command : {"WRITE_INFOR", "", "CLOSE", "READ"})
             QVERIFY(!desk.serve(DeskFiles::request(command)));
+    }
+
+    /// A core that waits for a trigger which can't come any more says so, others do not.
+    void endOfStimulus()
+    {
+        Desk desk(Members + R"(, "stimulus": {"pattern": "counter", "samples": 3})");
+        CmdPack const start = DeskFiles::request("WRITE", "", "01101" + QByteArray(16, '0'));
+        CmdPack const read = DeskFiles::request("READ", "READ_START_REG", "", 16);
+        auto const reason = [&] {
+            desk.serve(start);
+            desk.serve(read);
+            return desk.reply.value("REASON").toString();
+        };
+        QVERIFY(desk.serve(DeskFiles::request("OPEN")));
+        QList<CmdPack> const requests = DeskFiles::capture();
+        for (int i = 0; i < requests.size() - 2; ++i) { // without the read of the memory
+            QCOMPARE(reason(), QString());
+            desk.serve(requests.at(i));
+        }
+        QCOMPARE(reason(), QString("core 0: the stimulus has ended, after 3 samples, without a "
+                                   "trigger (windows that have triggered: 0 of 1)"));
+        desk.serve(DeskFiles::request("WRITE", "", "01001" + QByteArray(30, '0') + "11"));
+        QCOMPARE(reason(), QString()); // forced
+    }
+
+    /// The only cable is taken without a number; of several the first kind is meant.
+    void cableOfTheLoader()
+    {
+        for (bool const single : {true, false}) {
+            Bench bench;
+            QString error;
+            QVERIFY(parseBench(QByteArray(R"({"cables": [{"kind": "FT2CH", "location": 2})") +
+                                   (single ? "" : R"(, {"kind": "LPT"})") + "]}",
+                               "/", bench, error));
+            QBuffer out;
+            out.open(QIODevice::ReadWrite);
+            QCOMPARE(runLoader(bench, {"--scan", "--location", "2"}, out), single ? 0 : 1);
+        }
     }
 
     void patterns()

@@ -143,8 +143,9 @@ private:
             "wire 4 b m[2] [3:0] $end $var wire 4 c m[3] [3:0] $end $var wire 1 d f[9]",
             "b1010 b 1d", "101");
         add("s[0] s", "wire 1 d s", "1d", "11");
-        add("v[4] x w[0]", "wire 4 b v [3:0]", "",
-            "it has no x, w[0]; v[4] is not one bit of its variable");
+        add("v[4] xclk cont[1] cont[0]", "wire 4 b v [3:0] $end $var wire 2 d Count[1:0]", "",
+            "it has no xclk, cont[1], cont[0]; nearest to xclk: t.clk; nearest to cont: t.Count; "
+            "v[4] is not one bit of its variable");
         add("r", "real 1 r r", "", "r is not one bit of its variable");
         add("s", "wire 1 c s $end $scope module b $end $var wire 1 d t.s", "",
             "s may be t.s or t.b.t.s (the whole path or a scope tells)");
