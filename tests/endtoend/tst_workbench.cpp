@@ -268,6 +268,9 @@ private slots:
             QVERIFY(first.open(setup));
             first.run();
             QVERIFY2(first.messages().endsWith("Capture complete."), qPrintable(first.messages()));
+            first.showTab(core == 1 ? "Core 1" : "Lite Core");
+            for (auto* const tabs : first.findChildren<QTabWidget*>())
+                QCOMPARE(tabs->currentIndex(), core);
             first.exportWindowAs(path("first.csv"), core, 0);
             QVERIFY(first.saveSessionAs(path("session.rsx")));
             first.exportWindowAs(path("no/such/folder.csv"), core, 0);
@@ -321,6 +324,7 @@ private slots:
         auto const isOver = [&] { return run->isEnabled(); };
 
         run->trigger();
+        QTRY_VERIFY(window.messages().contains("the stimulus has ended"));
         window.action("&Force Trigger")->trigger();
         QTRY_VERIFY_WITH_TIMEOUT(isOver(), 20000);
         QCOMPARE(window.monitor()->model()->timeLength(), 512);
@@ -402,6 +406,19 @@ private slots:
         for (auto* const action : next.findChildren<QAction*>())
             gone = action->text() == broken ? action : gone;
         QVERIFY(!gone);
+    }
+
+    void unusableBench()
+    {
+        QString const setup = layDemo("bus/bus-stall");
+        qputenv("VEK_BENCH",
+                write("bench.json", R"({"device": "TK-503", "design": "none"})").toUtf8());
+        Window window;
+        QVERIFY(window.open(setup));
+        window.run();
+        QString const reason = "Error: The server reports device error -100. " + path("none");
+        QVERIFY2(window.messages().contains(reason), qPrintable(window.messages()));
+        window.close(); // with its server
     }
 
     void troubles()
