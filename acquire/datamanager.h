@@ -24,6 +24,9 @@ class DataManager : public QObject
 public:
     ~DataManager() override;
 
+    /// Samples in a section of a memory read at most, so that a frame stays small.
+    static constexpr int SectionSamples = 128;
+
     ANALYZER_STATUS status() const { return m_status; }
     /// Sets the status and emits `statusChanged`.
     void setStatus(ANALYZER_STATUS status);
@@ -109,9 +112,6 @@ protected:
     /// The pause before a section, in which replies come in. False when the manager did not
     /// survive it.
     bool pauseForReplies();
-
-    /// Samples in a section at most, so that a frame stays small.
-    static constexpr int SectionSamples = 128;
 
     /// One section of a memory read, as the server is asked for it.
     struct Section

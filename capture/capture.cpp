@@ -5,12 +5,28 @@
 #include "acquire/samples.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
+#include "model/signallist.h"
 #include "model/vekfile.h"
 
 #include <QFile>
 #include <QTimer>
 
+#include <algorithm>
+
 using namespace VEK;
+
+namespace {
+
+/// Whether each section of a window has all the bits that were asked for, of `depth` samples. A
+/// short one in the middle would move all that is behind it.
+bool isWhole(QList<QBitArray> const& sections, int width, int depth)
+{
+    int const bits = width * std::min(depth, DataManager::SectionSamples);
+    return std::all_of(sections.begin(), sections.end(),
+                       [bits](QBitArray const& section) { return section.size() == bits; });
+}
+
+} // namespace
 
 Capture::Capture(QObject* parent) : QObject(parent)
 {}
@@ -47,6 +63,9 @@ bool Capture::open(QString const& path, QString& error)
     else
         connect(m_lite.get(), &VekLiteDataManager::readRamComplete, this, &Capture::onLiteWindow);
     connect(manager(), &DataManager::triggerComplete, this, &Capture::onComplete);
+    // queued: a reason for which the run ends is a part of its end
+    connect(manager(), &DataManager::deviceReasonChanged, this, &Capture::onReason,
+            Qt::QueuedConnection);
     return true;
 }
 
@@ -107,6 +126,8 @@ void Capture::run(QString const& cable, QString const& location, bool repeat)
     manager()->setAutoRunCount(repeat ? 0 : -1);
     m_stopped = false;
     m_lost = false;
+    m_isWhole = true;
+    m_next.clear();
     setRunning(true);
     manager()->initDeviceChainandLocation({0}, cable, location);
     if (m_lite)
@@ -142,16 +163,51 @@ void Capture::onStandardWindow(int core, int window)
 {
     int const repeats = m_standard->autoRunCount();
     // first of all: this also moves the manager on
-    QBitArray const tdo = combine(m_standard->getCurrentData(window));
-    if (SxCore const* const captured = m_standard->getCore(core))
-        Q_EMIT windowArrived(core, window, standardSamples(*captured, tdo), repeats);
+    QList<QBitArray> const sections = m_standard->getCurrentData(window);
+    SxCore const* const captured = m_standard->getCore(core);
+    if (!captured)
+        return;
+    int const count = captured->windowNum;
+    int next = m_next.value(core);
+    bool const isNext =
+        window == next && isWhole(sections, captured->dataOutShiftWidth(), captured->captureAmount);
+    next += isNext;
+    bool const isLast = window + 1 == count;
+    m_next[core] = isLast ? 0 : next;
+    if (isLast && next < count)
+        tellLoss(core, next, count);
+    if (isNext) // last of all: the receiver may open another configuration
+        Q_EMIT windowArrived(core, window, standardSamples(*captured, combine(sections)), repeats);
 }
 
 void Capture::onLiteWindow()
 {
     int const repeats = m_lite->autoRunCount();
-    QBitArray const tdo = combine(m_lite->getCurrentData());
-    Q_EMIT windowArrived(0, 0, liteSamples(*m_lite->core(), m_deviceName, tdo), repeats);
+    QList<QBitArray> const sections = m_lite->getCurrentData();
+    SXCore_Lite const& core = *m_lite->core();
+    int const width = flatSignals(core.dataSignalList).size();
+    if (!isWhole(sections, width, core.captureAmount))
+        return tellLoss(0, 0, 1);
+    Q_EMIT windowArrived(0, 0, liteSamples(core, m_deviceName, combine(sections)), repeats);
+}
+
+void Capture::tellLoss(int core, int window, int count)
+{
+    m_isWhole = false;
+    QString const behind = window + 1 < count
+                               ? QStringLiteral(" It and the windows behind it are not shown.")
+                               : QStringLiteral(" It is not shown.");
+    Q_EMIT windowsLost(QStringLiteral("Core %1, window %2 of %3 did not come whole.")
+                           .arg(core)
+                           .arg(window)
+                           .arg(count) +
+                       behind);
+}
+
+void Capture::onReason()
+{
+    if (m_running && m_results.isEmpty() && !manager()->deviceReason().isEmpty())
+        Q_EMIT told(manager()->deviceReason());
 }
 
 /// A failed open stops the run first, which comes out as a 0 of its own just before the error.
@@ -167,6 +223,7 @@ void Capture::onComplete(int result)
 void Capture::finishRun()
 {
     int const result = m_results.last();
+    QString const reason = manager()->deviceReason();
     m_results.clear();
     setRunning(false);
     QString message;
@@ -179,9 +236,16 @@ void Capture::finishRun()
             QStringLiteral("The device could not be opened: check cable, location and power.");
     else if (result != Protocol::Result::Ok)
         message = QStringLiteral("The server reports device error %1.").arg(result);
+    else if (m_stopped)
+        message = QStringLiteral("Stopped.");
+    else if (!m_isWhole)
+        message =
+            QStringLiteral("Capture incomplete: the server did not send all of it. Run again.");
     else
-        message = m_stopped ? QStringLiteral("Stopped.") : QStringLiteral("Capture complete.");
-    Q_EMIT ended(!m_lost && result == Protocol::Result::Ok, message);
+        message = QStringLiteral("Capture complete.");
+    if (result != Protocol::Result::Ok && !reason.isEmpty())
+        message += QLatin1Char(' ') + reason;
+    Q_EMIT ended(!m_lost && result == Protocol::Result::Ok && (m_stopped || m_isWhole), message);
 }
 
 /// The manager itself would wait for ever.

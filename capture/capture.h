@@ -4,6 +4,7 @@
 #include "model/capturecore.h"
 #include "results/signaldata.h"
 
+#include <QHash>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -50,16 +51,23 @@ public:
 Q_SIGNALS:
     /// The cores are about to go.
     void closing();
-    /// A window was read. `repeats` counts the captures of a repeated run.
+    /// A window was read whole, and so were those before it. `repeats` counts the captures of a
+    /// repeated run.
     void windowArrived(int core, int window, QList<WaveMonitor::SignalData> const& samples,
                        int repeats);
     void runningChanged(bool running);
+    /// The server tells of the device, such as a stimulus that has ended: no end of the run.
+    void told(QString const& message);
+    /// Some windows of a capture did not come whole, and don't arrive, nor do those behind them.
+    void windowsLost(QString const& message);
     /// How the run ended, in words, once a run.
     void ended(bool ok, QString const& message);
 
 private:
     void onStandardWindow(int core, int window);
     void onLiteWindow();
+    void tellLoss(int core, int window, int count);
+    void onReason();
     void onComplete(int result);
     void finishRun();
     void onServerLost();
@@ -75,5 +83,7 @@ private:
     bool m_running = false;
     bool m_stopped = false; ///< By the user.
     bool m_lost = false;    ///< The server has gone in the middle of the run.
+    bool m_isWhole = true;  ///< No window of the run was lost.
+    QHash<int, int> m_next; ///< The window that is to come, by core.
     QList<int> m_results;   ///< Of the run that is ending.
 };

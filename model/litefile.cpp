@@ -25,6 +25,14 @@ void writeCore(QXmlStreamWriter& writer, SXCore_Lite const& core)
     writer.writeEndElement();
 }
 
+void writeDocument(QXmlStreamWriter& writer, QList<SXCore_Lite*> const& cores)
+{
+    startVekDocument(writer, QStringLiteral("Lite"));
+    for (SXCore_Lite const* core : cores)
+        writeCore(writer, *core);
+    writer.writeEndDocument();
+}
+
 /// All child nodes, whatever they are: deliberately unlike the standard form.
 QList<QDomElement> memberNodes(QDomElement const& bus)
 {
@@ -83,16 +91,21 @@ QString versionError(QDomElement const& version)
 
 } // namespace
 
+QString writeVekConfigToString_Lite(QList<SXCore_Lite*> const& cores)
+{
+    QByteArray text; // and not a QString, to which the writer would tell no encoding
+    QXmlStreamWriter writer(&text);
+    writeDocument(writer, cores);
+    return QString::fromUtf8(text);
+}
+
 bool writeVEKConfigToXml_Lite(QList<SXCore_Lite*> const& cores, QString const& path)
 {
     QFile file(path);
     if (path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
         return false;
     QXmlStreamWriter writer(&file);
-    startVekDocument(writer, QStringLiteral("Lite"));
-    for (SXCore_Lite const* core : cores)
-        writeCore(writer, *core);
-    writer.writeEndDocument();
+    writeDocument(writer, cores);
     return true;
 }
 

@@ -8,6 +8,9 @@
 /// expressions, and with a few attributes of its own.
 namespace VEK {
 
+/// The whole document, which says of itself that it is UTF-8: write it so.
+QString writeVekConfigToString_Lite(QList<SXCore_Lite*> const& cores);
+
 /// Writes the document in UTF-8; false when the file can't be opened.
 bool writeVEKConfigToXml_Lite(QList<SXCore_Lite*> const& cores, QString const& path);
 

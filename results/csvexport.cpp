@@ -70,18 +70,24 @@ void writeHead(QString const& timeUnit, QList<SignalData*> const& columns, Outpu
 
 } // namespace
 
+bool exportCSV(QIODevice& device, QString const& timeUnit, int timeStep, QDomElement const& window)
+{
+    QList<SignalData*> const columns = signalDataFromDom(window, true);
+    OutputBuffer out(device);
+    writeGroups(window, out);
+    writeHead(timeUnit, columns, out);
+    TextColumns(columns).writeRows({", ", ",\n", timeStep, timeStep}, out);
+    qDeleteAll(columns);
+    return out.finish();
+}
+
 bool exportCSV(QString const& path, QString const& timeUnit, int timeStep,
                QDomElement const& window)
 {
     QFile file(path);
     if (!openForExport(file))
         return false;
-    QList<SignalData*> const columns = signalDataFromDom(window, true);
-    OutputBuffer out(file);
-    writeGroups(window, out);
-    writeHead(timeUnit, columns, out);
-    TextColumns(columns).writeRows({", ", ",\n", timeStep, timeStep}, out);
-    qDeleteAll(columns);
+    exportCSV(file, timeUnit, timeStep, window);
     return true;
 }
 

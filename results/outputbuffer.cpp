@@ -51,4 +51,12 @@ void OutputBuffer::flush()
     m_at = m_bytes.get();
 }
 
+bool OutputBuffer::finish()
+{
+    flush();
+    auto* const file = qobject_cast<QFileDevice*>(&m_device);
+    m_failed = m_failed || (file && !file->flush());
+    return !m_failed;
+}
+
 } // namespace VEK

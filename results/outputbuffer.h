@@ -39,6 +39,9 @@ public:
     void append(QByteArray const& bytes);
     void flush();
 
+    /// Flushes, a file's own buffer as well. False once the device has refused bytes.
+    bool finish();
+
     /// Whether the device has refused bytes.
     bool failed() const { return m_failed; }
 

@@ -35,10 +35,11 @@ QList<SignalData*> selectedBuses(QDomElement const& window, QList<int> const& se
     return kept;
 }
 
-void writeTable(QFile& file, QString const& timeUnit, unsigned int timeStep,
+/// Takes over the columns.
+bool writeTable(QIODevice& device, QString const& timeUnit, unsigned int timeStep,
                 QList<SignalData*> const& columns)
 {
-    OutputBuffer out(file);
+    OutputBuffer out(device);
     out.append("time unit: " + timeUnit.toUtf8() + '\t');
     QByteArray separator;
     for (SignalData const* column : columns) {
@@ -48,32 +49,45 @@ void writeTable(QFile& file, QString const& timeUnit, unsigned int timeStep,
     if (!columns.isEmpty())
         out.append("\n");
     TextColumns(columns).writeRows({"\t", " \n", 0, qint64(timeStep)}, out);
+    qDeleteAll(columns);
+    return out.finish();
 }
 
-} // namespace
-
-bool exportPRN(QString const& path, QString const& timeUnit, unsigned int timeStep,
-               QDomElement const& window, int mode)
+template <typename Choice>
+bool exportToFile(QString const& path, QString const& timeUnit, unsigned int timeStep,
+                  QDomElement const& window, Choice const& choice)
 {
     QFile file(path);
     if (!openForExport(file))
         return false;
-    QList<SignalData*> const columns = columnsOfMode(window, mode);
-    writeTable(file, timeUnit, timeStep, columns);
-    qDeleteAll(columns);
+    exportPRN(file, timeUnit, timeStep, window, choice);
     return true;
+}
+
+} // namespace
+
+bool exportPRN(QIODevice& device, QString const& timeUnit, unsigned int timeStep,
+               QDomElement const& window, int mode)
+{
+    return writeTable(device, timeUnit, timeStep, columnsOfMode(window, mode));
+}
+
+bool exportPRN(QIODevice& device, QString const& timeUnit, unsigned int timeStep,
+               QDomElement const& window, QList<int> const& selection)
+{
+    return writeTable(device, timeUnit, timeStep, selectedBuses(window, selection));
+}
+
+bool exportPRN(QString const& path, QString const& timeUnit, unsigned int timeStep,
+               QDomElement const& window, int mode)
+{
+    return exportToFile(path, timeUnit, timeStep, window, mode);
 }
 
 bool exportPRN(QString const& path, QString const& timeUnit, unsigned int timeStep,
                QDomElement const& window, QList<int> const& selection)
 {
-    QFile file(path);
-    if (!openForExport(file))
-        return false;
-    QList<SignalData*> const columns = selectedBuses(window, selection);
-    writeTable(file, timeUnit, timeStep, columns);
-    qDeleteAll(columns);
-    return true;
+    return exportToFile(path, timeUnit, timeStep, window, selection);
 }
 
 } // namespace VEK

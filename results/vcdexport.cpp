@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QLocale>
 #include <QtAlgorithms>
 
 #include <algorithm>
@@ -67,8 +68,8 @@ quint64 changedSamples(PackedText const& samples, int block, int place)
 void writeHeader(OutputBuffer& out, QString const& moduleName, QString const& clockName,
                  QString const& timeUnit, std::vector<Variable> const& variables)
 {
-    QString const date =
-        QDateTime::currentDateTime().toString(QStringLiteral("dd/MM/yyyy hh:mm:ss"));
+    QString const date = QLocale::c().toString( // readers know no other digits
+        QDateTime::currentDateTime(), QStringLiteral("dd/MM/yyyy hh:mm:ss"));
     auto const block = [&out](char const* name, QByteArray const& line) {
         VCD::Tag const tag(out, name);
         out.append(line + '\n');
@@ -207,18 +208,15 @@ QString vcdIDForSignalAtIndex(int n)
 
 } // namespace VCD
 
-bool exportVCD(QString const& path, QString const& moduleName, QString const& clockName,
+bool exportVCD(QIODevice& device, QString const& moduleName, QString const& clockName,
                bool clockLevel, QString const& timeUnit, unsigned long long timeStep,
                int triggerIndex, QDomElement const& window)
 {
-    QFile file(path);
-    if (!openForExport(file))
-        return false;
     std::vector<Variable> variables = variablesOf(window);
     char const level = clockLevel ? '1' : '0';
     QByteArray const edgeAway = (clockLevel ? '0' : '1') + ClockCode + '\n';
     QByteArray const edgeBack = level + ClockCode + "\n\n";
-    OutputBuffer out(file);
+    OutputBuffer out(device);
     writeHeader(out, moduleName, clockName, timeUnit, variables);
     writeStart(out, level, variables);
     Changes changes(variables);
@@ -235,6 +233,17 @@ bool exportVCD(QString const& path, QString const& moduleName, QString const& cl
         out.append(edgeBack);
     }
     writeTime(out, timeStep * (static_cast<unsigned long long>(count) + 1));
+    return out.finish();
+}
+
+bool exportVCD(QString const& path, QString const& moduleName, QString const& clockName,
+               bool clockLevel, QString const& timeUnit, unsigned long long timeStep,
+               int triggerIndex, QDomElement const& window)
+{
+    QFile file(path);
+    if (!openForExport(file))
+        return false;
+    exportVCD(file, moduleName, clockName, clockLevel, timeUnit, timeStep, triggerIndex, window);
     return true;
 }
 

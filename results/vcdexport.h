@@ -4,6 +4,8 @@
 #include <QDomElement>
 #include <QString>
 
+class QIODevice;
+
 namespace VEK {
 
 class OutputBuffer;
@@ -33,7 +35,14 @@ QString vcdIDForSignalAtIndex(int n);
 /// Writes one `Window` element as a value change dump in UTF-8: a clock that stands in for the
 /// sample clock, and every signal as a variable of one bit. Sample i changes half a step before
 /// time (i + 1) * `timeStep`, together with the clock's edge away from `clockLevel`; `triggerIndex`
-/// gets a comment. False if the file could not be opened; what happens to it later is not reported.
+/// gets a comment. The device must be open for writing. False once it has refused bytes, as on a
+/// full disk; it holds what went before.
+bool exportVCD(QIODevice& device, QString const& moduleName, QString const& clockName,
+               bool clockLevel, QString const& timeUnit, unsigned long long timeStep,
+               int triggerIndex, QDomElement const& window);
+
+/// The same into a file. False only if it could not be opened; what happens to it later is not
+/// reported.
 bool exportVCD(QString const& path, QString const& moduleName, QString const& clockName,
                bool clockLevel, QString const& timeUnit, unsigned long long timeStep,
                int triggerIndex, QDomElement const& window);

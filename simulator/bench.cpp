@@ -66,6 +66,8 @@ void readFaults(BenchFields fields, Faults& faults)
     faults.delay = fields.integer("delay", 0, 0, MaxDelay);
     faults.silentFrom = fields.integer("silent_from", 0, 1, MaxInt);
     faults.garbledFrom = fields.integer("garbled_from", 0, 1, MaxInt);
+    faults.loses = fields.integer("loses", 0, 1, MaxInt);
+    faults.shortens = fields.integer("shortens", 0, 1, MaxInt);
     faults.byteByByte = fields.flag("byte_by_byte");
     faults.together = fields.integer("together", 1, 1, MaxTogether);
     faults.closeAfter = fields.integer("close_after", 0, 1, MaxInt);

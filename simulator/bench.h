@@ -23,6 +23,8 @@ struct Faults
     int delay = 0;       ///< ms that each reply comes late.
     int silentFrom = 0;  ///< The first request that gets no reply any more; 0: none.
     int garbledFrom = 0; ///< The first request whose reply is no message any more; 0: none.
+    int loses = 0;       ///< The one request whose reply is lost; 0: none.
+    int shortens = 0;    ///< The one request whose reply has only half of its data; 0: none.
     bool byteByByte = false;
     int together = 1;   ///< Replies that are held and sent at once.
     int closeAfter = 0; ///< The request after which the connection is closed; 0: none.

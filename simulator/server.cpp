@@ -49,7 +49,13 @@ bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)
     bool const counts = m_faults.of.isEmpty() || m_faults.of == word;
     m_requests += counts;
     closes = counts && m_requests == m_faults.closeAfter;
-    bool const hasReply = m_bridge.serve(request, reply);
+    bool const hasReply =
+        m_bridge.serve(request, reply) && !(counts && m_requests == m_faults.loses);
+    if (counts && m_requests == m_faults.shortens) {
+        QBitArray data = reply.value(Protocol::Key::Data).toBitArray();
+        data.resize(data.size() / 2);
+        reply.insert(Protocol::Key::Data, data);
+    }
     return hasReply && (m_faults.silentFrom == 0 || m_requests < m_faults.silentFrom);
 }
 

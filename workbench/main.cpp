@@ -11,6 +11,7 @@
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("vek"));
     QApplication::setApplicationName(QStringLiteral("workbench"));

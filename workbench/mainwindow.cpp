@@ -9,9 +9,11 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QLabel>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QStatusBar>
@@ -20,8 +22,12 @@
 #include <QTimer>
 #include <QToolBar>
 
+#include <algorithm>
+
 using namespace VEK;
 using WaveMonitor::WaveMonitorWidget;
+
+static constexpr int TitleDelay = 100; ///< ms
 
 /// Outside of any namespace, as the macro demands.
 static void initImages()
@@ -44,10 +50,17 @@ MainWindow::MainWindow()
 
     connect(&m_capture, &Capture::closing, this, &MainWindow::clearCores);
     connect(&m_capture, &Capture::windowArrived, this, &MainWindow::onWindowArrived);
+    connect(&m_capture, &Capture::told, this, [this](QString const& message) { say(message); });
+    connect(&m_capture, &Capture::windowsLost, this,
+            [this](QString const& message) { say(message, true); });
     connect(&m_capture, &Capture::ended, this, &MainWindow::onEnded);
     connect(&m_capture, &Capture::runningChanged, this, &MainWindow::updateActions);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onFileChanged);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &MainWindow::onFolderChanged);
+    m_titleTimer.setSingleShot(true);
+    m_titleTimer.setInterval(TitleDelay);
+    connect(&m_titleTimer, &QTimer::timeout, this, &MainWindow::updateTitle);
+    qApp->installEventFilter(this);
     restoreState();
     updateActions();
 }
@@ -61,15 +74,26 @@ void MainWindow::closeEvent(QCloseEvent* event)
     m_capture.shutDown();
 }
 
+/// Panels and monitors don't tell of all that is changed in them, but it changes by what a user
+/// does, also in a dialog.
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    QEvent::Type const type = event->type();
+    if (type == QEvent::MouseButtonRelease || type == QEvent::KeyRelease || type == QEvent::Wheel ||
+        type == QEvent::Drop)
+        m_titleTimer.start();
+    return QMainWindow::eventFilter(watched, event);
+}
+
 /// Panels and monitors show what is about to go.
 void MainWindow::clearCores()
 {
     for (QTabWidget* const tabs : {m_cores, m_monitors})
         while (tabs->count() > 0)
             delete tabs->widget(0);
-    delete m_banner;
-    m_banner = nullptr;
+    dropBanner();
     m_fitted.clear();
+    m_kept.clear();
 }
 
 /// A panel for each Standard core, and a monitor for every core.
@@ -79,8 +103,7 @@ void MainWindow::showCores()
         auto* const panel = new DynamicConfigWidget;
         panel->setSxCore(core);
         panel->setEnabled(true);
-        m_cores->addTab(panel, QStringLiteral("Core %1").arg(core->index));
-        addMonitor(core->index);
+        addTabs(QStringLiteral("Core %1").arg(core->index), core->index, panel);
     }
     if (SXCore_Lite const* const core = m_capture.liteCore()) {
         auto* const facts =
@@ -91,16 +114,22 @@ void MainWindow::showCores()
         facts->setTextFormat(Qt::PlainText);
         facts->setAlignment(Qt::AlignTop | Qt::AlignLeft);
         facts->setMargin(12);
-        m_cores->addTab(facts, QStringLiteral("Lite Core"));
-        addMonitor(0);
+        addTabs(QStringLiteral("Lite Core"), 0, facts);
     }
+    widenCores();
 }
 
-void MainWindow::addMonitor(int core)
+/// A core's panel and its monitor, under one name.
+void MainWindow::addTabs(QString const& name, int core, QWidget* panel)
 {
+    m_cores->addTab(panel, name);
     auto* const monitor = new WaveMonitorWidget(m_monitors);
     monitor->setTitle(0, core);
-    m_monitors->addTab(monitor, monitor->windowTitle());
+    m_monitors->addTab(monitor, name);
+    connect(monitor, &WaveMonitorWidget::layoutEdited, this, [this] {
+        m_hasEditedRows = true;
+        updateTitle();
+    });
 }
 
 WaveMonitorWidget* MainWindow::monitor(int core) const
@@ -122,6 +151,12 @@ int MainWindow::triggerPosition(int core) const
 {
     SxCore const* const standard = m_capture.cores().value(core, nullptr);
     return standard ? standard->triggerPos : 0;
+}
+
+int MainWindow::windowCount(int core) const
+{
+    SxCore const* const standard = m_capture.cores().value(core, nullptr);
+    return standard ? standard->windowNum : 1;
 }
 
 QList<SignalItem> MainWindow::capturedSignals(int core) const
@@ -163,26 +198,19 @@ void MainWindow::run()
     m_capture.run(m_cable->name(), m_cable->location(), m_repeatAction->isChecked());
 }
 
-/// A new capture of the same signals takes the place of the old one under the user's rows, cursor
-/// and zoom.
 void MainWindow::onWindowArrived(int core, int window,
                                  QList<WaveMonitor::SignalData> const& samples, int repeats)
 {
     WaveMonitorWidget* const target = monitor(core);
     if (!target || samples.isEmpty())
         return;
-    int const trigger = triggerPosition(core);
     target->setWindowsNum(window + 1);
     if (window == 0 && target->model()->signalElements().size() == samples.size()) {
-        QList<QBitArray> data;
-        for (WaveMonitor::SignalData const& signal : samples)
-            data << signal.data;
-        target->updataWaveDatas(data);
-        if (target->model()->triggerPosition() != trigger)
-            target->setTriggerPosition(trigger);
+        replaceSamples(core, samples);
     } else {
         QDomDocument document;
-        QDomElement element = windowElement(document, trigger, capturedSignals(core), samples);
+        QDomElement element =
+            windowElement(document, triggerPosition(core), capturedSignals(core), samples);
         element.setAttribute(DOM_ATTR_WINDOW_INDEX, window);
         target->restore(element);
     }
@@ -191,17 +219,64 @@ void MainWindow::onWindowArrived(int core, int window,
         target->zoomFit();
         m_fitted[core] = length;
     }
+    if (window + 1 == windowCount(core))
+        putViewBack(core);
     if (repeats >= 0)
         target->updateAutoCounter(repeats);
     m_hasNewCapture = true;
+    setWindowModified(true);
     say(QStringLiteral("Core %1, window %2: %3 samples.")
             .arg(core)
             .arg(window)
             .arg(samples.first().data.size()));
 }
 
+/// A new capture of the same signals takes the place of the old one under the user's rows, cursor,
+/// markers and zoom. Its first window alone is shorter than all that it replaces: what that moves
+/// is put back after the last one.
+void MainWindow::replaceSamples(int core, QList<WaveMonitor::SignalData> const& samples)
+{
+    WaveMonitorWidget* const target = monitor(core);
+    KeptView kept;
+    kept.before = target->viewState();
+    QList<QBitArray> data;
+    for (WaveMonitor::SignalData const& signal : samples)
+        data << signal.data;
+    target->updataWaveDatas(data);
+    kept.after = target->viewState();
+    int const trigger = triggerPosition(core);
+    if (target->model()->triggerPosition() != trigger) {
+        target->setTriggerPosition(trigger);
+        kept.before.cursorTime = trigger;
+    }
+    m_kept.insert(core, kept);
+}
+
+/// All that the user has not touched since.
+void MainWindow::putViewBack(int core)
+{
+    if (!m_kept.contains(core))
+        return;
+    KeptView const kept = m_kept.take(core);
+    WaveMonitor::ViewState view = monitor(core)->viewState();
+    if (view.cursorTime == kept.after.cursorTime)
+        view.cursorTime = kept.before.cursorTime;
+    if (view.markerTimes == kept.after.markerTimes)
+        view.markerTimes = kept.before.markerTimes;
+    if (view.leftTime == kept.after.leftTime)
+        view.leftTime = kept.before.leftTime;
+    int const length = monitor(core)->model()->timeLength(); // less, if windows did not come
+    QList<int>& times = view.markerTimes;
+    times.erase(
+        std::remove_if(times.begin(), times.end(), [&](int time) { return time >= length; }),
+        times.end());
+    monitor(core)->setViewState(view);
+}
+
 void MainWindow::onEnded(bool ok, QString const& message)
 {
+    for (int const core : m_kept.keys()) // of windows that never came
+        putViewBack(core);
     say(message, !ok);
     if (!m_grabFolder.isEmpty())
         grabPanes(m_grabFolder, ok);
@@ -229,7 +304,7 @@ void MainWindow::updateActions()
 /// Errors come to the front, in the pane where all messages stay.
 void MainWindow::say(QString const& message, bool isError)
 {
-    QString const time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    QString const time = QLocale::c().toString(QTime::currentTime(), QStringLiteral("HH:mm:ss"));
     QString line = QStringLiteral("[%1] %2").arg(time, message.toHtmlEscaped());
     if (isError) {
         line = QStringLiteral("[%1] <span style='color:#e04038'>Error: %2</span>")
@@ -245,6 +320,7 @@ void MainWindow::say(QString const& message, bool isError)
 void MainWindow::grab(QString const& folder)
 {
     m_grabFolder = folder;
-    resize(DefaultSize);                           // whatever the screen
+    resize(DefaultSize); // whatever the screen
+    widenCores();
     QTimer::singleShot(0, this, &MainWindow::run); // once there is an event loop to end
 }

@@ -1,16 +1,17 @@
 #pragma once
 
 #include "capture/capture.h"
+#include "wavemonitor/wavemonitorwidget.h"
 
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QList>
 #include <QMainWindow>
 #include <QMessageBox>
+#include <QTimer>
 
 class CableBox;
-class QDomDocument;
-class QDomElement;
+class QDockWidget;
 class QLabel;
 class QMenu;
 class QPlainTextEdit;
@@ -20,9 +21,6 @@ class QVBoxLayout;
 
 namespace VEK {
 class VekProgrammerWidget;
-}
-namespace WaveMonitor {
-class WaveMonitorWidget;
 }
 
 /// The window of the workbench: a wave monitor for each core in the middle, and around it the
@@ -40,7 +38,8 @@ public:
     /// Makes a device of the catalogue the only row of the programmer.
     void setDevice(QString const& name);
 
-    /// A session with the configuration and what the monitors show.
+    /// A session with the configuration and what the monitors show, which is the open file from
+    /// then on.
     bool saveSessionAs(QString const& path);
 
     /// One window of a core, in the format that the file's ending names: .csv, .prn or .vcd.
@@ -52,9 +51,17 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    static constexpr QSize DefaultSize{1480, 860};
+    static constexpr QSize DefaultSize{1640, 900};
+
+    /// How a monitor was looked at before a new capture, and after its first window.
+    struct KeptView
+    {
+        WaveMonitor::ViewState before;
+        WaveMonitor::ViewState after;
+    };
 
     // what the window consists of (mainwindowparts.cpp)
     void makeCentre();
@@ -71,29 +78,40 @@ private:
 
     // its files (mainwindowfiles.cpp)
     void chooseFile(QString const& recent = QString());
+    void follow(QString const& file);
+    QStringList unsavedWork();
+    void noteSaved();
+    void updateTitle();
     bool mayLeave(QMessageBox::StandardButtons choices);
+    bool mayReplaceNewer();
     void showSession(QString const& path);
     bool save();
     bool saveSession();
-    bool saveConfiguration(QString const& path);
     QByteArray configuration();
+    QList<QList<int>> markers() const;
     void exportWindow(QString const& format);
+    bool writeVcd(QIODevice& file, int core, QDomElement const& window) const;
     void onFileChanged();
     void onFolderChanged();
+    void dropBanner();
 
     void clearCores();
     void showCores();
-    void addMonitor(int core);
+    void addTabs(QString const& name, int core, QWidget* panel);
+    void widenCores();
     void saveCores();
     void run();
     void onWindowArrived(int core, int window, QList<WaveMonitor::SignalData> const& samples,
                          int repeats);
+    void replaceSamples(int core, QList<WaveMonitor::SignalData> const& samples);
+    void putViewBack(int core);
     void onEnded(bool ok, QString const& message);
     void updateActions();
     void say(QString const& message, bool isError = false);
 
     bool hasCores() const;
     int triggerPosition(int core) const;
+    int windowCount(int core) const;
     QList<VEK::SignalItem> capturedSignals(int core) const;
     WaveMonitor::WaveMonitorWidget* monitor(int core) const;
     WaveMonitor::WaveMonitorWidget* currentMonitor() const;
@@ -102,8 +120,13 @@ private:
     Capture m_capture;
     QString m_path;
     QByteArray m_savedConfiguration;
-    bool m_hasNewCapture = false; ///< One that is in no session file.
-    QHash<int, int> m_fitted;     ///< Samples that the waves of a core were last fitted to.
+    QList<QList<int>> m_savedMarkers; ///< By core.
+    bool m_hasEditedRows = false;     ///< Since they were in a file.
+    bool m_hasNewCapture = false;     ///< One that is in no session file.
+    bool m_isNewerOnDisk = false;     ///< The open file has changed since it was read or written.
+    QTimer m_titleTimer;              ///< From what a user does to a look at what it changed.
+    QHash<int, int> m_fitted;         ///< Samples that the waves of a core were last fitted to.
+    QHash<int, KeptView> m_kept;      ///< Of cores whose earlier windows have come, the later not.
     QFileSystemWatcher m_watcher;
     QString m_grabFolder;
 
@@ -112,6 +135,8 @@ private:
     QVBoxLayout* m_centre = nullptr;
     QWidget* m_banner = nullptr;
     QTabWidget* m_cores = nullptr;
+    QDockWidget* m_coresDock = nullptr;
+    bool m_hasOwnDocks = false; ///< The user's, as they were left.
     VEK::VekProgrammerWidget* m_programmer = nullptr;
     QPlainTextEdit* m_messages = nullptr;
     QProgressBar* m_busy = nullptr;

@@ -6,6 +6,7 @@
 #include "results/prnexport.h"
 #include "results/vcdexport.h"
 #include "results/windowdocument.h"
+#include "results/wholefile.h"
 #include "widgets/reloadbanner.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/wavemonitorwidget.h"
@@ -18,7 +19,6 @@
 #include <QInputDialog>
 #include <QStatusBar>
 #include <QTabWidget>
-#include <QTemporaryFile>
 #include <QVBoxLayout>
 
 using namespace VEK;
@@ -27,6 +27,8 @@ using WaveMonitor::WaveMonitorWidget;
 namespace {
 
 QString const SessionEnding = QStringLiteral(".rsx");
+QString const TimeUnit = QStringLiteral("us");
+constexpr int TimeStep = 1;
 
 } // namespace
 
@@ -48,23 +50,46 @@ bool MainWindow::open(QString const& path)
     QString const file = QFileInfo(path).absoluteFilePath();
     QString error;
     bool const ok = m_capture.open(file, error);
-    rememberFile(file, ok);
     if (!ok) {
+        rememberFile(file, false);
         say(QStringLiteral("%1: %2").arg(file, error), true);
         return false;
     }
-    setWindowTitle(QStringLiteral("%1 - Workbench").arg(QFileInfo(file).fileName()));
-    if (!m_path.isEmpty())
-        m_watcher.removePaths(m_watcher.files() + m_watcher.directories());
-    m_path = file;
-    m_watcher.addPaths({file, QFileInfo(file).absolutePath()});
+    follow(file);
     showCores();
     showSession(file);
-    m_savedConfiguration = configuration();
-    m_hasNewCapture = false;
+    noteSaved();
     updateActions();
     statusBar()->showMessage(QStringLiteral("Opened %1.").arg(file));
     return true;
+}
+
+/// Makes a file the open one.
+void MainWindow::follow(QString const& file)
+{
+    m_path = file;
+    QStringList const watched = m_watcher.files() + m_watcher.directories();
+    if (!watched.isEmpty())
+        m_watcher.removePaths(watched);
+    m_watcher.addPaths({file, QFileInfo(file).absolutePath()});
+    rememberFile(file, true);
+    setWindowTitle(QStringLiteral("%1[*] - Workbench").arg(QFileInfo(file).fileName()));
+}
+
+/// The open file holds all that there is.
+void MainWindow::noteSaved()
+{
+    dropBanner();
+    m_savedConfiguration = configuration();
+    m_savedMarkers = markers();
+    m_hasEditedRows = false;
+    m_hasNewCapture = false;
+    updateTitle();
+}
+
+void MainWindow::updateTitle()
+{
+    setWindowModified(!unsavedWork().isEmpty());
 }
 
 void MainWindow::showSession(QString const& path)
@@ -77,33 +102,49 @@ void MainWindow::showSession(QString const& path)
         QDomElement const position = saved.window.firstChildElement(DOM_TAG_TRIGGER_POSITION);
         target->setWindowsNum(position.attribute(DOM_ATTR_TRIGGER_SEGMENTS).toInt());
         target->restore(saved.window);
-        target->zoomFit();
+        if (saved.hasView)
+            target->setViewState(saved.view);
+        else
+            target->zoomFit();
         m_fitted[saved.core] = target->model()->timeLength();
     }
 }
 
-bool MainWindow::saveConfiguration(QString const& path)
-{
-    saveCores();
-    return m_capture.liteCore() ? writeVEKConfigToXml_Lite({m_capture.liteCore()}, path)
-                                : writeVEKConfigToXml(m_capture.cores(), path);
-}
-
-/// The text of the configuration as it stands; empty if there is no room for it.
+/// The text of the configuration as it stands.
 QByteArray MainWindow::configuration()
 {
-    QTemporaryFile file;
-    return file.open() && saveConfiguration(file.fileName()) ? file.readAll() : QByteArray();
+    saveCores();
+    return m_capture.liteCore() ? writeVekConfigToString_Lite({m_capture.liteCore()}).toUtf8()
+                                : writeVekConfigToString(m_capture.cores()).toLatin1();
+}
+
+QList<QList<int>> MainWindow::markers() const
+{
+    QList<QList<int>> markers;
+    for (int core = 0; core < m_monitors->count(); ++core)
+        markers << monitor(core)->markerTimes();
+    return markers;
+}
+
+/// In words, one for each kind.
+QStringList MainWindow::unsavedWork()
+{
+    QStringList unsaved;
+    if (!hasCores())
+        return unsaved;
+    if (configuration() != m_savedConfiguration)
+        unsaved << QStringLiteral("The configuration was changed.");
+    if (m_hasNewCapture)
+        unsaved << QStringLiteral("The capture is in no session file yet.");
+    else if (m_hasEditedRows || markers() != m_savedMarkers)
+        unsaved << QStringLiteral("Rows or markers were changed.");
+    return unsaved;
 }
 
 /// Asks what becomes of unsaved work; true when it may go.
 bool MainWindow::mayLeave(QMessageBox::StandardButtons choices)
 {
-    QStringList unsaved;
-    if (hasCores() && configuration() != m_savedConfiguration)
-        unsaved << QStringLiteral("The configuration was changed.");
-    if (m_hasNewCapture)
-        unsaved << QStringLiteral("The capture is in no session file yet.");
+    QStringList const unsaved = unsavedWork();
     if (unsaved.isEmpty())
         return true;
     QMessageBox box(
@@ -119,16 +160,37 @@ bool MainWindow::mayLeave(QMessageBox::StandardButtons choices)
     return m_hasNewCapture && !m_path.endsWith(SessionEnding) ? saveSession() : save();
 }
 
+/// Asks before a file goes that others have written since it was opened here.
+bool MainWindow::mayReplaceNewer()
+{
+    if (!m_isNewerOnDisk)
+        return true;
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Newer File"),
+                    QStringLiteral("%1 has changed on disk.").arg(QFileInfo(m_path).fileName()),
+                    QMessageBox::Save | QMessageBox::Cancel, this);
+    box.setInformativeText(QStringLiteral("Saving replaces the newer file by what is shown here."));
+    box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(QMessageBox::Cancel);
+    return box.exec() == QMessageBox::Save;
+}
+
 bool MainWindow::save()
 {
+    if (!mayReplaceNewer())
+        return false;
     if (m_path.endsWith(SessionEnding))
         return saveSessionAs(m_path);
+    QString error;
     m_watcher.removePath(m_path); // this change is ours
-    bool const ok = saveConfiguration(m_path);
+    bool const ok = writeWholeFile(m_path, configuration(), error);
     m_watcher.addPath(m_path);
-    if (ok)
+    if (ok) {
+        dropBanner();
         m_savedConfiguration = configuration();
-    say((ok ? QStringLiteral("Saved %1.") : QStringLiteral("%1 can't be written.")).arg(m_path),
+        updateTitle(); // a capture is still in no file
+    }
+    say(ok ? QStringLiteral("Saved %1.").arg(m_path)
+           : QStringLiteral("%1 can't be written: %2.").arg(m_path, error),
         !ok);
     return ok;
 }
@@ -149,22 +211,24 @@ bool MainWindow::saveSession()
 
 bool MainWindow::saveSessionAs(QString const& path)
 {
-    QByteArray const text = configuration();
+    QString const file = QFileInfo(path).absoluteFilePath();
     QDomDocument document;
     QList<SavedWindow> windows;
-    for (int core = 0; core < m_monitors->count(); ++core)
+    for (int core = 0; core < m_monitors->count(); ++core) {
         if (monitor(core)->model()->timeLength() > 0)
-            windows.append({core, monitor(core)->save(document)});
+            windows.append({core, monitor(core)->save(document), true, monitor(core)->viewState()});
+    }
     m_watcher.removePath(m_path); // it may be the one
     QString error;
-    bool const ok = writeSession(path, text, windows, error);
-    m_watcher.addPath(m_path);
+    bool const ok = writeSession(file, configuration(), windows, error);
     if (ok) {
-        m_savedConfiguration = text;
-        m_hasNewCapture = false;
+        follow(file);
+        noteSaved();
+    } else {
+        m_watcher.addPath(m_path);
     }
-    say(ok ? QStringLiteral("Saved %1.").arg(path)
-           : QStringLiteral("%1 can't be written: %2.").arg(path, error),
+    say(ok ? QStringLiteral("Saved %1.").arg(file)
+           : QStringLiteral("%1 can't be written: %2.").arg(file, error),
         !ok);
     return ok;
 }
@@ -196,21 +260,28 @@ void MainWindow::exportWindowAs(QString const& path, int core, int window)
     WaveMonitorWidget* const shown = monitor(core);
     QDomDocument document;
     QDomElement const single = singleWindow(shown->save(document), window, shown->windowsNum());
-    QString const unit = QStringLiteral("us");
-    bool ok = false;
-    if (path.endsWith(QLatin1String(".vcd"))) {
-        SxCore const* const standard = m_capture.cores().value(core, nullptr);
-        QString const module = standard ? standard->moduleName : m_capture.liteCore()->moduleName;
-        QString const clock = standard ? standard->sampleClock : m_capture.liteCore()->sampleClock;
-        ok = exportVCD(path, module, clock, true, unit, 1, shown->model()->triggerPosition(),
-                       single);
-    } else if (path.endsWith(QLatin1String(".prn"))) {
-        ok = exportPRN(path, unit, 1, single, PrnAllColumns);
-    } else {
-        ok = exportCSV(path, unit, 1, single);
-    }
-    say((ok ? QStringLiteral("Exported %1.") : QStringLiteral("%1 can't be written.")).arg(path),
+    auto const write = [&](QIODevice& file) {
+        if (path.endsWith(QLatin1String(".vcd")))
+            return writeVcd(file, core, single);
+        if (path.endsWith(QLatin1String(".prn")))
+            return exportPRN(file, TimeUnit, TimeStep, single, PrnAllColumns);
+        return exportCSV(file, TimeUnit, TimeStep, single);
+    };
+    QString error;
+    bool const ok = writeWholeFile(path, write, error);
+    say(ok ? QStringLiteral("Exported %1.").arg(path)
+           : QStringLiteral("%1 can't be written: %2.").arg(path, error),
         !ok);
+}
+
+/// A microsecond a sample here, too, but in nanoseconds: an odd step hides the sample clock.
+bool MainWindow::writeVcd(QIODevice& file, int core, QDomElement const& window) const
+{
+    SxCore const* const standard = m_capture.cores().value(core, nullptr);
+    SXCore_Lite const* const lite = m_capture.liteCore();
+    return exportVCD(file, standard ? standard->moduleName : lite->moduleName,
+                     standard ? standard->sampleClock : lite->sampleClock, true,
+                     QStringLiteral("ns"), 1000, monitor(core)->model()->triggerPosition(), window);
 }
 
 /// A file that was removed is watched no more, and may come back.
@@ -225,7 +296,8 @@ void MainWindow::onFileChanged()
     bool const removed = !QFile::exists(m_path);
     if (!removed)
         m_watcher.addPath(m_path); // a file that was replaced is watched no more
-    delete m_banner;
+    dropBanner();
+    m_isNewerOnDisk = !removed;
     auto* const banner =
         new ReloadBanner(removed ? ReloadBanner::Removed : ReloadBanner::Changed, m_path, this);
     m_banner = banner;
@@ -237,4 +309,12 @@ void MainWindow::onFileChanged()
     // queued: reloading takes the banner away
     connect(banner, &ReloadBanner::reload, this, reload, Qt::QueuedConnection);
     connect(banner, &ReloadBanner::closeIt, banner, &QWidget::hide);
+}
+
+/// The open file is as it was read or written.
+void MainWindow::dropBanner()
+{
+    delete m_banner;
+    m_banner = nullptr;
+    m_isNewerOnDisk = false;
 }

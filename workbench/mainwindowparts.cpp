@@ -10,16 +10,19 @@
 #include <QApplication>
 #include <QDir>
 #include <QDockWidget>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
 #include <QStyle>
 #include <QTabWidget>
+#include <QTableView>
 #include <QToolBar>
 #include <QVBoxLayout>
 
@@ -29,6 +32,7 @@ using WaveMonitor::WaveMonitorWidget;
 namespace {
 
 constexpr int MostRecentFiles = 8;
+constexpr int NestedLayouts = 3; ///< Around the table of a core's panel.
 QString const RecentKey = QStringLiteral("recentFiles");
 QString const GeometryKey = QStringLiteral("geometry");
 QString const StateKey = QStringLiteral("state");
@@ -73,8 +77,10 @@ void MainWindow::makeDocks()
 {
     setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea);
     m_cores = new QTabWidget;
-    auto* const cores = makeDock(this, Qt::LeftDockWidgetArea, QStringLiteral("Cores"),
-                                 QStringLiteral("cores"), m_cores);
+    m_coresDock = makeDock(this, Qt::LeftDockWidgetArea, QStringLiteral("Cores"),
+                           QStringLiteral("cores"), m_cores);
+    connect(m_cores, &QTabWidget::currentChanged, m_monitors, &QTabWidget::setCurrentIndex);
+    connect(m_monitors, &QTabWidget::currentChanged, m_cores, &QTabWidget::setCurrentIndex);
     m_programmer = new VekProgrammerWidget;
     auto* const scrolled = new QScrollArea; // its row of buttons is wider than a small screen
     scrolled->setWidget(m_programmer);
@@ -88,7 +94,7 @@ void MainWindow::makeDocks()
     auto* const messages = makeDock(this, Qt::BottomDockWidgetArea, QStringLiteral("Messages"),
                                     QStringLiteral("messages"), m_messages);
     tabifyDockWidget(programmer, messages);
-    resizeDocks({cores}, {420}, Qt::Horizontal);
+    resizeDocks({m_coresDock}, {420}, Qt::Horizontal);
     resizeDocks({programmer}, {240}, Qt::Vertical);
     connect(m_programmer, &VekProgrammerWidget::programStatusChanged, this,
             [this](bool, QString const& text) { statusBar()->showMessage(text.trimmed()); });
@@ -191,12 +197,29 @@ void MainWindow::about()
                            .arg(QApplication::applicationVersion()));
 }
 
+/// Once wide enough for the tables of match units, but not much more than half of the window.
+/// The user's own width stays.
+void MainWindow::widenCores()
+{
+    int table = 0;
+    for (auto const* view : m_cores->findChildren<QTableView*>())
+        table = qMax(table, view->horizontalHeader()->length() + 2 * view->frameWidth() +
+                                view->verticalScrollBar()->sizeHint().width());
+    if (m_hasOwnDocks || table == 0)
+        return;
+    int const margins = NestedLayouts * (style()->pixelMetric(QStyle::PM_LayoutLeftMargin) +
+                                         style()->pixelMetric(QStyle::PM_LayoutRightMargin));
+    int const most = width() * 3 / 5;
+    resizeDocks({m_coresDock}, {qMin(table + margins, most)}, Qt::Horizontal);
+    m_hasOwnDocks = table + margins <= most;
+}
+
 void MainWindow::restoreState()
 {
     QSettings const settings;
     resize(DefaultSize.boundedTo(screen()->availableSize()));
     restoreGeometry(settings.value(GeometryKey).toByteArray());
-    QMainWindow::restoreState(settings.value(StateKey).toByteArray());
+    m_hasOwnDocks = QMainWindow::restoreState(settings.value(StateKey).toByteArray());
     showRecentFiles();
 }
 

@@ -3,15 +3,54 @@
 #include "model/vekfile.h"
 #include "results/windowdocument.h"
 #include "results/windowreader.h"
+#include "results/wholefile.h"
 
 #include <QFile>
-#include <QSaveFile>
+#include <QLocale>
 
 using namespace VEK;
+using WaveMonitor::ViewState;
 
 namespace {
 
 QString const CoreAttribute = QStringLiteral("core");
+QString const ViewTag = QStringLiteral("View");
+QString const CursorAttribute = QStringLiteral("cursor");
+QString const ZoomAttribute = QStringLiteral("zoom");
+QString const LeftAttribute = QStringLiteral("left");
+QString const MarkerTag = QStringLiteral("Marker");
+QString const TimeAttribute = QStringLiteral("time");
+
+QString exact(double number)
+{
+    return QString::number(number, 'g', QLocale::FloatingPointShortest);
+}
+
+QDomElement viewElement(ViewState const& view, QDomDocument& document)
+{
+    QDomElement element = document.createElement(ViewTag);
+    element.setAttribute(CursorAttribute, view.cursorTime);
+    element.setAttribute(ZoomAttribute, exact(view.zoomRate));
+    element.setAttribute(LeftAttribute, exact(view.leftTime));
+    for (int time : view.markerTimes) {
+        QDomElement marker = document.createElement(MarkerTag);
+        marker.setAttribute(TimeAttribute, time);
+        element.appendChild(marker);
+    }
+    return element;
+}
+
+ViewState viewFrom(QDomElement const& element)
+{
+    ViewState view;
+    view.cursorTime = element.attribute(CursorAttribute).toInt();
+    view.zoomRate = element.attribute(ZoomAttribute).toDouble();
+    view.leftTime = element.attribute(LeftAttribute).toDouble();
+    QDomElement marker = element.firstChildElement(MarkerTag);
+    for (; !marker.isNull(); marker = marker.nextSiblingElement(MarkerTag))
+        view.markerTimes << marker.attribute(TimeAttribute).toInt();
+    return view;
+}
 
 } // namespace
 
@@ -28,14 +67,10 @@ bool writeSession(QString const& path, QByteArray const& configuration,
         QDomNode copy = parsed.document.importNode(saved.window, true);
         copy.toElement().setAttribute(CoreAttribute, saved.core);
         copy.toElement().setAttribute(DOM_ATTR_WINDOW_INDEX, 0);
+        copy.appendChild(viewElement(saved.view, parsed.document));
         root.appendChild(copy);
     }
-    QSaveFile file(path);
-    QByteArray const text = parsed.document.toByteArray(4);
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
-        return true;
-    error = file.errorString();
-    return false;
+    return writeWholeFile(path, parsed.document.toByteArray(4), error);
 }
 
 QList<SavedWindow> readSession(QString const& path, QDomDocument& document)
@@ -47,8 +82,11 @@ QList<SavedWindow> readSession(QString const& path, QDomDocument& document)
     ParsedDocument const parsed = parseVekDocument(file.readAll());
     document = parsed.document;
     QDomElement window = parsed.config().firstChildElement(DOM_TAG_WINDOW);
-    for (; !window.isNull(); window = window.nextSiblingElement(DOM_TAG_WINDOW))
-        windows.append({window.attribute(CoreAttribute).toInt(), window});
+    for (; !window.isNull(); window = window.nextSiblingElement(DOM_TAG_WINDOW)) {
+        QDomElement const view = window.firstChildElement(ViewTag);
+        windows.append(
+            {window.attribute(CoreAttribute).toInt(), window, !view.isNull(), viewFrom(view)});
+    }
     return windows;
 }
 

@@ -1,19 +1,21 @@
 #pragma once
 
-#include "model/capturecore.h"
+#include "wavemonitor/wavemonitorwidget.h"
 
 #include <QDomDocument>
 #include <QList>
 #include <QString>
 
 /// A session in one `.rsx` file: the configuration as its own reader takes it, and behind its cores
-/// a "Window" element for each core that has a capture.
+/// a "Window" element for each core that has a capture, with how it was looked at in a "View".
 
 /// A core's capture.
 struct SavedWindow
 {
     int core = 0;
     QDomElement window;
+    bool hasView = false; ///< Sessions of earlier versions don't have it.
+    WaveMonitor::ViewState view;
 };
 
 /// False, with an error, when the file can't be written; what stood there before stays whole.

@@ -4,10 +4,11 @@
 //     core_config design.vek --grab out.png   writes the window's picture, and ends
 //
 // This is how a host application embeds the panel: a panel for each core, `save()` on each, and one
-// call that writes the file.
+// call that writes the file, whole or not at all.
 
 #include "model/standardfile.h"
 #include "model/vekfile.h"
+#include "results/wholefile.h"
 #include "triggerui/dynamicconfigwidget.h"
 
 #include <QApplication>
@@ -77,9 +78,12 @@ private:
     {
         for (auto* const panel : m_pages->findChildren<DynamicConfigWidget*>())
             panel->save();
-        if (!writeVEKConfigToXml(m_design.cores, m_design.path))
-            QMessageBox::critical(this, QStringLiteral("Error"),
-                                  QStringLiteral("%1 can't be written.").arg(m_design.path));
+        QString error;
+        QByteArray const text = writeVekConfigToString(m_design.cores).toLatin1();
+        if (!writeWholeFile(m_design.path, text, error))
+            QMessageBox::critical(
+                this, QStringLiteral("Error"),
+                QStringLiteral("%1 can't be written: %2.").arg(m_design.path, error));
     }
 
     Design& m_design;
@@ -96,6 +100,7 @@ int fail(QString const& text)
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();

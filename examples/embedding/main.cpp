@@ -39,10 +39,12 @@ static void showWindow(VEK::VekStandardDataManager& manager, WaveMonitorWidget& 
     element.setAttribute(VEK::DOM_ATTR_WINDOW_INDEX, window);
     monitor.setWindowsNum(window + 1);
     monitor.restore(element);
+    monitor.zoomFit();
 }
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QStringList const arguments = QApplication::arguments();
     VEK::VekStandardDataManager manager;
@@ -63,7 +65,8 @@ int main(int argc, char* argv[])
                      [&](int, int window) { showWindow(manager, monitor, window); });
     QObject::connect(&manager, &VEK::DataManager::triggerComplete, [&](int result) {
         if (result != VEK::Protocol::Result::Ok)
-            std::fprintf(stderr, "host: device error %d\n", result);
+            std::fprintf(stderr, "host: device error %d. %s\n", result,
+                         qPrintable(manager.deviceReason()));
         if (arguments.size() > 2) {
             QApplication::processEvents(); // the waves are laid out when the events come round
             QApplication::exit(monitor.grab().save(arguments.at(2)) ? 0 : 1);

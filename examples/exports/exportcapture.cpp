@@ -4,12 +4,14 @@
 //     export_capture results.rsx capture.prn       the first Window element of a results file
 //
 // The row at time t of the CSV file is the clock's rising edge at t microseconds of the VCD file.
+// The exit status is 0 when all of it was written.
 
 #include "results/prnexport.h"
 #include "results/vcdexport.h"
 #include "results/windowdocument.h"
 #include "results/windowreader.h"
 #include "support/csvwindow.h"
+#include "results/wholefile.h"
 
 #include <QFile>
 
@@ -44,12 +46,15 @@ int main(int argc, char* argv[])
         return std::fprintf(stderr, "export_capture: no capture in %s\n", argv[1]), 1;
 
     int const trigger = elementText(window.firstChildElement(DOM_TAG_TRIGGER_POSITION)).toInt();
-    bool const written =
-        target.endsWith(QLatin1String(".vcd"))
-            ? exportVCD(target, QStringLiteral("capture"), QStringLiteral("sample_clock"), true,
-                        QStringLiteral("ns"), 1000, trigger, window)
-            : exportPRN(target, QStringLiteral("us"), 1, window, PrnAllColumns);
-    if (!written)
-        std::fprintf(stderr, "export_capture: can't write %s\n", argv[2]);
-    return written ? 0 : 1;
+    auto const write = [&](QIODevice& file) {
+        if (!target.endsWith(QLatin1String(".vcd")))
+            return exportPRN(file, QStringLiteral("us"), 1, window, PrnAllColumns);
+        return exportVCD(file, QStringLiteral("capture"), QStringLiteral("sample_clock"), true,
+                         QStringLiteral("ns"), 1000, trigger, window);
+    };
+    QString error;
+    if (writeWholeFile(target, write, error))
+        return 0;
+    std::fprintf(stderr, "export_capture: can't write %s: %s\n", argv[2], qPrintable(error));
+    return 1;
 }

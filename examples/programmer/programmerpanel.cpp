@@ -51,6 +51,7 @@ void grabAfterSearch(VekProgrammerWidget& panel, QString const& path)
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();

@@ -42,6 +42,7 @@ bool showWindows(WaveMonitorWidget& monitor, QStringList const& files, int trigg
 
 int main(int argc, char* argv[])
 {
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication app(argc, argv);
     QCommandLineParser parser;
     QCommandLineOption const trigger(QStringLiteral("trigger"),

@@ -17,6 +17,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
+#include <sys/resource.h>
+
 namespace {
 
 QString const Source = VEK_SOURCE_ROOT;
@@ -54,6 +57,27 @@ QString configuration(QString const& path)
     qDeleteAll(cores);
     return text;
 }
+
+/// No file of the process grows beyond a few bytes.
+class FullDisk
+{
+public:
+    FullDisk() : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_limit);
+        rlimit const least{64, m_limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &least);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_limit);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_limit{};
+};
 
 } // namespace
 
@@ -159,6 +183,13 @@ private slots:
             window.run();
             QVERIFY2(window.messages().endsWith("Capture complete."),
                      qPrintable(window.messages()));
+            // the first window of the next run alone ends before all of these
+            window.look(300, {400, 290}, 0.5);
+            QString const view = "cursor 300, values of 300, markers 290 400, zoom 0.5";
+            QCOMPARE(window.view(), view);
+            window.run();
+            QCOMPARE(window.view(), view);
+
             runBatch(setup, "TK-503");
             for (int part : {0, 1}) {
                 auto const rows =
@@ -180,11 +211,14 @@ private slots:
                 Answers const answers({Answers::file(session)});
                 window.choose({"&File", "Save Session &As..."});
             }
-            QVERIFY(window.close()); // nothing to ask
+            QCOMPARE(window.shownTitle(), QString("session.rsx - Workbench"));
+            QVERIFY(window.action(session)); // among the recent files
+            QVERIFY(window.close());         // nothing to ask
         }
 
         Window window;
         QVERIFY(window.open(session));
+        QCOMPARE(window.view(), QString("cursor 300, values of 300, markers 290 400, zoom 0.5"));
         QCOMPARE(window.arrangement(), arranged);
         QCOMPARE(window.samples(), samples);
         QCOMPARE(configuration(session), configuration(setup));
@@ -192,6 +226,13 @@ private slots:
         QCOMPARE(window.monitor()->model()->rowCount(window.row(bus)), 3);
 
         window.chooseForRows({bus}, "Ungroup");
+        QTRY_COMPARE(window.shownTitle(), QString("session.rsx* - Workbench"));
+        {
+            Answers const answers({Answers::button("Cancel")});
+            QVERIFY(!window.close());
+        }
+        window.action("&Save")->trigger();
+        QCOMPARE(window.shownTitle(), QString("session.rsx - Workbench"));
         Answers const answers({Answers::number(1), Answers::file(path("again"))});
         window.choose({"&File", "&Export Window", "CSV..."});
         QCOMPARE(content(path("again.csv")), content(path("batch_core0_window1.csv")));
@@ -227,6 +268,9 @@ private slots:
             QVERIFY(first.open(setup));
             first.run();
             QVERIFY2(first.messages().endsWith("Capture complete."), qPrintable(first.messages()));
+            first.showTab(core == 1 ? "Core 1" : "Lite Core");
+            for (auto* const tabs : first.findChildren<QTabWidget*>())
+                QCOMPARE(tabs->currentIndex(), core);
             first.exportWindowAs(path("first.csv"), core, 0);
             QVERIFY(first.saveSessionAs(path("session.rsx")));
             first.exportWindowAs(path("no/such/folder.csv"), core, 0);
@@ -240,7 +284,30 @@ private slots:
         second.exportWindowAs(path("second.csv"), core, 0);
         QCOMPARE(content(path("second.csv")), expected);
         second.exportWindowAs(path("second.vcd"), core, 0);
-        QVERIFY(content(path("second.vcd")).contains("$enddefinitions"));
+        QVERIFY(content(path("second.vcd")).contains("$timescale\n  1 ns\n"));
+        QVERIFY(content(path("second.vcd")).contains("\n#1000\n1!\n\n#1500\n"));
+    }
+
+    void lostWindows_data()
+    {
+        QTest::addColumn<QByteArray>("fault"); // of two windows in two sections each
+        QTest::addColumn<int>("shown");
+        QTest::newRow("lost in the first") << QByteArray(R"("loses": 2)") << 0;
+        QTest::newRow("short in the first") << QByteArray(R"("shortens": 1)") << 0;
+        QTest::newRow("short in the last") << QByteArray(R"("shortens": 4)") << 1;
+    }
+
+    void lostWindows()
+    {
+        QFETCH(QByteArray, fault);
+        QFETCH(int, shown);
+        Window window;
+        QVERIFY(window.open(layBench(R"("faults": {"of": "READ_RAM", )" + fault + "}")));
+        window.run();
+        QString const loss = "Error: Core 0, window %1 of 2 did not come whole.";
+        QVERIFY2(window.messages().contains(loss.arg(shown)), qPrintable(window.messages()));
+        QVERIFY(window.messages().contains("Error: Capture incomplete"));
+        QCOMPARE(window.monitor()->model()->timeLength(), shown * 256);
     }
 
     /// A core that waits for ever: force it, repeat it, lose its server, close on it.
@@ -257,6 +324,7 @@ private slots:
         auto const isOver = [&] { return run->isEnabled(); };
 
         run->trigger();
+        QTRY_VERIFY(window.messages().contains("the stimulus has ended"));
         window.action("&Force Trigger")->trigger();
         QTRY_VERIFY_WITH_TIMEOUT(isOver(), 20000);
         QCOMPARE(window.monitor()->model()->timeLength(), 512);
@@ -319,6 +387,14 @@ private slots:
             QVERIFY(!window.close());
         }
         QVERIFY(window.isVisible());
+        QByteArray const before = content(setup);
+        {
+            FullDisk const full;
+            window.action("&Save")->trigger();
+        }
+        QVERIFY2(window.messages().contains("Error: " + setup + " can't be written"),
+                 qPrintable(window.messages()));
+        QCOMPARE(content(setup), before);
         Answers const answers({Answers::button("Save")});
         QVERIFY(window.close());
         QVERIFY(
@@ -330,6 +406,19 @@ private slots:
         for (auto* const action : next.findChildren<QAction*>())
             gone = action->text() == broken ? action : gone;
         QVERIFY(!gone);
+    }
+
+    void unusableBench()
+    {
+        QString const setup = layDemo("bus/bus-stall");
+        qputenv("VEK_BENCH",
+                write("bench.json", R"({"device": "TK-503", "design": "none"})").toUtf8());
+        Window window;
+        QVERIFY(window.open(setup));
+        window.run();
+        QString const reason = "Error: The server reports device error -100. " + path("none");
+        QVERIFY2(window.messages().contains(reason), qPrintable(window.messages()));
+        window.close(); // with its server
     }
 
     void troubles()
@@ -353,6 +442,15 @@ private slots:
             QLabel* const label = window.centralWidget()->findChild<QLabel*>("labelFile");
             return label && label->isVisible() ? label->text() : QString();
         };
+        QTRY_COMPARE(banner(), QString("Vek file '%1' has been changed on disk.").arg(setup));
+        for (QString const& answer : {QString("Cancel"), QString("Save")}) {
+            Answers const answers({Answers::button(answer)});
+            window.action("&Save")->trigger();
+            QCOMPARE(content(setup).endsWith("\n\n"), answer == "Cancel");
+        }
+        QCOMPARE(banner(), QString());
+        QVERIFY(file.open(QIODevice::Append) && file.write("\n") == 1);
+        file.close();
         QTRY_COMPARE(banner(), QString("Vek file '%1' has been changed on disk.").arg(setup));
         window.press("btnA");
         QTRY_COMPARE(banner(), QString());

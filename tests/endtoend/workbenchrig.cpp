@@ -1,5 +1,6 @@
 #include "workbenchrig.h"
 
+#include "wavemonitor/rulerview.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
 
@@ -150,6 +151,33 @@ QList<QBitArray> Window::samples(int core) const
     for (WaveMonitor::SignalElement const* element : monitor(core)->model()->signalElements())
         samples << element->data;
     return samples;
+}
+
+void Window::look(int cursor, QList<int> const& markers, double zoom)
+{
+    monitor()->rulerView()->cursorItem()->setTime(cursor);
+    monitor()->onUpdateCursorTime();
+    for (int marker : markers)
+        monitor()->rulerView()->addMarker(marker);
+    monitor()->zoomTo(zoom);
+}
+
+QString Window::view() const
+{
+    auto const* const ruler = monitor()->rulerView();
+    QStringList markers;
+    for (auto const* marker : ruler->timeMarkers())
+        markers << QString::number(marker->time());
+    return QString("cursor %1, values of %2, markers %3, zoom %4")
+        .arg(ruler->cursorItem()->time())
+        .arg(monitor()->model()->currentTime())
+        .arg(markers.join(' '))
+        .arg(monitor()->zoomRate());
+}
+
+QString Window::shownTitle() const
+{
+    return windowTitle().replace("[*]", isWindowModified() ? "*" : "");
 }
 
 void doubleClick(QAbstractItemView* view, QModelIndex const& index)

@@ -33,6 +33,12 @@ struct Window : MainWindow
     /// Rows, their order and the buses' members.
     QString arrangement() const;
     QList<QBitArray> samples(int core = 0) const;
+    /// Moves the cursor, sets markers, the last one active, and zooms.
+    void look(int cursor, QList<int> const& markers, double zoom);
+    /// Cursor, the value column's sample, markers and zoom.
+    QString view() const;
+    /// As the window manager shows it, with the mark of unsaved work.
+    QString shownTitle() const;
 };
 
 void doubleClick(QAbstractItemView* view, QModelIndex const& index);

@@ -66,6 +66,7 @@ private slots:
         QVERIFY(QFile::remove(m_file.path()));
         QVERIFY(writeVEKConfigToXml_Lite(result.cores, m_file.path()));
         QCOMPARE(m_file.content(), document());
+        QCOMPARE(writeVekConfigToString_Lite(result.cores).toUtf8(), document());
         QVERIFY(!writeVEKConfigToXml_Lite(result.cores, m_file.folder() + "/none/lite.vek"));
     }
 

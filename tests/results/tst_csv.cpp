@@ -1,6 +1,8 @@
 #include "model/bits.h"
 #include "results/csvexport.h"
 #include "results/csvimport.h"
+#include "results/prnexport.h"
+#include "results/vcdexport.h"
 #include "results/windowreader.h"
 
 #include "windows.h"
@@ -55,6 +57,7 @@ private slots:
     void manyColumns();
     void roundTrips();
     void badFiles();
+    void refusedWrites();
 };
 
 void TestCsv::imports_data()
@@ -188,6 +191,29 @@ void TestCsv::badFiles()
         QVERIFY(!exportCSV(path, "us", 1, window.element) && !readCsv(path, items, data));
     if (QFile::exists("/dev/full")) // A full disk ends the export and nothing else.
         QVERIFY(exportCSV("/dev/full", "us", 1, window.element));
+}
+
+/// All formats, with what fits into the buffers and what does not.
+void TestCsv::refusedWrites()
+{
+    QTemporaryFile roomy;
+    QFile full("/dev/full");
+    if (!full.open(QIODevice::WriteOnly))
+        QSKIP("no device that is always full");
+    QVERIFY(roomy.open());
+    for (int samples : {1, 500000}) {
+        Window const shown(
+            windowXml(signalXml("0", "a", "", QString(samples, '1')), nodeXml("0")));
+        QDomElement const& window = shown.element;
+        auto const results = [&](QIODevice& device) {
+            return QList<bool>{exportCSV(device, "us", 1, window),
+                               exportPRN(device, "us", 1, window, PrnAllColumns),
+                               exportPRN(device, "us", 1, window, QList<int>{0}),
+                               exportVCD(device, "m", "c", true, "us", 1, 0, window)};
+        };
+        QCOMPARE(results(roomy), QList<bool>({true, true, true, true}));
+        QCOMPARE(results(full), QList<bool>({false, false, false, false}));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestCsv)
