@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QRandomGenerator>
 #include <QSpinBox>
+#include <QToolTip>
 
 using namespace WaveMonitor;
 using widgettools::inDialog;
@@ -159,6 +160,7 @@ private Q_SLOTS:
         editor->selectAll();
         QTest::keyClicks(editor, "a b/c[1:0]-"); // what the filter refuses does not even appear
         QCOMPARE(editor->text(), QString("abc[1:0]"));
+        QVERIFY(QToolTip::text().contains("letters, digits"));
         finish(editor);
         QCOMPARE(rig.text(rig.row(Divider)), QString("abc[1:0]"));
 
@@ -171,9 +173,19 @@ private Q_SLOTS:
         editor = rename(Clk);
         QVERIFY(editor);
         QCOMPARE(editor->text(), QString("top/clk"));
-        finish(editor); // the filter refuses it for its "/"
+        finish(editor); // as it came, "/" or not
+        QTRY_VERIFY(!editor);
+        QVERIFY(!rig.row(Clk).data(Qt::FontRole).value<QFont>().italic());
+
+        editor = rename(Clk);
+        QTest::keyClick(editor, Qt::Key_End);
+        QTest::keyClick(editor, Qt::Key_2);
+        QToolTip::hideText();
+        QTRY_VERIFY(QToolTip::text().isEmpty());
+        finish(editor); // the filter refuses it for its "/", and says so
         MonitorRig::settle();
         QVERIFY(editor && editor->isVisible());
+        QVERIFY(QToolTip::text().contains("letters, digits"));
         QTest::keyClick(editor, Qt::Key_Escape);
         QTRY_VERIFY(!editor);
         QCOMPARE(rig.text(rig.row(Clk)), QString("top/clk"));
