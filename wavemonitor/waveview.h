@@ -15,6 +15,7 @@
 
 namespace WaveMonitor {
 
+class NumberRow;
 struct Notification;
 
 /// The right pane of the monitor: the waves, with the lines of triggers, markers and cursor painted
@@ -149,7 +150,9 @@ private:
     void paintMarkers(QPainter& painter) const;
     void paintShades(QPainter& painter) const;
     void paintTimeLine(QPainter& painter, qint64 time, QColor const& color) const;
-    void paintDistance(QPainter& painter, int time, int from, QColor const& color) const;
+    void paintDistances(QPainter& painter, int activeTime) const;
+    void paintDistance(QPainter& painter, NumberRow& row, int time, int from,
+                       QColor const& color) const;
     double deviceX(qint64 time) const;
 
     QRect m_shadeLeft;

@@ -251,6 +251,29 @@ private Q_SLOTS:
         QCOMPARE(rect.bottomRight(), QPointF(qMax(10.0, metrics.horizontalAdvance("6")), 0.0));
     }
 
+    /// Of close flags only the cursor's or the active marker's number is written.
+    void numbersDontOverprint()
+    {
+        auto const numbers = [&] {
+            QImage const image = m_ruler->viewport()->grab().toImage();
+            return image.copy(0, 0, image.width(), 14); // above the flags
+        };
+        m_ruler->setZoomRate(0.1);
+        m_ruler->createMarker(51);
+        m_ruler->cursorItem()->setTime(90);
+        QImage const alone = numbers();
+        m_ruler->createMarker(52);
+        m_ruler->createMarker(91);
+        m_ruler->activeMarker(m_ruler->timeMarkers().at(2)->item());
+        QCOMPARE(numbers(), alone);
+        QCOMPARE(m_ruler->property("timeMarker").value<TimeSliderData*>()->time(), 51);
+        m_ruler->setZoomRate(1.0);
+        m_ruler->horizontalScrollBar()->setValue(50 * 50);
+        QImage const apart = numbers();
+        m_ruler->removeMarker(m_ruler->timeMarkers().at(2)->item());
+        QCOMPARE(numbers() != apart, widgettools::textIsSeen());
+    }
+
 private:
     std::unique_ptr<RulerView> m_ruler;
 };
