@@ -78,7 +78,7 @@ public:
     /// The horizontal scale, 1.0 at the start.
     double zoomRate() const { return m_zoomRate; }
     /// Sets the scale and announces it. Not clamped; a rate that is not finite or not above 0, or
-    /// the present one, changes nothing.
+    /// the present one, changes nothing. The cursor stays where it stands, or else the middle.
     void setZoomRate(double rate);
 
     int horizontalScrollBarValue() const;
@@ -110,6 +110,8 @@ public:
     Q_INVOKABLE QString handleEvents(Notification* note);
 
 public Q_SLOTS:
+    /// Fits the scene to rows that were moved or changed, whose items the source has placed.
+    void layOutEditedRows();
     void hScrollBarValueChanged(int value);
     /// Zooms so that this region of the viewport fills it, within the limits of the zoom steps.
     void zoomForRect(QRect rect);
@@ -139,6 +141,7 @@ private:
 
     void requestLayout(Layout kind);
     void applyLayout(Layout kind);
+    void zoomAround(double rate, double x);
     void settleLayout();
     void fitScene(QList<QGraphicsItem*> const& items);
     void takeMarkers(QObject const* sender);

@@ -2,6 +2,7 @@
 
 #include "tests/support/widgettools.h"
 #include "triggerui/realdialog.h"
+#include "wavemonitor/modellayout.h"
 #include "wavemonitor/rowheightsetting.h"
 #include "wavemonitor/transitions.h"
 #include "wavemonitor/treecontextmenu.h"
@@ -361,6 +362,24 @@ private Q_SLOTS:
             verify("grouping");
             rig.waves()->zoomOut();
             verify("zooming");
+            rig.select({});
+            rig.tree()->onNewDivider();
+            verify("a divider at the end");
+            for (int id = 10; id < 15; ++id)
+                rig.widget->addData(MonitorRig::signal(id, "more", [](int) { return true; }));
+            rig.tree()->scrollToBottom();
+            QCOMPARE(rig.waves()->verticalScrollBar()->value(),
+                     rig.tree()->verticalScrollBar()->value());
+            verify("rows that are added and scrolled to");
+            rig.tree()->collapse(rig.row(0));
+            MonitorRig::settle();
+            rig.model()->append2Parent({rig.row(0, 0), rig.row(0, 1)}, {});
+            verify("rows that leave a closed bus");
+            rig.widget->addData(BusData{"empty", "", {}});
+            rig.model()->layout()->root()->children.last()->formatter->setFormatType(
+                DataFormat::SignedBarChart);
+            rig.tree()->doItemsLayout();
+            verify("a bus without members");
         }
         QApplication::setPalette(before);
     }
