@@ -15,6 +15,10 @@ Q_LOGGING_CATEGORY(jtagLog, "vek.jtag", QtCriticalMsg)
 /// an ordinary design takes.
 constexpr qint64 MaxUnsent = 64 << 20;
 
+/// By this name the sockets' signals are queued and watched; Qt knows the type as QVariantMap
+/// alone.
+[[maybe_unused]] int const packType = qRegisterMetaType<CmdPack>("CmdPack");
+
 template <typename Client>
 void prepare(Client* client)
 {

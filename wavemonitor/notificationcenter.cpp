@@ -52,6 +52,8 @@ NotificationCenter::NotificationCenter()
     qRegisterMetaType<Notification*>("Notification*");
     qRegisterMetaType<QList<TimeSliderData*>>();
     qRegisterMetaType<QList<TimeSliderData*>>("QList<TimeSliderData*>");
+    // as RulerView's property spells it
+    qRegisterMetaType<TimeSliderData*>("TimeSliderData*");
     qRegisterMetaType<DataFormat::Type>();
 }
 

@@ -39,6 +39,11 @@ public:
     int num() const { return m_num; }
     void setNum(int num) { m_num = num; }
 
+    /// Pixels that the number takes from the flag's tip to the right.
+    double numberWidth() const;
+    /// Whether the number is painted, as at the start. Takes effect at the next paint.
+    void setNumberShown(bool shown) { m_numberShown = shown; }
+
     QRectF boundingRect() const override { return m_rect; }
     QPainterPath shape() const override { return m_shape; }
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
@@ -48,6 +53,7 @@ private:
     bool m_main = false;
     int m_length = 0;
     int m_num = 1;
+    bool m_numberShown = true;
     QPainterPath m_shape;
     QRectF m_rect;
 };
@@ -69,6 +75,11 @@ public:
     /// Stores the length and brings a time beyond it back.
     void setLength(int length);
 
+    /// Pixels that the number takes from the flag's tip to the right.
+    double numberWidth() const;
+    /// Whether the number is painted, as at the start. Takes effect at the next paint.
+    void setNumberShown(bool shown) { m_numberShown = shown; }
+
     QRectF boundingRect() const override { return m_rect; }
     QPainterPath shape() const override { return m_shape; }
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
@@ -76,6 +87,7 @@ public:
 private:
     int m_time = 0;
     int m_length = 0;
+    bool m_numberShown = true;
     QPainterPath m_shape;
     QRectF m_rect;
 };

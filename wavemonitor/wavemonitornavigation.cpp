@@ -26,8 +26,10 @@ bool isUsableRate(double rate)
 
 void WaveMonitorWidget::setZoomRate(double rate)
 {
-    if (isUsableRate(rate))
-        m_zoomRate = rate;
+    if (!isUsableRate(rate))
+        return;
+    m_zoomRate = rate;
+    m_fitWhenShown = false;
 }
 
 void WaveMonitorWidget::zoomTo(double rate)
@@ -59,6 +61,7 @@ void WaveMonitorWidget::zoomFit()
     int const width = m_waveView->width() - m_waveView->verticalScrollBar()->width();
     if (length > 0)
         zoomTo(width / (length * Constants::Graphics::kSampleWidth));
+    m_fitWhenShown = !m_wasShown; // the width is not known yet
 }
 
 void WaveMonitorWidget::jump(int time)

@@ -55,10 +55,10 @@ WaveMonitorWidget::WaveMonitorWidget(unsigned long long domain, QWidget* parent,
     m_autoCounterLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_autoCounterLabel->setFixedHeight(30); // with the header as high as the ruler
 
-    QScrollBar* const treeBar = m_treeView->verticalScrollBar();
-    QScrollBar* const waveBar = m_waveView->verticalScrollBar();
-    connect(treeBar, &QScrollBar::valueChanged, waveBar, &QScrollBar::setValue);
-    connect(waveBar, &QScrollBar::valueChanged, treeBar, &QScrollBar::setValue);
+    connect(m_treeView->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &WaveMonitorWidget::followTree);
+    connect(m_waveView->verticalScrollBar(), &QScrollBar::valueChanged,
+            m_treeView->verticalScrollBar(), &QScrollBar::setValue);
     layOut();
 }
 
@@ -135,6 +135,10 @@ void WaveMonitorWidget::makeViews()
     connect(m_rulerView, &RulerView::updateMarkerAct, this, &WaveMonitorWidget::updateMarkerAct);
     connect(m_waveView, &WaveView::updateMarkerAct, this, &WaveMonitorWidget::updateMarkerAct);
     connect(m_waveView, &WaveView::updateCursorTime, this, &WaveMonitorWidget::onUpdateCursorTime);
+    // Whoever moves it: a shorter capture and hosts do, too.
+    connect(m_rulerView->cursorItem(), &CursorSliderItem::xChanged, this,
+            &WaveMonitorWidget::onUpdateCursorTime);
+    connect(m_model, &SignalTreeModel::layoutEdited, m_waveView, &WaveView::layOutEditedRows);
 }
 
 void WaveMonitorWidget::layOut()
@@ -148,6 +152,31 @@ void WaveMonitorWidget::layOut()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(splitter);
+}
+
+/// Scrolls the waves to where the tree is. They hear of new rows later than the tree does.
+void WaveMonitorWidget::followTree(int value)
+{
+    QScrollBar* const bar = m_waveView->verticalScrollBar();
+    if (value > bar->maximum())
+        m_waveView->rearrangeItems();
+    bar->setValue(value);
+}
+
+void WaveMonitorWidget::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (m_wasShown)
+        return;
+    m_wasShown = true;
+    // Queued: a zoom that was set since, also in the waves themselves, has been heard of by then.
+    auto const fitAgain = [this] {
+        if (!m_fitWhenShown)
+            return;
+        zoomFit();
+        m_waveView->setZoomRate(m_zoomRate); // before the first picture, and not with the note
+    };
+    QMetaObject::invokeMethod(this, fitAgain, Qt::QueuedConnection);
 }
 
 void WaveMonitorWidget::addData(SignalData const& signal)
@@ -180,7 +209,7 @@ void WaveMonitorWidget::setWindowsNum(int count)
 void WaveMonitorWidget::setTriggerPosition(int time)
 {
     m_model->setTriggerPosition(time);
-    m_rulerView->cursorItem()->setTime(time);
+    setCursorTime(time);
     m_waveView->viewport()->update();
 }
 
@@ -233,8 +262,7 @@ void WaveMonitorWidget::restore(QDomElement const& window)
     m_treeView->setColumnWidth(0, 180);
     m_treeView->setColumnWidth(1, 120);
     // The value column shows the trigger's sample now, and the cursor stands where it reads.
-    m_rulerView->cursorItem()->setTime(m_model->triggerPosition());
-    onUpdateCursorTime();
+    setCursorTime(m_model->triggerPosition());
 }
 
 void WaveMonitorWidget::restoreLayout(QDomElement const& layout)
@@ -289,8 +317,11 @@ void WaveMonitorWidget::handleEvents(Notification* note)
     if (!note->isFrom(domain()))
         return;
     // An older rate must not undo one that the waves are still to be told of.
-    if (note->type == ZoomChanged && m_unheardZooms == 0)
-        setZoomRate(note->sender->property("zoomRate").toDouble());
+    if (note->type != ZoomChanged || m_unheardZooms > 0)
+        return;
+    double const rate = note->sender->property("zoomRate").toDouble();
+    if (rate != m_zoomRate)
+        setZoomRate(rate);
 }
 
 bool WaveMonitorWidget::eventFilter(QObject* watched, QEvent* event)

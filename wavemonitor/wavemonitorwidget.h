@@ -158,6 +158,8 @@ public Q_SLOTS:
     void zoomOut();
 
     /// Shows the whole capture, as far as the least zoom rate goes. Without data nothing changes.
+    /// Asked for before the monitor is first shown, this is done again then, in its real width,
+    /// unless another zoom was set since.
     void zoomFit();
 
     void slots_sectionResized(int index, int oldSize, int newSize);
@@ -176,12 +178,16 @@ public Q_SLOTS:
     void deleteAllMarkers();
     void onUpdateCursorTime();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void makeTree(int width);
     void makeCaptions();
     void placeCaptions();
     void makeViews();
     void layOut();
+    void followTree(int value);
     void dataChanged();
     void moveCursor(int time);
     TimeMarks marks() const;
@@ -195,6 +201,8 @@ private:
     QVector<int> m_captionShifts; // of each caption against its section, in pixels
     double m_zoomRate = 1.0;
     int m_unheardZooms = 0; // posted, but not delivered yet
+    bool m_wasShown = false;
+    bool m_fitWhenShown = false;
     int m_coreIndex = 0;
     int m_windowIndex = 0;
     int m_windowsNum = 1;

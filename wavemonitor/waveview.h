@@ -15,6 +15,7 @@
 
 namespace WaveMonitor {
 
+class NumberRow;
 struct Notification;
 
 /// The right pane of the monitor: the waves, with the lines of triggers, markers and cursor painted
@@ -77,7 +78,7 @@ public:
     /// The horizontal scale, 1.0 at the start.
     double zoomRate() const { return m_zoomRate; }
     /// Sets the scale and announces it. Not clamped; a rate that is not finite or not above 0, or
-    /// the present one, changes nothing.
+    /// the present one, changes nothing. The cursor stays where it stands, or else the middle.
     void setZoomRate(double rate);
 
     int horizontalScrollBarValue() const;
@@ -109,6 +110,8 @@ public:
     Q_INVOKABLE QString handleEvents(Notification* note);
 
 public Q_SLOTS:
+    /// Fits the scene to rows that were moved or changed, whose items the source has placed.
+    void layOutEditedRows();
     void hScrollBarValueChanged(int value);
     /// Zooms so that this region of the viewport fills it, within the limits of the zoom steps.
     void zoomForRect(QRect rect);
@@ -138,6 +141,7 @@ private:
 
     void requestLayout(Layout kind);
     void applyLayout(Layout kind);
+    void zoomAround(double rate, double x);
     void settleLayout();
     void fitScene(QList<QGraphicsItem*> const& items);
     void takeMarkers(QObject const* sender);
@@ -149,7 +153,9 @@ private:
     void paintMarkers(QPainter& painter) const;
     void paintShades(QPainter& painter) const;
     void paintTimeLine(QPainter& painter, qint64 time, QColor const& color) const;
-    void paintDistance(QPainter& painter, int time, int from, QColor const& color) const;
+    void paintDistances(QPainter& painter, int activeTime) const;
+    void paintDistance(QPainter& painter, NumberRow& row, int time, int from,
+                       QColor const& color) const;
     double deviceX(qint64 time) const;
 
     QRect m_shadeLeft;

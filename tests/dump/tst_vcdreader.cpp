@@ -159,7 +159,7 @@ private:
             "it has no xclk, cont[1], cont[0]; nearest to xclk: t.clk; nearest to cont: t.Count; "
             "v[4] is not one bit of its variable");
         add("r", "real 1 r r", "", "r is not one bit of its variable");
-        add("a a b", "wire 1 c b", "", "it has no a");
+        add("a a b", "wire 1 c b", "", "it has no a; nearest to a: t.b, t.clk");
         add("s s", "wire 1 c s $end\n$var wire 1 d s", "",
             "s may be the t.s of line 1 or that of line 2");
         add("s", "wire 1 c s $end $scope module b $end $var wire 1 d t.s", "",

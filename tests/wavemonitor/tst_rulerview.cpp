@@ -7,6 +7,8 @@
 #include <QMenu>
 #include <QScrollBar>
 
+#include <cmath>
+
 using namespace WaveMonitor;
 
 namespace {
@@ -64,6 +66,26 @@ void drag(RulerView& ruler, QPoint const& from, QPoint const& to)
     QWidget* viewport = ruler.viewport();
     widgettools::drag(viewport, Qt::LeftButton, from, to);
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
+}
+
+double luminance(QColor const& color)
+{
+    auto const linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
+}
+
+/// The contrast with the ruler's ground of the number that stands from column `x` on.
+double contrastAt(QImage const& image, int x)
+{
+    double darkest = 1.0;
+    for (int i = x; i < x + 16; ++i) {
+        for (int y = 0; y < image.height(); ++y)
+            darkest = std::min(darkest, luminance(image.pixelColor(i, y)));
+    }
+    return (luminance(Qt::gray) + 0.05) / (darkest + 0.05);
 }
 
 /// Opens the menu at a point, runs the entry of that index and returns the entries' texts.
@@ -249,6 +271,30 @@ private Q_SLOTS:
         QRectF const rect = m_ruler->timeMarker()->item()->boundingRect();
         QCOMPARE(rect.topLeft(), QPointF(0.0, -metrics.height() - 15.0));
         QCOMPARE(rect.bottomRight(), QPointF(qMax(10.0, metrics.horizontalAdvance("6")), 0.0));
+    }
+
+    /// Of close flags only the cursor's or the active marker's number is written.
+    void numbersDontOverprint()
+    {
+        auto const numbers = [&] {
+            QImage const image = m_ruler->viewport()->grab().toImage();
+            return image.copy(0, 0, image.width(), 14); // above the flags
+        };
+        m_ruler->setZoomRate(0.1);
+        m_ruler->createMarker(51);
+        m_ruler->cursorItem()->setTime(90);
+        QImage const alone = numbers();
+        m_ruler->createMarker(52);
+        m_ruler->createMarker(91);
+        m_ruler->activeMarker(m_ruler->timeMarkers().at(2)->item());
+        QCOMPARE(numbers(), alone);
+        QVERIFY(!widgettools::textIsSeen() || contrastAt(alone, 450) >= 4.5);
+        QCOMPARE(m_ruler->property("timeMarker").value<TimeSliderData*>()->time(), 51);
+        m_ruler->setZoomRate(1.0);
+        m_ruler->horizontalScrollBar()->setValue(50 * 50);
+        QImage const apart = numbers();
+        m_ruler->removeMarker(m_ruler->timeMarkers().at(2)->item());
+        QCOMPARE(numbers() != apart, widgettools::textIsSeen());
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "tests/support/widgettools.h"
 #include "widgets/realdialog.h"
+#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/tree/rowheightsetting.h"
 #include "wavemonitor/waves/transitions.h"
 #include "wavemonitor/tree/treecontextmenu.h"
@@ -11,6 +12,7 @@
 #include <QMenu>
 #include <QRandomGenerator>
 #include <QSpinBox>
+#include <QToolTip>
 
 using namespace WaveMonitor;
 using widgettools::inDialog;
@@ -159,6 +161,7 @@ private Q_SLOTS:
         editor->selectAll();
         QTest::keyClicks(editor, "a b/c[1:0]-"); // what the filter refuses does not even appear
         QCOMPARE(editor->text(), QString("abc[1:0]"));
+        QVERIFY(QToolTip::text().contains("letters, digits"));
         finish(editor);
         QCOMPARE(rig.text(rig.row(Divider)), QString("abc[1:0]"));
 
@@ -171,9 +174,19 @@ private Q_SLOTS:
         editor = rename(Clk);
         QVERIFY(editor);
         QCOMPARE(editor->text(), QString("top/clk"));
-        finish(editor); // the filter refuses it for its "/"
+        finish(editor); // as it came, "/" or not
+        QTRY_VERIFY(!editor);
+        QVERIFY(!rig.row(Clk).data(Qt::FontRole).value<QFont>().italic());
+
+        editor = rename(Clk);
+        QTest::keyClick(editor, Qt::Key_End);
+        QTest::keyClick(editor, Qt::Key_2);
+        QToolTip::hideText();
+        QTRY_VERIFY(QToolTip::text().isEmpty());
+        finish(editor); // the filter refuses it for its "/", and says so
         MonitorRig::settle();
         QVERIFY(editor && editor->isVisible());
+        QVERIFY(QToolTip::text().contains("letters, digits"));
         QTest::keyClick(editor, Qt::Key_Escape);
         QTRY_VERIFY(!editor);
         QCOMPARE(rig.text(rig.row(Clk)), QString("top/clk"));
@@ -349,6 +362,24 @@ private Q_SLOTS:
             verify("grouping");
             rig.waves()->zoomOut();
             verify("zooming");
+            rig.select({});
+            rig.tree()->onNewDivider();
+            verify("a divider at the end");
+            for (int id = 10; id < 15; ++id)
+                rig.widget->addData(MonitorRig::signal(id, "more", [](int) { return true; }));
+            rig.tree()->scrollToBottom();
+            QCOMPARE(rig.waves()->verticalScrollBar()->value(),
+                     rig.tree()->verticalScrollBar()->value());
+            verify("rows that are added and scrolled to");
+            rig.tree()->collapse(rig.row(0));
+            MonitorRig::settle();
+            rig.model()->append2Parent({rig.row(0, 0), rig.row(0, 1)}, {});
+            verify("rows that leave a closed bus");
+            rig.widget->addData(BusData{"empty", "", {}});
+            rig.model()->layout()->root()->children.last()->formatter->setFormatType(
+                DataFormat::SignedBarChart);
+            rig.tree()->doItemsLayout();
+            verify("a bus without members");
         }
         QApplication::setPalette(before);
     }

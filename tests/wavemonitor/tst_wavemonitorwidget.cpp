@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QSplitter>
+#include <QTabWidget>
 
 #include <functional>
 
@@ -62,6 +63,82 @@ private Q_SLOTS:
         QCOMPARE(cursor(rig)->time(), 11);
         QCOMPARE(value(0), QString("1"));
         QCOMPARE(value(1), QString("1"));
+    }
+
+    /// Also where the capture gets shorter under it.
+    void valuesAreTheCursors()
+    {
+        MonitorRig rig;
+        rig.widget->setCursorTime(150);
+        QList<QBitArray> datas;
+        for (SignalElement const* element : rig.model()->signalElements()) {
+            datas.append(element->data);
+            datas.last().truncate(104);
+        }
+        rig.widget->updataWaveDatas(datas);
+        auto const value = [&](int row) { return rig.model()->index(row, 1).data().toString(); };
+        QCOMPARE(rig.widget->cursorTime(), 103);
+        QCOMPARE(value(2), QString("1"));
+        rig.widget->rulerView()->cursorItem()->setTime(99);
+        QCOMPARE(value(2), QString("0"));
+        rig.widget->setTriggerPosition(500);
+        QCOMPARE(value(2), QString("1"));
+    }
+
+    void fitsWhenItIsFirstShown()
+    {
+        for (bool zoomed : {false, true}) {
+            QTabWidget tabs;
+            auto* const monitor = new WaveMonitorWidget(&tabs);
+            tabs.addTab(new QWidget, "front");
+            tabs.addTab(monitor, "behind");
+            monitor->addData(MonitorRig::signal(0, "s", [](int t) { return t > 9; }));
+            monitor->zoomFit();
+            tabs.resize(900, 300);
+            tabs.show();
+            MonitorRig::settle();
+            if (zoomed)
+                monitor->waveView()->setZoomRate(0.5);
+            tabs.setCurrentIndex(1);
+            MonitorRig::settle();
+            WaveView const* const waves = monitor->waveView();
+            QVERIFY(waves->width() > 500);
+            double const fit = (waves->width() - waves->verticalScrollBar()->width()) /
+                               (MonitorRig::Samples * 50.0);
+            QCOMPARE(waves->zoomRate(), zoomed ? 0.5 : fit);
+            monitor->zoomTo(2);
+            tabs.setCurrentIndex(0);
+            tabs.setCurrentIndex(1);
+            MonitorRig::settle();
+            QCOMPARE(waves->zoomRate(), 2.0); // the first showing alone
+        }
+    }
+
+    /// The cursor stays where it is seen, or the middle, and under the mouse what it points at.
+    void zoomKeepsItsPlace()
+    {
+        MonitorRig rig;
+        WaveView* const waves = rig.waves();
+        auto const x = [&](double time) { return waves->mapFromScene(QPointF(time * 50, 0)).x(); };
+        rig.widget->setCursorTime(100);
+        rig.widget->setViewState({100, {}, 1.0, 98.0});
+        int const seen = x(100);
+        QCOMPARE(seen, 100);
+        rig.widget->zoomIn();
+        MonitorRig::settle();
+        QVERIFY(qAbs(x(100) - seen) <= 1);
+        waves->zoomOut();
+        QVERIFY(qAbs(x(100) - seen) <= 1);
+
+        rig.widget->setCursorTime(10);
+        double const middle = waves->mapToScene(waves->viewport()->width() / 2, 0).x() / 50;
+        rig.widget->zoomIn();
+        MonitorRig::settle();
+        QVERIFY(qAbs(x(middle) - waves->viewport()->width() / 2) <= 1);
+
+        double const pointed = waves->mapToScene(100, 0).x() / 50;
+        widgettools::wheel(rig.widget->rulerView()->viewport(), {0, 120}, Qt::ControlModifier);
+        QVERIFY(qAbs(x(pointed) - 100) <= 1);
     }
 
     void walksTransitions()

@@ -2,6 +2,7 @@
 
 #include "wavemonitor/constants.h"
 #include "wavemonitor/notificationcenter.h"
+#include "wavemonitor/ruler/numberrow.h"
 #include "wavemonitor/ruler/scaleruler.h"
 
 #include <QAction>
@@ -224,6 +225,28 @@ void RulerView::moveMarker(TimeSliderItem* item, int time)
     announce(ActiveMarkerAboutToChange);
     placeMarker(item, time);
     report(ActiveMarkerChanged);
+}
+
+/// Of flags that stand close only the first's number is written: the cursor's, the active marker's,
+/// and so on.
+void RulerView::paintEvent(QPaintEvent* event)
+{
+    NumberRow row;
+    auto const place = [&](auto* slider) {
+        double const left = viewportTransform().map(slider->pos()).x();
+        double const right = left + slider->numberWidth();
+        bool const visible = right > 0.0 && left < viewport()->width();
+        slider->setNumberShown(visible && row.take(left, right));
+    };
+    if (m_cursor) {
+        place(m_cursor.data());
+    }
+    for (TimeSliderData const* data : qAsConst(m_timeMarkers)) {
+        if (data->item() != nullptr) {
+            place(data->item());
+        }
+    }
+    QGraphicsView::paintEvent(event);
 }
 
 void RulerView::mousePressEvent(QMouseEvent* event)

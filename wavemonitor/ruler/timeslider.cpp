@@ -14,6 +14,7 @@ namespace {
 
 constexpr double kFlagHeight = 15.0;
 constexpr double kMinWidth = 10.0;
+constexpr QRgb kCursorNumberColor = 0xFF552A00; ///< The cursor's orange can't be read on gray.
 constexpr int kFontPoints = 9;
 constexpr double kTextRoom = 15.0; ///< Pixels above a flag, up to the top of the ruler.
 constexpr int kFittingPixels = 12;
@@ -39,19 +40,22 @@ QRectF sliderRect(int time)
     return QRectF(0.0, -height, std::max(text.width(), kMinWidth), height);
 }
 
-void paintSlider(QPainter* painter, QPainterPath const& shape, int time, QColor const& outline,
-                 QColor const& filling)
+void paintFlag(QPainter* painter, QPainterPath const& shape, QColor const& outline,
+               QColor const& filling)
 {
-    painter->save();
     painter->setPen(outline);
     painter->setBrush(filling);
     painter->drawPath(shape);
+}
+
+void paintNumber(QPainter* painter, int time, QColor const& color)
+{
     QFont const font = fittingFont();
+    painter->setPen(color);
     painter->setFont(font);
     QSizeF const text = timeTextSize(font, time);
     painter->drawText(QRectF(QPointF(0.0, -kFlagHeight - text.height()), text), Qt::AlignCenter,
                       QString::number(time));
-    painter->restore();
 }
 
 } // namespace
@@ -90,9 +94,18 @@ void TimeSliderItem::setMain(bool main)
     update();
 }
 
+double TimeSliderItem::numberWidth() const
+{
+    return timeTextSize(fittingFont(), m_time).width();
+}
+
 void TimeSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
 {
-    paintSlider(painter, m_shape, m_time, Qt::white, m_main ? Qt::white : Qt::red);
+    painter->save();
+    paintFlag(painter, m_shape, Qt::white, m_main ? Qt::white : Qt::red);
+    if (m_numberShown)
+        paintNumber(painter, m_time, Qt::white);
+    painter->restore();
 }
 
 CursorSliderItem::CursorSliderItem(QGraphicsItem* parent)
@@ -116,9 +129,18 @@ void CursorSliderItem::setLength(int length)
     setTime(m_time);
 }
 
+double CursorSliderItem::numberWidth() const
+{
+    return timeTextSize(fittingFont(), m_time).width();
+}
+
 void CursorSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
 {
-    paintSlider(painter, m_shape, m_time, QColor(0xFFA500), QColor(0xFFA500));
+    painter->save();
+    paintFlag(painter, m_shape, QColor(0xFFA500), QColor(0xFFA500));
+    if (m_numberShown)
+        paintNumber(painter, m_time, QColor(kCursorNumberColor));
+    painter->restore();
 }
 
 TimeSliderData::~TimeSliderData()

@@ -33,8 +33,8 @@ QVariant sizeHint(LayoutNode const* node)
 {
     if (node->type != LayoutNode::Bus)
         return QVariant();
-    return QSize(0, isChart(node->formatter->formatType()) ? node->formatter->rowHeight()
-                                                           : Constants::Graphics::kRowHeight);
+    bool const chart = isChart(node->formatter->formatType()) && !node->children.isEmpty();
+    return QSize(0, chart ? node->formatter->rowHeight() : Constants::Graphics::kRowHeight);
 }
 
 } // namespace

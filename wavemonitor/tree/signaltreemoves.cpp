@@ -57,7 +57,7 @@ void SignalTreeModel::DeleteDivider(QModelIndex const& parent, QModelIndex const
     Q_EMIT layoutEdited();
 }
 
-/// Nobody could get rid of a bus without members, whose row has no place beside the waves.
+/// A user could not get rid of a bus without members.
 void SignalTreeModel::dropEmptyBus(LayoutNode* parent)
 {
     if (parent && asBus(parent) && parent->children.isEmpty())

@@ -55,12 +55,18 @@ void BusWaveItem::setMemberData(QList<QBitArray> const& members)
 
 void BusWaveItem::updateRowHeight()
 {
-    int const height = heightFor(*m_formatter);
+    int const height = m_memberless ? Constants::Graphics::kRowHeight : heightFor(*m_formatter);
     if (height == m_rowHeight)
         return;
     prepareGeometryChange();
     m_rowHeight = height;
     update();
+}
+
+void BusWaveItem::setMemberless(bool memberless)
+{
+    m_memberless = memberless;
+    updateRowHeight();
 }
 
 QRectF BusWaveItem::boundingRect() const

@@ -30,6 +30,9 @@ public:
     /// format or the height. Both functions above do it as well.
     void updateRowHeight();
 
+    /// A bus without members is 30 high in every format.
+    void setMemberless(bool memberless);
+
     int rowHeight() const override { return m_rowHeight; }
     QRectF boundingRect() const override;
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
@@ -37,6 +40,7 @@ public:
 private:
     BusSamples m_samples;
     DataFormatter const* m_formatter;
+    bool m_memberless = false;
     int m_rowHeight;
 };
 

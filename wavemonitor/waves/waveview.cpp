@@ -91,15 +91,26 @@ void WaveView::showEvent(QShowEvent* event)
 
 void WaveView::setZoomRate(double rate)
 {
+    double const middle = viewport()->width() / 2.0;
+    double const cursor = m_cursor ? viewportTransform().map(m_cursor->pos()).x() : middle;
+    bool const visible = cursor >= 0.0 && cursor < viewport()->width();
+    zoomAround(rate, visible ? cursor : middle);
+}
+
+/// What stands at that x of the viewport stays there, as far as the samples go.
+void WaveView::zoomAround(double rate, double x)
+{
     if (!std::isfinite(rate) || rate <= 0.0 || rate == m_zoomRate) {
         return;
     }
     NotificationCenter* hub = NotificationCenter::shared();
     hub->sendEvent(new Notification(ZoomAboutToChange, this), this);
+    double const time = viewportTransform().inverted().map(QPointF(x, 0.0)).x() / kSampleWidth;
     m_zoomRate = rate;
     int const vertical = verticalScrollBar()->value();
     setTransform(QTransform::fromScale(rate, 1.0));
-    verticalScrollBar()->setValue(vertical); // the anchor may have moved it by a pixel
+    scrollTo(time - x / (kSampleWidth * rate));
+    verticalScrollBar()->setValue(vertical); // the view's own anchor may have moved it by a pixel
     hub->postEvent(new Notification(ZoomChanged, this), this);
     hub->postEvent(new Notification(HorizontalScrollChanged, this), this);
 }
@@ -207,6 +218,11 @@ void WaveView::applyLayout(Layout kind)
     } else {
         rearrangeItems();
     }
+}
+
+void WaveView::layOutEditedRows()
+{
+    requestLayout(Layout::Rearrange);
 }
 
 void WaveView::settleLayout()

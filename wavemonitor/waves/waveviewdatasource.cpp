@@ -105,7 +105,7 @@ WaveItem* WaveViewDataSource::placeLeaf(LayoutNode* node, double y)
     return item;
 }
 
-/// The y below the bus. A bus without children has no height.
+/// The y below the bus.
 double WaveViewDataSource::placeBus(LayoutNode* node, int row, double y,
                                     QList<QGraphicsItem*>& placed)
 {
@@ -113,9 +113,8 @@ double WaveViewDataSource::placeBus(LayoutNode* node, int row, double y,
     BusWaveItem* const bus = busItemForNode(node);
     bus->setPos(0, y);
     placed.append(bus);
-    bus->updateRowHeight();
-    if (!node->children.isEmpty())
-        y += bus->rowHeight();
+    bus->setMemberless(node->children.isEmpty());
+    y += bus->rowHeight();
     QList<QBitArray> members;
     for (LayoutNode* child : qAsConst(node->children)) {
         WaveItem* const item = placeLeaf(child, y);

@@ -132,10 +132,8 @@ void WaveView::wheelEvent(QWheelEvent* event)
         QGraphicsView::wheelEvent(event);
         return;
     }
-    if (int const delta = event->angleDelta().y(); delta >= 1) {
-        zoomIn();
-    } else if (delta < 0) {
-        zoomOut();
+    if (int const delta = event->angleDelta().y(); delta != 0) {
+        zoomAround(clampedZoomRate(m_zoomRate * (delta > 0 ? 2.0 : 0.5)), event->position().x());
     }
     event->accept();
 }

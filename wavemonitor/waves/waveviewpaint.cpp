@@ -1,4 +1,5 @@
 #include "wavemonitor/constants.h"
+#include "wavemonitor/ruler/numberrow.h"
 #include "wavemonitor/ruler/rulerticks.h"
 #include "wavemonitor/waveview.h"
 
@@ -46,8 +47,10 @@ void WaveView::paintTimeLine(QPainter& painter, qint64 time, QColor const& color
     }
 }
 
-/// The distance in samples from time `from`, beside the line at `time`.
-void WaveView::paintDistance(QPainter& painter, int time, int from, QColor const& color) const
+/// The distance in samples from time `from`, beside the line at `time`, where there is room in the
+/// row.
+void WaveView::paintDistance(QPainter& painter, NumberRow& row, int time, int from,
+                             QColor const& color) const
 {
     double const x = deviceX(time);
     if (x < -kWidestDistance || x > viewport()->width()) {
@@ -56,6 +59,9 @@ void WaveView::paintDistance(QPainter& painter, int time, int from, QColor const
     QString const text = QString::number(qint64(time) - from);
     double const width = QFontMetricsF(painter.font(), viewport()).horizontalAdvance(text);
     QRectF const box(qRound(x) + 3, viewport()->height() - kDistanceHeight, width, kDistanceHeight);
+    if (!row.take(box.left(), box.right())) {
+        return;
+    }
     painter.setPen(color);
     painter.drawText(box, Qt::AlignCenter | Qt::TextDontClip, text);
 }
@@ -97,17 +103,28 @@ void WaveView::paintMarkers(QPainter& painter) const
             continue;
         }
         paintTimeLine(painter, (*marker)->time(), Qt::red);
-        if (activeTime >= 0) {
-            paintDistance(painter, (*marker)->time(), activeTime, Qt::red);
-        }
     }
     if (activeTime >= 0) {
         paintTimeLine(painter, activeTime, Qt::white);
     }
     if (m_cursor) {
         paintTimeLine(painter, m_cursor->time(), QColor(kCursorColor));
-        if (activeTime >= 0) {
-            paintDistance(painter, m_cursor->time(), activeTime, QColor(kCursorColor));
+    }
+    if (activeTime >= 0) {
+        paintDistances(painter, activeTime);
+    }
+}
+
+/// Of lines that stand close only the first's distance is written; the cursor's goes before all.
+void WaveView::paintDistances(QPainter& painter, int activeTime) const
+{
+    NumberRow row;
+    if (m_cursor) {
+        paintDistance(painter, row, m_cursor->time(), activeTime, QColor(kCursorColor));
+    }
+    for (QPointer<TimeSliderItem> const& marker : m_timeMarkers) {
+        if (marker && !marker->isMain()) {
+            paintDistance(painter, row, marker->time(), activeTime, Qt::red);
         }
     }
 }
