@@ -32,7 +32,6 @@ QTreeWidget* makeTree(QWidget* parent, char const* name, QStringList const& colu
     auto* const tree = named(new QTreeWidget(parent), name);
     tree->setHeaderLabels(columns);
     tree->setSelectionMode(QAbstractItemView::NoSelection);
-    tree->setFocusPolicy(Qt::ClickFocus); // the tab key goes from editor to editor
     tree->setUniformRowHeights(true);
     return tree;
 }
