@@ -1,6 +1,7 @@
 #include "triggerui/treelineedit.h"
 
 #include <QFont>
+#include <QKeyEvent>
 #include <QTreeWidget>
 
 namespace VEK {
@@ -44,6 +45,18 @@ void TreeLineEdit::focusInEvent(QFocusEvent* event)
     QLineEdit::focusInEvent(event);
     if (m_item)
         m_item->treeWidget()->scrollToItem(m_item);
+}
+
+void TreeLineEdit::keyPressEvent(QKeyEvent* event)
+{
+    bool const unfolds = event->text() == QLatin1String("+");
+    TreeLineEdit* const top = bus ? bus : this;
+    if (!top->m_item || (!unfolds && event->text() != QLatin1String("-"))) {
+        QLineEdit::keyPressEvent(event);
+        return;
+    }
+    top->setFocus(); // a bit's editor goes out of sight
+    top->m_item->setExpanded(unfolds);
 }
 
 QTreeWidgetItem* Signal2treeItem(QTreeWidget* tree, SignalItem const& item)

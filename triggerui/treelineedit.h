@@ -10,7 +10,8 @@ class QTreeWidgetItem;
 
 namespace VEK {
 
-/// The editor of one value row: a signal, a bus, or one bit of a bus.
+/// The editor of one value row: a signal, a bus, or one bit of a bus. The keys + and - unfold and
+/// fold the bus, as in the tree itself.
 ///
 /// Its text must be read with `displayText`: the mask fills blanks with "0", and `text` leaves
 /// every 0 out.
@@ -35,6 +36,7 @@ public:
 protected:
     /// The tab key may lead to a row out of sight, which must come into view.
     void focusInEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QTreeWidgetItem* m_item = nullptr; ///< The row that it is in, if any.

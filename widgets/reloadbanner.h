@@ -14,7 +14,7 @@ class ReloadBanner : public QWidget
 public:
     enum CheckType { Changed = 0, Removed = 1 };
 
-    /// `fileName` is shown as it stands.
+    /// `fileName` is shown as it stands, or without its beginning where there is no room for it.
     ReloadBanner(CheckType type, QString fileName, QWidget* parent);
 
 Q_SIGNALS:

@@ -186,6 +186,27 @@ private slots:
         }
     }
 
+    void unfoldsByKeyboard()
+    {
+        Core core;
+        Dialog dialog(core.unit);
+        QTreeWidgetItem* const bus = dialog.values0->topLevelItem(1);
+        dialog.row(1)->setFocus();
+        QTest::keyClicks(dialog.row(1), "1+");
+        QVERIFY(bus->isExpanded());
+        QTest::keyClick(dialog.row(1), Qt::Key_Tab);
+        QTest::keyClicks(dialog.row(1)->subEdits[0], "0-");
+        QVERIFY(!bus->isExpanded() && dialog.row(1)->hasFocus());
+        QCOMPARE(dialog.shown(), QString("0 00000000:00000000 0"));
+
+        dialog.row(0)->setFocus();
+        QTest::keyClick(dialog.row(0), Qt::Key_Backtab);
+        QVERIFY(dialog.values0->hasFocus());
+        QTest::keyClick(dialog.values0, Qt::Key_Down);
+        QTest::keyClick(dialog.values0, Qt::Key_Right);
+        QVERIFY(bus->isExpanded());
+    }
+
     /// Return in an editor takes what was typed and ends the dialog; an edge never comes of a
     /// digit.
     void returnAccepts()

@@ -151,6 +151,14 @@ private slots:
                  QString("Vek file 'x.vek' has been removed on disk."));
         QVERIFY(!child<QLabel>(changed, "label")->pixmap(Qt::ReturnByValue).isNull());
 
+        ReloadBanner longer(ReloadBanner::Changed, '/' + QString(500, 'x') + "/end.vek", nullptr);
+        QVERIFY(longer.minimumSizeHint().width() <= removed.sizeHint().width());
+        longer.resize(400, 40);
+        longer.show();
+        QRect const button = child<QPushButton>(longer, "btnA")->geometry();
+        QVERIFY(longer.rect().contains(button));
+        QVERIFY(!button.intersects(child<QLabel>(longer, "labelFile")->geometry()));
+
         QSignalSpy reloaded(&changed, &ReloadBanner::reload);
         QSignalSpy closed(&removed, &ReloadBanner::closeIt);
         press(changed, {"Reload"});
