@@ -5,10 +5,10 @@
 
 #include <unistd.h>
 
-Outcome captured(QVector<Capture> const& captures, QString const& prefix)
+Outcome captured(QVector<ExpectedWindow> const& captures, QString const& prefix)
 {
     Outcome outcome{0, "Start running VEK analyzer.\n", {}};
-    for (Capture const& capture : captures) {
+    for (ExpectedWindow const& capture : captures) {
         QString const name =
             prefix + QString("_core%1_window%2.csv").arg(capture.core).arg(capture.window);
         outcome.files[name] = capture.csv;

@@ -15,7 +15,7 @@ struct Outcome
 };
 
 /// A run that captures all of this, into files whose names begin with `prefix`.
-Outcome captured(QVector<Capture> const& captures, QString const& prefix);
+Outcome captured(QVector<ExpectedWindow> const& captures, QString const& prefix);
 
 /// A private install root with the built programs in it, and a private folder for their sockets:
 /// desks don't see one another, so tests run in parallel.

@@ -33,7 +33,7 @@ private slots:
             waves[clock] = Stimulus::readVcd(vcd, clock);
         auto const captures = expectedCaptures(setup.readAll(), waves);
         QVector<int> triggers;
-        for (Capture const& capture : captures)
+        for (ExpectedWindow const& capture : captures)
             triggers += capture.trigger;
         QTEST(triggers, "triggers");
 

@@ -1,12 +1,16 @@
+#include "oracle.h"
+#include "setup.h"
 #include "workbenchrig.h"
 
 #include "jtag/jtagsession.h"
 #include "model/standardfile.h"
 #include "programmer/devicecatalogue.h"
+#include "tests/support/widgettools.h"
 #include "wavemonitor/signaltreemodel.h"
 
 #include <QAction>
 #include <QLabel>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -15,10 +19,13 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTemporaryDir>
+#include <QTreeWidget>
 #include <QtTest>
 
 #include <csignal>
 #include <sys/resource.h>
+
+using namespace widgettools;
 
 namespace {
 
@@ -308,6 +315,58 @@ private slots:
         QVERIFY2(window.messages().contains(loss.arg(shown)), qPrintable(window.messages()));
         QVERIFY(window.messages().contains("Error: Capture incomplete"));
         QCOMPARE(window.monitor()->model()->timeLength(), shown * 256);
+    }
+
+    /// What a user sets in the panel of a core is what the chip captures.
+    void editAndCapture()
+    {
+        Waves waves = Stimulus::counter("count", 12, 1500);
+        for (int i = 0; i < 1500; ++i)
+            waves["flag"] += i % 400 == 277 ? '1' : '0';
+        QString const count = Setup::entry("count", 12), flag = Setup::entry("flag");
+        Setup::Core const core{128,
+                               100,
+                               1,
+                               true,
+                               false,
+                               count + flag,
+                               {{0, count}, {3, flag}},
+                               Setup::unit(0, 0, "000000000001") + Setup::unit(5, 3, "1")};
+        write("dump.vcd", Stimulus::toVcd(waves));
+        QString const setup = write("panel.vek", Setup::vek({core}));
+        qputenv("VEK_BENCH", write("bench.json", R"({"device": "TK-501", "design": "panel.vek",
+                                                    "stimulus": {"vcd": "dump.vcd"}})")
+                                 .toUtf8());
+        Window window;
+        QVERIFY(window.open(setup));
+        auto* const list = window.findChild<QListWidget*>("listExpressions");
+        inDialog([](QWidget* dialog) { press(*dialog, {"M0", "|", "M5", "OK"}); });
+        doubleClick(list, list->model()->index(0, 0));
+        auto* const units = window.findChild<QTableView*>("tableUnit");
+        inDialog([](QWidget* dialog) { // beyond the stimulus
+            press(*dialog, {"HEX"});
+            QVERIFY(QTest::qWaitForWindowActive(dialog));
+            auto* const tree = dialog->findChild<QTreeWidget*>("treeSignals0");
+            auto* const edit = tree->itemWidget(tree->topLevelItem(0), 1);
+            edit->setFocus();
+            QTest::keyClick(edit, Qt::Key_Home);
+            QTest::keyClicks(edit, "5DC");
+            QTest::keyClick(edit, Qt::Key_Tab);
+            press(*dialog, {"OK"});
+        });
+        doubleClick(units, units->model()->index(0, 1));
+        window.findChild<QComboBox*>("comboBoxWindow")->setCurrentText("2");
+        window.findChild<QComboBox*>("comboBoxAmount")->setCurrentText("64");
+        window.findChild<QSpinBox*>("spinBoxTrPos")->setValue(10);
+        window.run();
+        window.action("&Save")->trigger();
+        auto const captures = expectedCaptures(content(setup), {{"clk", waves}});
+        QCOMPARE(captures.size(), 2);
+        QCOMPARE(captures.at(0).trigger, 277);
+        for (int part : {0, 1}) {
+            window.exportWindowAs(path("edited.csv"), 0, part);
+            QCOMPARE(content(path("edited.csv")), captures.at(part).csv);
+        }
     }
 
     /// A core that waits for ever: force it, repeat it, lose its server, close on it.

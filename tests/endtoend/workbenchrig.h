@@ -3,7 +3,6 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/mainwindow.h"
 
-#include <QAbstractItemView>
 #include <QTimer>
 
 #include <functional>
@@ -40,8 +39,6 @@ struct Window : MainWindow
     /// As the window manager shows it, with the mark of unsaved work.
     QString shownTitle() const;
 };
-
-void doubleClick(QAbstractItemView* view, QModelIndex const& index);
 
 /// Answers the next dialogs, one after the other, as they open. All must have opened in its
 /// lifetime.

@@ -51,9 +51,6 @@ class tst_RegisterImage : public QObject
 
 private slots:
     void smallEncoders();
-    void matchUnits_data();
-    void matchUnits();
-    void defaultCore();
     void devices();
     void tables();
     void everyCombination();
@@ -73,55 +70,11 @@ void tst_RegisterImage::smallEncoders()
     QString const mask = "0010010000000000";
     QCOMPARE(bit2str(int16ShiftByUsedSite(3, str2bit(mask))), mask);
     QCOMPARE(bit2str(int16ShiftByUsedSite(2, str2bit(mask))), QString("0000010000000000"));
-}
-
-void tst_RegisterImage::matchUnits_data()
-{
-    QTest::addColumn<QStringList>("values");
-    QTest::addColumn<QString>("vectors"); // A, B, C and control
-    auto const row = [](int func, char const* value0, char const* value1, char const* vectors) {
-        QTest::addRow("%d %s", func, value0) << QStringList({value0, value1}) << vectors;
-    };
-    row(0, "X01RFB?r", "1", "00101000 01100100 00011100 1000");
-    row(1, "N1R0", "1111", "1100 1101 1010 1001");
-    row(2, "X1R0", "1111", "0100 0000 0000 1010");
-    row(3, "011X", "1000", "0000 0110 0000 1011");
-    row(4, "0111", "1000", "0111 0000 0000 1100");
-    row(5, "B111", "1000", "0000 0111 0000 1101");
-    row(6, "0001", "0110", "0001 0110 0000 1110");
-    row(7, "101", "N10", "101 010 000 1111");
-    row(8, "101", "010", "101 010 000 1000");
-    row(-1, "101", "010", "101 010 000 1000");
-    row(6, "101", "11010", "101 110 000 1110"); // too long: its first characters
-    row(7, "1010", "1", "1010 0001 0000 1111"); // too short: zeros in front
-}
-
-void tst_RegisterImage::matchUnits()
-{
-    QFETCH(QStringList, values);
-    auto const core = coreWith({5}, values.first().size());
-    MatchUnit* unit = core->matchUnit(5);
-    unit->func = MatchFunc(QString(QTest::currentDataTag()).section(' ', 0, 0).toInt());
-    unit->matchType = MatchRange; // plays no part
-    unit->value0 = values.first();
-    unit->value1 = values.last();
-    unit->counterEnable = unit->continuous = true;
+    auto const core = coreWith({5}, 4);
+    core->matchUnit(5)->value0 = "N1R0";
     QBitArray a(3, true), b(99, true), c; // replaced, whatever they held
-    bitForM(unit, a, b, c);
-    QTEST(texts({a, b, c, bitForMatchCtrl(unit)}).join(' '), "vectors");
-    unit->counterEnable = false;
-    QVERIFY(!bitForMatchCtrl(unit).testBit(0));
-}
-
-void tst_RegisterImage::defaultCore()
-{
-    SxCore core(18);
-    core.windowNum = 3;
-    QCOMPARE(texts(generateRegisterBit(&core, "TK-501", 0)),
-             QStringList({"10010", "0100100000000001000001111111111111111",
-                          "0100100000000001000010000001111111111",
-                          "0100100000000001000100000001111111101",
-                          "0100100000000001000110000000000000010"}));
+    bitForM(core->matchUnit(5), a, b, c);
+    QCOMPARE(texts({a, b, c}), QStringList({"1100", "1101", "1010"}));
 }
 
 void tst_RegisterImage::devices()
