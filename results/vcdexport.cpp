@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QLocale>
 #include <QtAlgorithms>
 
 #include <algorithm>
@@ -67,8 +68,9 @@ quint64 changedSamples(PackedText const& samples, int block, int place)
 void writeHeader(OutputBuffer& out, QString const& moduleName, QString const& clockName,
                  QString const& timeUnit, std::vector<Variable> const& variables)
 {
+    // plain digits, which the user's locale may not have
     QString const date =
-        QDateTime::currentDateTime().toString(QStringLiteral("dd/MM/yyyy hh:mm:ss"));
+        QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("dd/MM/yyyy hh:mm:ss"));
     auto const block = [&out](char const* name, QByteArray const& line) {
         VCD::Tag const tag(out, name);
         out.append(line + '\n');

@@ -14,6 +14,9 @@ QString lines(char const* text)
     return QString(text).replace('|', '\n').replace('\'', '"');
 }
 
+/// A locale with digits of its own, which must not show. Qt asks for it once, before main goes on.
+bool const isForeign = qputenv("LC_ALL", "fa_IR.UTF-8");
+
 /// The whole file, without the date.
 QString vcd(QString const& children, bool level, unsigned long long step, int trigger)
 {
