@@ -9,9 +9,24 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
+#include <algorithm>
+
+namespace {
+
+bool asksForHelp(int argc, char const* const* argv)
+{
+    return std::any_of(argv + 1, argv + argc, [](char const* argument) {
+        return QStringList{QStringLiteral("-h"), QStringLiteral("--help"),
+                           QStringLiteral("--help-all"), QStringLiteral("-v"),
+                           QStringLiteral("--version")}
+            .contains(QLatin1String(argument));
+    });
+}
+
+} // namespace
+
 int main(int argc, char* argv[])
 {
-    QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("vek"));
     QApplication::setApplicationName(QStringLiteral("workbench"));
     QApplication::setApplicationVersion(QStringLiteral(VEK_VERSION));
@@ -19,7 +34,8 @@ int main(int argc, char* argv[])
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("file"),
-                                 QStringLiteral("Configuration or session."));
+                                 QStringLiteral("Configuration or session."),
+                                 QStringLiteral("[file]"));
     QCommandLineOption const device(QStringLiteral("device"),
                                     QStringLiteral("Device on the desk, a row of the programmer."),
                                     QStringLiteral("name"));
@@ -27,6 +43,11 @@ int main(int argc, char* argv[])
                                   QStringLiteral("Capture, write pictures."),
                                   QStringLiteral("folder"));
     parser.addOptions({device, grab});
+    if (asksForHelp(argc, argv)) { // without a display too, where the other application aborts
+        QCoreApplication app(argc, argv);
+        parser.process(app);
+    }
+    QApplication app(argc, argv);
     parser.process(app);
 
     MainWindow window;
@@ -40,5 +61,5 @@ int main(int argc, char* argv[])
             return 1;
         window.grab(parser.value(grab));
     }
-    return QApplication::exec();
+    return QCoreApplication::exec();
 }
