@@ -68,8 +68,9 @@ quint64 changedSamples(PackedText const& samples, int block, int place)
 void writeHeader(OutputBuffer& out, QString const& moduleName, QString const& clockName,
                  QString const& timeUnit, std::vector<Variable> const& variables)
 {
-    QString const date = QLocale::c().toString( // readers know no other digits
-        QDateTime::currentDateTime(), QStringLiteral("dd/MM/yyyy hh:mm:ss"));
+    // plain digits, which the user's locale may not have
+    QString const date =
+        QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("dd/MM/yyyy hh:mm:ss"));
     auto const block = [&out](char const* name, QByteArray const& line) {
         VCD::Tag const tag(out, name);
         out.append(line + '\n');

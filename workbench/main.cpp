@@ -1,6 +1,6 @@
 // The workbench: a host application around the widgets.
 //
-//     workbench [--device NAME] [--grab FOLDER] [design.vek | session.rsx]
+//     vek-workbench [--device NAME] [--grab FOLDER] [design.vek | session.rsx]
 //
 // With --grab it runs one capture, writes pictures of its panes into the folder and ends.
 
@@ -9,10 +9,25 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
+#include <algorithm>
+
+namespace {
+
+bool asksForHelp(int argc, char const* const* argv)
+{
+    return std::any_of(argv + 1, argv + argc, [](char const* argument) {
+        return QStringList{QStringLiteral("-h"), QStringLiteral("--help"),
+                           QStringLiteral("--help-all"), QStringLiteral("-v"),
+                           QStringLiteral("--version")}
+            .contains(QLatin1String(argument));
+    });
+}
+
+} // namespace
+
 int main(int argc, char* argv[])
 {
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("vek"));
     QApplication::setApplicationName(QStringLiteral("workbench"));
     QApplication::setApplicationVersion(QStringLiteral(VEK_VERSION));
@@ -20,7 +35,8 @@ int main(int argc, char* argv[])
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("file"),
-                                 QStringLiteral("Configuration or session."));
+                                 QStringLiteral("Configuration or session."),
+                                 QStringLiteral("[file]"));
     QCommandLineOption const device(QStringLiteral("device"),
                                     QStringLiteral("Device on the desk, a row of the programmer."),
                                     QStringLiteral("name"));
@@ -28,6 +44,11 @@ int main(int argc, char* argv[])
                                   QStringLiteral("Capture, write pictures."),
                                   QStringLiteral("folder"));
     parser.addOptions({device, grab});
+    if (asksForHelp(argc, argv)) { // without a display too, where the other application aborts
+        QCoreApplication app(argc, argv);
+        parser.process(app);
+    }
+    QApplication app(argc, argv);
     parser.process(app);
 
     MainWindow window;
@@ -41,5 +62,5 @@ int main(int argc, char* argv[])
             return 1;
         window.grab(parser.value(grab));
     }
-    return QApplication::exec();
+    return QCoreApplication::exec();
 }

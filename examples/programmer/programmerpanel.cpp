@@ -9,6 +9,7 @@
 // what is on the desk.
 
 #include "programmer/devicecatalogue.h"
+#include "programmer/deviceselector.h"
 #include "programmer/vekprogrammermodel.h"
 #include "programmer/vekprogrammerwidget.h"
 
@@ -32,6 +33,23 @@ void useFirstCable(VekProgrammerWidget& panel)
     panel.updateChannel(cables.first().at(2).toInt());
 }
 
+/// Closes the chooser of devices that share an ID code, where nobody is there to choose: what the
+/// programmer called the device stands.
+class ChooserCloser : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* const chooser =
+            event->type() == QEvent::Show ? qobject_cast<DeviceSelector*>(watched) : nullptr;
+        if (chooser)
+            QMetaObject::invokeMethod(chooser, &QDialog::reject, Qt::QueuedConnection);
+        return false;
+    }
+};
+
 /// Searches, then writes the picture once the search has ended.
 void grabAfterSearch(VekProgrammerWidget& panel, QString const& path)
 {
@@ -44,6 +62,7 @@ void grabAfterSearch(VekProgrammerWidget& panel, QString const& path)
                 QTextStream(stderr) << "programmer_panel: " << path << " can't be written\n";
             QApplication::exit(written ? 0 : 1);
         });
+    qApp->installEventFilter(new ChooserCloser(&panel));
     panel.on_searchDevice_clicked();
 }
 

@@ -11,6 +11,9 @@ using namespace VEK;
 
 namespace {
 
+/// A locale with digits of its own, which must not show. Qt asks for it once, before main goes on.
+bool const isForeign = qputenv("LC_ALL", "fa_IR.UTF-8");
+
 /// The file that an element of a case asks for: `Csv`, `Prn` with a `mode` or a `selection`, or
 /// `Vcd`, which is given without its date.
 QString goldenExport(QDomElement const& choice, QDomElement const& window)
