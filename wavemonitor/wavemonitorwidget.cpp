@@ -68,6 +68,7 @@ WaveMonitorWidget::~WaveMonitorWidget()
     // The header tells of its geometry once more when it is hidden, and the captions are gone then.
     m_treeView->header()->disconnect(this);
     m_treeView->horizontalScrollBar()->disconnect(this);
+    m_treeView->verticalScrollBar()->disconnect(this); // scrolls back when all rows have gone
     m_waveView->setDataSource(nullptr);
     delete m_model; // with the wave items, before the scene that they are in
 }
