@@ -1,12 +1,13 @@
 #include "acquire/datamanager.h"
 
+#include "image/matchencoding.h"
+#include "image/registermap.h"
 #include "jtag/cablereport.h"
 #include "jtag/jtagsession.h"
 
 #include <QBitArray>
-#include <QCoreApplication>
 
-#include <unistd.h>
+#include <utility>
 
 namespace VEK {
 namespace {
@@ -31,6 +32,13 @@ void DataManager::setStatus(ANALYZER_STATUS status)
 {
     m_status = status;
     emit statusChanged(status != AnalyzerIdle);
+}
+
+bool DataManager::moveTo(ANALYZER_STATUS status)
+{
+    QPointer<DataManager> const self(this);
+    setStatus(status);
+    return self && m_status == status;
 }
 
 void DataManager::setTiming(int pollInterval, unsigned sectionPause)
@@ -74,8 +82,10 @@ void DataManager::onChainOpened(CmdPack const& reply)
     setReasons(reply.value(Protocol::Key::Reason).toString(), m_coreReason);
     if (result == Protocol::Result::Ok)
         return;
+    QPointer<DataManager> const self(this);
     stopDataTrigger();
-    emit triggerComplete(result);
+    if (self)
+        emit triggerComplete(result);
 }
 
 void DataManager::noteCoreReason(CmdPack const& reply)
@@ -139,28 +149,73 @@ CmdPack DataManager::readRequest(QString const& oprate, int size)
             {Protocol::Key::Size, size}};
 }
 
-bool DataManager::pauseForReplies()
+void DataManager::stopDataTrigger()
 {
-    QPointer<DataManager> const self(this);
-    usleep(m_sectionPause);
-    QCoreApplication::processEvents();
-    // data on the socket is announced by a queued call, which only a second round delivers
-    if (self)
-        QCoreApplication::processEvents();
-    return !self.isNull();
+    stopArmedCores();
+    send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
+    // what is on its way must not be taken for the replies of the next run; the required times
+    // leave none behind that matters, and deployed servers see their ids begin at 0
+    if (m_pacing == Pacing::ByReplies)
+        JtagSession::shared()->abandonAll();
+    else
+        JtagSession::shared()->cancelAll();
+    JtagSession::shared()->diagnosis(QStringLiteral("stop"));
+    if (resetRun())
+        emit triggerComplete(0);
 }
 
-void DataManager::askForSection(Section const& section, QBitArray const& burstWord, int size,
-                                ReplyHandler const& handler)
+bool DataManager::stopGracefully()
 {
-    auto const placed = [&](CmdPack pack) {
-        pack.insert(Protocol::Key::Section, section.index);
-        pack.insert(Protocol::Key::SectionCount, section.count);
-        pack.insert(Protocol::Key::Window, section.window);
-        return pack;
-    };
-    send(placed(writeRequest(Protocol::Oprate::BrustRead, burstWord)));
-    ask(placed(readRequest(Protocol::Oprate::ReadRam, size)), handler);
+    if (m_status == AnalyzerIdle)
+        return false;
+    JtagSession::shared()->abandonAll();
+    int const width = stopArmedCores();
+    QPointer<DataManager> const self(this);
+    if (width > 0) {
+        send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
+        ask(readRequest(Protocol::Oprate::ReadStartReg, width),
+            [self](CmdPack const&, bool* finished) {
+                *finished = true;
+                if (!self || !std::exchange(self->m_isStopAwaited, false) ||
+                    self->m_status != AnalyzerIdle) // another run is on already
+                    return;
+                emit self->stopTaken();
+                if (self)
+                    emit self->triggerComplete(0);
+            });
+    }
+    send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
+    if (!resetRun())
+        return false;
+    m_isStopAwaited = width > 0;
+    if (!m_isStopAwaited)
+        emit triggerComplete(0);
+    return width > 0;
+}
+
+void DataManager::finishRun()
+{
+    bool const isAlive = resetRun();
+    send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
+    if (isAlive)
+        emit triggerComplete(0);
+}
+
+/// Back to idle; the signals of the end follow in the callers. False when the manager is gone.
+bool DataManager::resetRun()
+{
+    m_pollTimer->stop();
+    m_windows = nullptr;
+    m_isPollOwed = false;
+    m_isFinishing = false;
+    m_isStopAwaited = false;
+    QPointer<DataManager> const self(this);
+    setStatus(AnalyzerIdle);
+    if (!self)
+        return false;
+    clearCapture();
+    m_autoRunCount = -1;
+    return true;
 }
 
 } // namespace VEK

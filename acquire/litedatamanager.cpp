@@ -3,7 +3,6 @@
 #include "image/matchencoding.h"
 #include "image/registerimage.h"
 #include "image/registermap.h"
-#include "jtag/jtagsession.h"
 #include "model/bits.h"
 #include "model/litefile.h"
 
@@ -82,7 +81,8 @@ void VekLiteDataManager::startDataTrigger(int delay)
 {
     if (!m_core)
         return;
-    setStatus(AnalyzerRunning);
+    if (!moveTo(AnalyzerRunning))
+        return;
     m_core->status = CoreArmed;
     if (delay > 0)
         m_delayTimer->start(delay);
@@ -102,8 +102,8 @@ void VekLiteDataManager::forceDataTrigger()
     m_delayTimer->stop();
     send(writeRequest(Protocol::Oprate::SelectCaptureInit,
                       regSelectData(Register::CaptureInitLite)));
-    ask(readRequest(Protocol::Oprate::ReadCaptureInit, width()),
-        handler(this, &VekLiteDataManager::onCaptureInit));
+    poll(readRequest(Protocol::Oprate::ReadCaptureInit, width()), false,
+         handler(this, &VekLiteDataManager::onCaptureInit));
 }
 
 void VekLiteDataManager::onCaptureInit(CmdPack const& reply, bool* finished)
@@ -115,24 +115,32 @@ void VekLiteDataManager::onCaptureInit(CmdPack const& reply, bool* finished)
         readCore(); // the capture is there already
         return;
     }
+    if (isFinalPoll()) { // no time is left to arm it
+        stopPolledCore();
+        return;
+    }
     writeStartRegister(StartValue::Arm);
-    setStatus(AnalyzerWaiting);
-    m_pollTimer->start();
+    if (!moveTo(AnalyzerWaiting))
+        return;
+    startPolling();
+    emit coreArmed(0);
 }
 
 void VekLiteDataManager::checkState()
 {
+    if (isPollOwed())
+        return;
     if (m_core && m_core->status == CoreArmed) {
         m_pollTimer->stop();
-        m_silenceTimer->start();
+        if (pacing() == Pacing::Timed)
+            m_silenceTimer->start();
         send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
-        ask(readRequest(Protocol::Oprate::ReadStartReg, width()),
-            handler(this, &VekLiteDataManager::onStartRegister));
+        poll(readRequest(Protocol::Oprate::ReadStartReg, width()), false,
+             handler(this, &VekLiteDataManager::onStartRegister));
         return;
     }
-    resetRun();
-    send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
-    emit triggerComplete(0);
+    m_silenceTimer->stop();
+    finishRun();
 }
 
 bool VekLiteDataManager::isPolling() const
@@ -153,7 +161,9 @@ void VekLiteDataManager::onStartRegister(CmdPack const& reply, bool* finished)
         return;
     }
     m_silenceTimer->stop();
-    m_pollTimer->start();
+    if (pacing() == Pacing::Timed && !isFinalPoll())
+        m_pollTimer->start();
+    onCoreWaiting();
 }
 
 void VekLiteDataManager::readCore()
@@ -161,53 +171,73 @@ void VekLiteDataManager::readCore()
     m_core->status = CoreFinished;
     m_pollTimer->stop();
     m_silenceTimer->stop();
-    setStatus(AnalyzerReading);
-    readRamData(width(), m_core->captureAmount);
+    QPointer<VekLiteDataManager> const self(this);
+    emit coreFired(0, false);
+    if (self && status() != AnalyzerIdle && moveTo(AnalyzerReading))
+        readRamData(width(), m_core->captureAmount);
 }
 
 void VekLiteDataManager::readRamData(int width, int depth)
 {
     if (m_autoRunCount >= 0)
         ++m_autoRunCount;
-    int const burst = std::min(depth, SectionSamples);
-    int const sections = sectionCount(depth, burst);
+    WindowRead read;
+    read.burst = std::min(depth, SectionSamples);
+    read.sections = sectionCount(depth, read.burst);
     m_sectionData.clear();
-    if (status() != AnalyzerReading || sections < 1)
+    m_isCut = false;
+    if (status() != AnalyzerReading)
         return;
-    // unsigned, so that nonsense wraps and never overflows
-    int const size = int(unsigned(width) * unsigned(burst) + unsigned(Protocol::RamTailBits));
-    unsigned short at = 0;
-    for (int i = 0; i < sections; ++i) {
-        if (!pauseForReplies())
-            return;
-        askForSection({i, sections, 0}, liteBurstWord(at, width), size,
-                      handler(this, &VekLiteDataManager::onSection));
-        if (status() != AnalyzerReading)
-            return;
-        at = static_cast<unsigned short>(at + burst);
+    if (read.sections < 1) {
+        if (pacing() == Pacing::ByReplies)
+            onReadBroken();
+        return;
     }
+    // unsigned, so that nonsense wraps and never overflows
+    read.size = int(unsigned(width) * unsigned(read.burst) + unsigned(Protocol::RamTailBits));
+    read.burstWord = [width](unsigned short at) { return liteBurstWord(at, width); };
+    readWindow(read);
 }
 
-void VekLiteDataManager::onSection(CmdPack const& reply, bool* finished)
+void VekLiteDataManager::onSection(int size, CmdPack const& reply, bool* finished)
 {
     *finished = true;
     if (status() != AnalyzerReading) // the section that a stop still let out
         return;
     QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
     m_sectionData.prepend(cutTail(bits, Protocol::RamTailBits));
-    if (m_sectionData.size() != reply.value(Protocol::Key::SectionCount).toInt())
+    m_isCut = m_isCut || bits.size() != size;
+    int const received = m_sectionData.size();
+    int const total = reply.value(Protocol::Key::SectionCount).toInt();
+    QPointer<VekLiteDataManager> const self(this);
+    emit readProgress(0, 0, received, total);
+    if (!self || status() != AnalyzerReading || received != total)
         return;
-    setStatus(AnalyzerReadDone); // before the signal: its receiver moves the run on
-    emit readRamComplete();
+    if (m_isCut)
+        emit windowIncomplete(0, 0);
+    if (!self || status() != AnalyzerReading)
+        return;
+    if (moveTo(AnalyzerReadDone)) // before the signal: its receiver moves the run on
+        emit readRamComplete();
+}
+
+void VekLiteDataManager::onReadBroken()
+{
+    QPointer<VekLiteDataManager> const self(this);
+    emit windowIncomplete(0, 0);
+    // no `readRamComplete` comes whose receiver would move the run on
+    if (self && status() == AnalyzerReading && moveTo(AnalyzerReadDone))
+        getCurrentData();
 }
 
 QList<QBitArray> VekLiteDataManager::getCurrentData()
 {
     QList<QBitArray> sections;
     sections.swap(m_sectionData);
-    setStatus(AnalyzerRunning);
+    if (!moveTo(AnalyzerRunning))
+        return sections;
     if (m_autoRunCount < 0) {
-        m_pollTimer->start();
+        startPolling();
     } else if (m_core) {
         m_core->status = CoreArmed;
         forceDataTrigger();
@@ -220,28 +250,32 @@ void VekLiteDataManager::writeStartRegister(unsigned int value)
     send(writeRequest(Protocol::Oprate::WriteStartReg, startRegisterWord(value, width())));
 }
 
-void VekLiteDataManager::stopDataTrigger()
+void VekLiteDataManager::stopPolledCore()
+{
+    stopArmedCores();
+    QPointer<VekLiteDataManager> const self(this);
+    emit coreStopped(0);
+    if (self && status() != AnalyzerIdle)
+        finishRun();
+}
+
+int VekLiteDataManager::stopArmedCores()
 {
     m_delayTimer->stop();
     m_pollTimer->stop();
-    if (m_core && m_core->status == CoreArmed) {
+    m_silenceTimer->stop();
+    if (!m_core)
+        return 0;
+    if (m_core->status == CoreArmed) {
         m_core->status = CoreFinished;
         writeStartRegister(StartValue::Stop);
     }
-    send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
-    JtagSession::shared()->cancelAll();
-    JtagSession::shared()->diagnosis(QStringLiteral("stop"));
-    resetRun();
-    emit triggerComplete(0);
+    return width();
 }
 
-void VekLiteDataManager::resetRun()
+void VekLiteDataManager::clearCapture()
 {
-    m_pollTimer->stop();
-    m_silenceTimer->stop();
-    setStatus(AnalyzerIdle);
     m_sectionData.clear();
-    m_autoRunCount = -1;
 }
 
 } // namespace VEK

@@ -35,7 +35,6 @@ public:
     /// Begins the capture: reads the memory if the capture is there already, else arms the core.
     /// No trigger is forced, despite the name.
     void forceDataTrigger();
-    void stopDataTrigger() override;
 
     /// Asks for `depth` samples of `width` bits in sections of up to 128, the last of which may go
     /// past the end.
@@ -51,14 +50,19 @@ public Q_SLOTS:
     void checkState() override;
     void onDelay();
 
+protected:
+    void onSection(int size, CmdPack const& reply, bool* finished) override;
+    void onReadBroken() override;
+    void stopPolledCore() override;
+    int stopArmedCores() override;
+    void clearCapture() override;
+
 private:
     int width() const;
     void writeStartRegister(unsigned int value);
     void onCaptureInit(CmdPack const& reply, bool* finished);
     void onStartRegister(CmdPack const& reply, bool* finished);
-    void onSection(CmdPack const& reply, bool* finished);
     void readCore();
-    void resetRun();
     bool isPolling() const;
 
     QTimer* const m_delayTimer;
@@ -66,6 +70,7 @@ private:
     QTimer* const m_silenceTimer;
     std::unique_ptr<SXCore_Lite> m_core;
     QList<QBitArray> m_sectionData; ///< The last received first.
+    bool m_isCut = false;           ///< A section has not its bits.
 };
 
 } // namespace VEK

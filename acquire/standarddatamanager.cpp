@@ -3,25 +3,25 @@
 #include "image/expressionimage.h"
 #include "image/matchencoding.h"
 #include "image/registermap.h"
-#include "model/alert.h"
-#include "jtag/jtagsession.h"
 #include "model/bits.h"
 #include "model/standardfile.h"
-#include "results/csvimport.h"
 
 #include <QFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace VEK {
 namespace {
 
 constexpr int PollInterval = 500; ///< ms
 
-/// Whole sections of a window of `depth` samples. A negative depth makes one, of that size.
-int sectionCount(int depth, int burst)
+/// Whether a reply to a read of the start register says that the capture is there. One without bits
+/// says nothing.
+bool saysFired(CmdPack const& reply)
 {
-    return burst == 0 ? 0 : depth / burst;
+    QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
+    return !bits.isEmpty() && is0(bits);
 }
 
 } // namespace
@@ -80,7 +80,9 @@ void VekStandardDataManager::startDataTrigger(QList<int> const& coreIndexes)
 {
     if (status() != AnalyzerIdle)
         return;
-    setStatus(AnalyzerRunning);
+    if (!moveTo(AnalyzerRunning))
+        return;
+    QList<SxCore*> armed;
     for (SxCore* core : qAsConst(m_cores)) { // what an earlier run has left
         core->status = CoreUnused;
         core->forced = false;
@@ -89,12 +91,26 @@ void VekStandardDataManager::startDataTrigger(QList<int> const& coreIndexes)
         SxCore* core = getCore(index);
         if (!core)
             continue;
-        if (core->captureInitDataEnabled)
+        if (core->captureInitDataEnabled) {
             core->status = CoreArmed;
-        else
+        } else {
             startTrigger(core);
+            armed.append(core);
+        }
     }
-    m_pollTimer->start();
+    startPolling();
+    tellArmed(armed);
+}
+
+/// Not before all words are out, since a receiver may stop the run.
+void VekStandardDataManager::tellArmed(QList<SxCore*> const& cores)
+{
+    QPointer<VekStandardDataManager> const self(this);
+    for (SxCore const* core : cores) {
+        if (!self || !m_cores.contains(const_cast<SxCore*>(core)) || core->status != CoreArmed)
+            return;
+        emit coreArmed(core->index);
+    }
 }
 
 void VekStandardDataManager::startTrigger(SxCore* core)
@@ -109,80 +125,48 @@ void VekStandardDataManager::restartDataTrigger()
 {
     if (status() != AnalyzerReadDone)
         return;
-    setStatus(AnalyzerRunning);
-    for (SxCore* core : getSelectedCores()) {
+    if (!moveTo(AnalyzerRunning))
+        return;
+    QList<SxCore*> const armed = getSelectedCores();
+    for (SxCore* core : armed) {
         core->status = CoreArmed;
         writeRegisters(generateRegisterBit(core, m_deviceName, m_fileKind));
         writeStartRegister(*core, StartValue::Arm);
     }
-    m_pollTimer->start();
+    // at the required times the chain deliberately stays at the last one
+    m_isSelectionLost =
+        pacing() == Pacing::ByReplies && !armed.isEmpty() && armed.last() != m_currentCore;
+    startPolling();
+    tellArmed(armed);
 }
 
-void VekStandardDataManager::forceDataTrigger()
+SxCore* VekStandardDataManager::firstArmed() const
 {
-    if (status() == AnalyzerReading)
-        return;
-    for (SxCore* core : qAsConst(m_cores)) {
-        if (core->status != CoreArmed)
-            continue;
-        core->forced = true;
-        selectCore(*core);
-        writeStartRegister(*core, StartValue::Force);
-    }
-}
-
-void VekStandardDataManager::stopDataTrigger()
-{
-    m_pollTimer->stop();
-    for (SxCore* core : qAsConst(m_cores)) {
-        core->forced = false; // also of a core that is being read
-        if (core->status != CoreArmed)
-            continue;
-        core->status = CoreFinished;
-        selectCore(*core);
-        writeStartRegister(*core, StartValue::Stop);
-    }
-    send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
-    JtagSession::shared()->cancelAll();
-    JtagSession::shared()->diagnosis(QStringLiteral("stop"));
-    resetRun();
-    emit triggerComplete(0);
-}
-
-/// Back to idle; the signals of the end follow in the callers.
-void VekStandardDataManager::resetRun()
-{
-    m_currentCore = nullptr;
-    setStatus(AnalyzerIdle);
-    m_windowData.clear();
-    m_autoRunCount = -1;
-}
-
-void VekStandardDataManager::onTimeout()
-{
-    stopDataTrigger();
-    showAlert({AlertKind::Critical, QStringLiteral("Error"),
-               QStringLiteral("ERROR: No response was reveived from Scanbridge, the server "
-                              "probably timed out.")});
+    auto const armed = std::find_if(m_cores.begin(), m_cores.end(),
+                                    [](SxCore const* core) { return core->status == CoreArmed; });
+    return armed == m_cores.end() ? nullptr : *armed;
 }
 
 void VekStandardDataManager::checkState()
 {
-    auto const armed = std::find_if(m_cores.begin(), m_cores.end(),
-                                    [](SxCore const* core) { return core->status == CoreArmed; });
-    if (armed == m_cores.end()) {
+    if (isPollOwed())
+        return;
+    SxCore* const core = firstArmed();
+    if (!core) {
         if (status() == AnalyzerReadDone) {
-            m_pollTimer->stop();
-            resetRun();
-            send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
-            emit triggerComplete(0);
+            m_currentCore = nullptr;
+            finishRun();
         }
         return;
     }
-    SxCore* core = *armed;
-    setStatus(AnalyzerRunning);
+    if (!moveTo(AnalyzerRunning) || core != firstArmed())
+        return;
+    if (m_isForceDue)
+        forceDataTrigger();
     if (core != m_currentCore) {
         m_currentCore = core;
+        m_isSelectionLost = false;
+        restartBackoff();
         selectCore(*core);
     }
     if (!core->captureInitDataEnabled || core->forced)
@@ -208,19 +192,28 @@ void VekStandardDataManager::writeRegisters(QList<QBitArray> const& words)
         send(writeRequest(Protocol::Oprate::WriteRegistor, word));
 }
 
+/// After words to another core the chain is turned back to the one that is polled.
+void VekStandardDataManager::reselectCore()
+{
+    if (std::exchange(m_isSelectionLost, false))
+        selectCore(*m_currentCore);
+}
+
 void VekStandardDataManager::pollStartRegister(
     void (VekStandardDataManager::*onReply)(CmdPack const&, bool*))
 {
+    reselectCore();
     send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
-    ask(readRequest(Protocol::Oprate::ReadStartReg, m_currentCore->dataOutShiftWidth()),
-        handler(this, onReply));
+    poll(readRequest(Protocol::Oprate::ReadStartReg, m_currentCore->dataOutShiftWidth()),
+         m_currentCore->forced, handler(this, onReply));
 }
 
 void VekStandardDataManager::pollCaptureInit()
 {
+    reselectCore();
     send(writeRequest(Protocol::Oprate::SelectCaptureInit, regSelectData(Register::CaptureInit)));
-    ask(readRequest(Protocol::Oprate::ReadCaptureInit, m_currentCore->dataOutShiftWidth()),
-        handler(this, &VekStandardDataManager::onCaptureInit));
+    poll(readRequest(Protocol::Oprate::ReadCaptureInit, m_currentCore->dataOutShiftWidth()),
+         m_currentCore->forced, handler(this, &VekStandardDataManager::onCaptureInit));
 }
 
 /// A core with initial data is armed only once the chip reports that its data is there.
@@ -233,8 +226,15 @@ void VekStandardDataManager::onCaptureInit(CmdPack const& reply, bool* finished)
         pollStartRegister(&VekStandardDataManager::onStartRegisterAfterInit);
         return;
     }
-    startTrigger(m_currentCore);
+    if (isFinalPoll()) { // no time is left to arm it
+        stopPolledCore();
+        return;
+    }
+    SxCore* const core = m_currentCore;
+    startTrigger(core);
+    restartBackoff();
     pollStartRegister(&VekStandardDataManager::onStartRegister);
+    tellArmed({core});
 }
 
 bool VekStandardDataManager::isPolling() const
@@ -246,9 +246,12 @@ void VekStandardDataManager::onStartRegister(CmdPack const& reply, bool* finishe
 {
     *finished = true;
     noteCoreReason(reply);
-    QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
-    if (!isPolling() || bits.isEmpty() || !is0(bits) || !m_currentCore)
+    if (!isPolling() || !m_currentCore)
         return;
+    if (!saysFired(reply)) {
+        onCoreWaiting();
+        return;
+    }
     m_currentCore->status = CoreFinished;
     if (m_autoRunCount >= 0)
         ++m_autoRunCount;
@@ -260,105 +263,15 @@ void VekStandardDataManager::onStartRegisterAfterInit(CmdPack const& reply, bool
 {
     *finished = true;
     noteCoreReason(reply);
-    QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
-    if (bits.isEmpty() || !is0(bits) || !m_currentCore)
-        return;
-    m_currentCore->status = CoreFinished;
-    readTriggeredCore();
-}
-
-void VekStandardDataManager::readTriggeredCore()
-{
-    m_pollTimer->stop();
-    readRunningCore();
-}
-
-void VekStandardDataManager::readRunningCore()
-{
-    if (!isPolling() || !m_currentCore)
-        return;
-    setStatus(AnalyzerReading);
-    if (!m_currentCore) // a receiver has stopped the run
-        return;
-    m_windowData.clear();
-    SxCore const& core = *m_currentCore;
-    int const windows = core.windowNum;
-    int const amount = core.captureAmount;
-    if (sectionCount(amount, std::min(amount, SectionSamples)) < 1)
-        return; // no window would ever get a section
-    // kept apart from the core, which a stop in the middle of the read lets go
-    qint64 const parts = fixedWindowNum(unsigned(windows));
-    qint64 const share = parts ? core.storageDepth / parts : 0;
-    int const signalCount = core.dataSignals().size() + 1;
-    int const shiftWidth = core.dataOutShiftWidth();
-    QPointer<VekStandardDataManager> const self(this);
-    for (int window = 0; window < windows && status() == AnalyzerReading; ++window) {
-        m_windowData.append(QList<QBitArray>());
-        readRamData(window, int(share * window), signalCount, shiftWidth, amount);
-        if (!self)
-            return;
-    }
-}
-
-void VekStandardDataManager::readRamData(int window, int address, int signalCount, int shiftWidth,
-                                         int depth)
-{
-    Q_UNUSED(signalCount)
-    int const burst = std::min(depth, SectionSamples);
-    int const sections = sectionCount(depth, burst);
-    if (status() != AnalyzerReading || sections < 1)
-        return;
-    // unsigned, so that nonsense wraps and never overflows
-    int const size = int(unsigned(shiftWidth) * unsigned(burst) +
-                         unsigned(Protocol::RamHeadBits + Protocol::RamTailBits));
-    auto at = static_cast<unsigned short>(address);
-    auto const count = static_cast<unsigned short>(burst);
-    for (int i = 0; i < sections; ++i) {
-        if (!pauseForReplies())
-            return;
-        askForSection({i, sections, window}, brustReadData(at, count), size,
-                      handler(this, &VekStandardDataManager::onSection));
-        if (status() != AnalyzerReading)
-            return;
-        at = static_cast<unsigned short>(at + burst);
-    }
-}
-
-void VekStandardDataManager::onSection(CmdPack const& reply, bool* finished)
-{
     if (!m_currentCore)
         return;
-    QBitArray const bits = reply.value(Protocol::Key::Data).toBitArray();
-    int const window = reply.value(Protocol::Key::Window).toInt();
-    *finished = true;
-    if (window < 0 || window >= m_windowData.size())
+    if (!saysFired(reply)) {
+        if (isPolling())
+            onCoreWaiting();
         return;
-    QList<QBitArray>& sections = m_windowData[window];
-    sections.prepend(cutTail(cutHead(bits, Protocol::RamHeadBits), Protocol::RamTailBits));
-    if (sections.size() != reply.value(Protocol::Key::SectionCount).toInt())
-        return;
-    if (window + 1 == m_currentCore->windowNum)
-        setStatus(AnalyzerReadDone); // before the signal: its receiver moves the run on
-    QPointer<VekStandardDataManager> const self(this);
-    emit readRamComplete(m_currentCore->index, window);
-    if (self && m_currentCore)
-        m_currentCore->forced = false;
-}
-
-QList<QBitArray> VekStandardDataManager::getCurrentData(int window)
-{
-    QList<QBitArray> const sections = m_windowData.value(window);
-    if (m_autoRunCount >= 0)
-        restartDataTrigger();
-    else if (status() == AnalyzerReadDone)
-        m_pollTimer->start();
-    return sections;
-}
-
-bool VekStandardDataManager::readCsvFile(QString const& file, QList<SignalItem>& signalList,
-                                         QList<QBitArray>& dataList)
-{
-    return readCsv(file, signalList, dataList);
+    }
+    m_currentCore->status = CoreFinished;
+    readTriggeredCore();
 }
 
 } // namespace VEK

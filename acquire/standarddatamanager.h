@@ -47,7 +47,10 @@ public:
     void startTrigger(SxCore* core);
     /// Forces a trigger on all cores that are armed; not while one is being read.
     void forceDataTrigger();
-    void stopDataTrigger() override;
+    /// The same; while a core is being read, as soon as that is done.
+    void forceArmedCores();
+    /// Stops one armed core alone; the others go on. Does nothing for a core that is not armed.
+    void stopCore(SxCore* core);
     /// Arms the cores of a run again after a read. Expressions stay as first loaded.
     void restartDataTrigger();
 
@@ -75,24 +78,40 @@ public Q_SLOTS:
     /// Stops the run and reports a silent server. A host that wants a watchdog connects its timer.
     void onTimeout();
 
+protected:
+    void onSection(int size, CmdPack const& reply, bool* finished) override;
+    void onReadBroken() override;
+    void stopPolledCore() override;
+    int stopArmedCores() override;
+    void clearCapture() override;
+
 private:
     void selectCore(SxCore const& core);
+    void reselectCore();
+    void writeStop(SxCore& core);
     void writeStartRegister(SxCore const& core, unsigned int value);
     void writeRegisters(QList<QBitArray> const& words);
+    SxCore* firstArmed() const;
+    void tellArmed(QList<SxCore*> const& cores);
     void pollStartRegister(void (VekStandardDataManager::*onReply)(CmdPack const&, bool*));
     void pollCaptureInit();
     void onCaptureInit(CmdPack const& reply, bool* finished);
     void onStartRegister(CmdPack const& reply, bool* finished);
     void onStartRegisterAfterInit(CmdPack const& reply, bool* finished);
-    void onSection(CmdPack const& reply, bool* finished);
     void readTriggeredCore();
-    void resetRun();
+    static WindowRead windowRead(int window, int address, int shiftWidth, int depth);
+    void onWindow(int window);
+    bool tellIncomplete(int windows);
     bool isPolling() const;
 
     QString m_deviceName;
     QList<SxCore*> m_cores;
     SxCore* m_currentCore = nullptr;
+    bool m_isSelectionLost = false; ///< The chain was turned to another core than the current one.
+    bool m_isForceDue = false;
     QList<QList<QBitArray>> m_windowData; ///< Sections by window, the last received first.
+    QList<bool> m_isCut;                  ///< Windows with a section that has not its bits.
+    int m_sectionsPerWindow = 0;
     int m_fileKind = FileKindVek;
 };
 

@@ -10,13 +10,14 @@ namespace {
 using Protocol::Key::DataRequestId;
 using Protocol::Key::RequestId;
 
-/// Stores a callback under the lowest id that is free. The ids in the map are always 0, 1, 2... up
-/// to the most tasks that were ever in flight, so the lowest free one is either that of an empty
-/// entry or the map's size.
+/// Stores a callback under the lowest id that is free. The ids in the map are always `firstId` and
+/// those behind it, as many as tasks were ever in flight together, so the lowest free one is either
+/// that of an empty entry or the next one.
 template <typename Callback>
-unsigned int store(QMap<unsigned int, Callback>& callbacks, FreeIds& freeIds, Callback callback)
+unsigned int store(QMap<unsigned int, Callback>& callbacks, FreeIds& freeIds, unsigned int firstId,
+                   Callback callback)
 {
-    unsigned int id = unsigned(callbacks.size());
+    unsigned int id = firstId + unsigned(callbacks.size());
     if (!freeIds.empty()) {
         id = freeIds.top();
         freeIds.pop();
@@ -89,9 +90,10 @@ JtagSession* JtagSession::shared()
 void JtagSession::createTask(JtagRequest const& request, TaskCallback const& callback)
 {
     CmdPack pack = request.pack;
+    noteRequest(bool(callback));
     if (TaskCallback stored = callback) {
         QMutexLocker const locker(&taskLock);
-        pack.insert(RequestId, store(taskCallbacks, freeTaskIds, std::move(stored)));
+        pack.insert(RequestId, store(taskCallbacks, freeTaskIds, firstTaskId, std::move(stored)));
     }
     send(pack);
 }
@@ -99,9 +101,11 @@ void JtagSession::createTask(JtagRequest const& request, TaskCallback const& cal
 void JtagSession::createDataTask(JtagRequest const& request, DataTaskCallback const& callback)
 {
     CmdPack pack = request.pack;
+    noteRequest(bool(callback));
     if (DataTaskCallback stored = callback) {
         QMutexLocker const locker(&dataTaskLock);
-        pack.insert(DataRequestId, store(dataTaskCallbacks, freeDataTaskIds, std::move(stored)));
+        pack.insert(DataRequestId,
+                    store(dataTaskCallbacks, freeDataTaskIds, firstDataTaskId, std::move(stored)));
     }
     send(pack);
 }
@@ -118,22 +122,61 @@ void JtagSession::send(CmdPack const& pack)
 
 void JtagSession::cancelAll()
 {
+    forgetAll(false);
+}
+
+void JtagSession::abandonAll()
+{
+    forgetAll(true);
+}
+
+void JtagSession::forgetAll(bool idsGoOn)
+{
     // The old maps die outside the locks, since a callback may own objects with any destructor.
     QMap<unsigned int, TaskCallback> tasks;
     QMap<unsigned int, DataTaskCallback> dataTasks;
     {
         QMutexLocker const locker(&taskLock);
         tasks.swap(taskCallbacks);
+        firstTaskId = idsGoOn ? firstTaskId + unsigned(tasks.size()) : 0;
         freeTaskIds = {};
     }
     QMutexLocker const locker(&dataTaskLock);
     dataTasks.swap(dataTaskCallbacks);
+    firstDataTaskId = idsGoOn ? firstDataTaskId + unsigned(dataTasks.size()) : 0;
     freeDataTaskIds = {};
     ++cancelCount;
 }
 
+int JtagSession::owedReplies() const
+{
+    int owed = 0;
+    {
+        QMutexLocker const locker(&taskLock);
+        owed = taskCallbacks.size() - int(freeTaskIds.size());
+    }
+    QMutexLocker const locker(&dataTaskLock);
+    return owed + dataTaskCallbacks.size() - int(freeDataTaskIds.size());
+}
+
+void JtagSession::noteRequest(bool hasReply)
+{
+    if (!hasReply)
+        ++writesSinceReply;
+    else if (owedReplies() == 0)
+        silence.start();
+}
+
+JtagSession::ReplyDebt JtagSession::replyDebt() const
+{
+    int const owed = owedReplies();
+    return {owed, writesSinceReply, owed > 0 ? silence.elapsed() : 0};
+}
+
 void JtagSession::dataReturned(CmdPack const& pack)
 {
+    writesSinceReply = 0;
+    silence.start();
     auto const task = pack.constFind(RequestId);
     if (task != pack.constEnd())
         return returnToTask(task->toUInt(), pack);
@@ -201,11 +244,13 @@ bool JtagSession::connectServerForNlc(QString const& name)
 
 void JtagSession::switchSession(_Session const& session)
 {
+    writesSinceReply = 0;
     select(this, client, session.client);
 }
 
 void JtagSession::switchSessionForNlc(_SessionNlc const& session)
 {
+    writesSinceReply = 0;
     select(this, nlcClient, session.client);
 }
 

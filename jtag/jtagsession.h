@@ -4,6 +4,7 @@
 #include "jtag/jtagserver.h"
 #include "jtag/jtagtask.h"
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QMap>
 #include <QMutex>
@@ -61,6 +62,20 @@ public:
     /// Forgets all callbacks: replies on their way are dropped, and ids start at 0 again. May be
     /// called from inside a callback.
     void cancelAll();
+
+    /// The same, but ids go on: a reply on its way has an id that no later request gets, so that it
+    /// is never taken for the reply to another one.
+    void abandonAll();
+
+    /// What the server owes. Servers answer in order, so one that is alive answers after at most
+    /// some time and the time that the writes take it.
+    struct ReplyDebt
+    {
+        int replies = 0;   ///< Requests that a reply is awaited to.
+        int writes = 0;    ///< Requests without one that went out since the last reply.
+        qint64 waited = 0; ///< ms since the last reply or, if later, since a reply is owed; else 0.
+    };
+    ReplyDebt replyDebt() const;
 
     // Connections
 
@@ -182,19 +197,26 @@ private:
     JtagSession() = default;
 
     void send(CmdPack const& pack);
+    void forgetAll(bool idsGoOn);
+    int owedReplies() const;
+    void noteRequest(bool hasReply);
     void returnToTask(unsigned int id, CmdPack const& pack);
     void returnToDataTask(unsigned int id, CmdPack const& pack);
     void startServer(QString const& program, QStringList const& arguments, JtagServer const& server,
                      QList<JtagServer>& started);
 
     // Neither lock is held over a call out, nor while the other one is taken.
-    QMutex taskLock;
-    QMutex dataTaskLock;
+    mutable QMutex taskLock;
+    mutable QMutex dataTaskLock;
     QMap<unsigned int, TaskCallback> taskCallbacks; // a finished task leaves an empty function
     QMap<unsigned int, DataTaskCallback> dataTaskCallbacks;
     FreeIds freeTaskIds; // ids of the empty functions
     FreeIds freeDataTaskIds;
+    unsigned int firstTaskId = 0; // of the ids in the map
+    unsigned int firstDataTaskId = 0;
     unsigned int cancelCount = 0; // guarded by dataTaskLock
+    int writesSinceReply = 0;
+    QElapsedTimer silence; // runs once a reply was owed
     JtagClient* client = nullptr;
     JtagClientNlc* nlcClient = nullptr;
     QList<_Session> connections;
