@@ -10,9 +10,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QSplitter>
-#include <QTabWidget>
-
-#include <functional>
 
 using namespace WaveMonitor;
 
@@ -63,82 +60,6 @@ private Q_SLOTS:
         QCOMPARE(cursor(rig)->time(), 11);
         QCOMPARE(value(0), QString("1"));
         QCOMPARE(value(1), QString("1"));
-    }
-
-    /// Also where the capture gets shorter under it.
-    void valuesAreTheCursors()
-    {
-        MonitorRig rig;
-        rig.widget->setCursorTime(150);
-        QList<QBitArray> datas;
-        for (SignalElement const* element : rig.model()->signalElements()) {
-            datas.append(element->data);
-            datas.last().truncate(104);
-        }
-        rig.widget->updataWaveDatas(datas);
-        auto const value = [&](int row) { return rig.model()->index(row, 1).data().toString(); };
-        QCOMPARE(rig.widget->cursorTime(), 103);
-        QCOMPARE(value(2), QString("1"));
-        rig.widget->rulerView()->cursorItem()->setTime(99);
-        QCOMPARE(value(2), QString("0"));
-        rig.widget->setTriggerPosition(500);
-        QCOMPARE(value(2), QString("1"));
-    }
-
-    void fitsWhenItIsFirstShown()
-    {
-        for (bool zoomed : {false, true}) {
-            QTabWidget tabs;
-            auto* const monitor = new WaveMonitorWidget(&tabs);
-            tabs.addTab(new QWidget, "front");
-            tabs.addTab(monitor, "behind");
-            monitor->addData(MonitorRig::signal(0, "s", [](int t) { return t > 9; }));
-            monitor->zoomFit();
-            tabs.resize(900, 300);
-            tabs.show();
-            MonitorRig::settle();
-            if (zoomed)
-                monitor->waveView()->setZoomRate(0.5);
-            tabs.setCurrentIndex(1);
-            MonitorRig::settle();
-            WaveView const* const waves = monitor->waveView();
-            QVERIFY(waves->width() > 500);
-            double const fit = (waves->width() - waves->verticalScrollBar()->width()) /
-                               (MonitorRig::Samples * 50.0);
-            QCOMPARE(waves->zoomRate(), zoomed ? 0.5 : fit);
-            monitor->zoomTo(2);
-            tabs.setCurrentIndex(0);
-            tabs.setCurrentIndex(1);
-            MonitorRig::settle();
-            QCOMPARE(waves->zoomRate(), 2.0); // the first showing alone
-        }
-    }
-
-    /// The cursor stays where it is seen, or the middle, and under the mouse what it points at.
-    void zoomKeepsItsPlace()
-    {
-        MonitorRig rig;
-        WaveView* const waves = rig.waves();
-        auto const x = [&](double time) { return waves->mapFromScene(QPointF(time * 50, 0)).x(); };
-        rig.widget->setCursorTime(100);
-        rig.widget->setViewState({100, {}, 1.0, 98.0});
-        int const seen = x(100);
-        QCOMPARE(seen, 100);
-        rig.widget->zoomIn();
-        MonitorRig::settle();
-        QVERIFY(qAbs(x(100) - seen) <= 1);
-        waves->zoomOut();
-        QVERIFY(qAbs(x(100) - seen) <= 1);
-
-        rig.widget->setCursorTime(10);
-        double const middle = waves->mapToScene(waves->viewport()->width() / 2, 0).x() / 50;
-        rig.widget->zoomIn();
-        MonitorRig::settle();
-        QVERIFY(qAbs(x(middle) - waves->viewport()->width() / 2) <= 1);
-
-        double const pointed = waves->mapToScene(100, 0).x() / 50;
-        widgettools::wheel(rig.widget->rulerView()->viewport(), {0, 120}, Qt::ControlModifier);
-        QVERIFY(qAbs(x(pointed) - 100) <= 1);
     }
 
     void walksTransitions()
@@ -361,105 +282,6 @@ private Q_SLOTS:
         QCOMPARE(other.waves()->sceneRect().width(), 3 * MonitorRig::Samples * 50.0);
         other.select({other.row(2)});
         QCOMPARE(other.tree()->getNextTransition(110), 300);
-    }
-
-    /// Over fewer samples and back, also in a monitor that was never shown.
-    void viewStateIsPutBack()
-    {
-        MonitorRig rig;
-        rig.widget->zoomTo(2);
-        rig.widget->setMarkerTimes({150, 20, 190});
-        MonitorRig::settle();
-        rig.widget->setCursorTime(120);
-        rig.widget->jump(120);
-        ViewState const state = rig.widget->viewState();
-        QCOMPARE(state.markerTimes, (QList<int>{150, 20, 190}));
-        int const left = rig.waves()->horizontalScrollBar()->value();
-        auto const verify = [&](WaveMonitorWidget& monitor) {
-            QCOMPARE(monitor.cursorTime(), 120);
-            QCOMPARE(monitor.markerTimes(), state.markerTimes);
-            QVERIFY(monitor.rulerView()->timeMarker()->item()->isMain());
-            QCOMPARE(monitor.zoomRate(), 2.0);
-            QCOMPARE(monitor.waveView()->horizontalScrollBar()->value(), left);
-        };
-        QList<QBitArray> whole;
-        QList<QBitArray> half;
-        for (SignalElement const* element : rig.model()->signalElements()) {
-            whole.append(element->data);
-            half.append(element->data);
-            half.last().truncate(100);
-        }
-        rig.widget->updataWaveDatas(half);
-        QCOMPARE(rig.widget->markerTimes(), (QList<int>{99, 20, 99}));
-        rig.widget->updataWaveDatas(whole);
-        rig.widget->setViewState(state);
-        verify(*rig.widget);
-        MonitorRig::settle();
-        verify(*rig.widget);
-        QCOMPARE(rig.widget->rulerView()->horizontalScrollBar()->value(), left);
-
-        QDomDocument document;
-        QDomElement window = rig.widget->save(document);
-        window.setAttribute("index", 0);
-        WaveMonitorWidget opened(9);
-        opened.restore(window);
-        opened.setViewState(state);
-        opened.resize(rig.widget->size());
-        opened.show();
-        MonitorRig::settle();
-        verify(opened);
-        opened.setViewState({-1, {}, qQNaN(), qQNaN()});
-        QCOMPARE(opened.cursorTime(), 0);
-        QCOMPARE(opened.zoomRate(), 2.0);
-    }
-
-    /// Whatever changes what is saved tells so, and what comes with data does not.
-    void editsAreTold()
-    {
-        MonitorRig rig;
-        QSignalSpy edited(rig.widget.get(), &WaveMonitorWidget::layoutEdited);
-        auto const layout = [&] {
-            QDomDocument document;
-            document.appendChild(rig.widget->saveLayout(document));
-            return document.toString(-1);
-        };
-        auto* const tree = rig.tree();
-        auto const select = [&](int row) { rig.select({rig.row(row)}); };
-        std::pair<char const*, std::function<void()>> const edits[] = {
-            {"colour", [&] { select(1), tree->onWaveColorSetted(0xff0000); }},
-            {"format", [&] { select(0), tree->onDataFormatSetted(DataFormat::Octal); }},
-            {"short", [&] { select(0), tree->onShortName(); }},
-            {"long", [&] { select(0), tree->onLongName(); }},
-            {"rename", [&] { rig.model()->setData(rig.row(1), "c"); }},
-            {"original", [&] { select(1), tree->onRestoreOrgName(); }},
-            {"reverse", [&] { select(0), tree->onReverse(); }},
-            {"divider", [&] { tree->onNewDivider(); }},
-            {"delete", [&] { select(0), tree->onDeleteDivider(); }},
-            {"move", [&] { rig.model()->append2Parent({rig.row(0)}, {}); }},
-            {"group",
-             [&] {
-                 rig.select({rig.row(0), rig.row(1)}), tree->onGroupBus();
-             }},
-            {"ungroup", [&] { select(0), tree->onUngroupBus(); }},
-        };
-        for (auto const& [what, edit] : edits) {
-            QString const before = layout();
-            edited.clear();
-            edit();
-            QVERIFY2(layout() != before, what);
-            QVERIFY2(!edited.isEmpty(), what);
-        }
-        edited.clear();
-        rig.model()->setData(rig.row(1), rig.text(rig.row(1)));
-        rig.widget->addData(MonitorRig::signal(7, "more", [](int) { return true; }));
-        QDomDocument document;
-        rig.widget->restoreLayout(rig.widget->saveLayout(document));
-        QDomElement window = rig.widget->save(document);
-        window.setAttribute("index", 0);
-        rig.widget->restore(window);
-        rig.select({});
-        tree->onWaveColorSetted(0);
-        QVERIFY(edited.isEmpty());
     }
 
     void startsEmpty()
