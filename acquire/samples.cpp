@@ -1,8 +1,8 @@
 #include "acquire/samples.h"
 
 #include "acquire/sampledecoder.h"
-#include "results/windowbuilder.h"
 #include "model/bits.h"
+#include "results/windowbuilder.h"
 
 #include <algorithm>
 #include <iterator>

@@ -2,10 +2,10 @@
 
 #include "acquire/datamanager.h"
 #include "analyzer/console.h"
-#include "results/windowbuilder.h"
 #include "jtag/jtagsession.h"
 #include "jtag/protocol.h"
 #include "results/csvexport.h"
+#include "results/windowbuilder.h"
 #include "results/windowdocument.h"
 
 namespace VEK {

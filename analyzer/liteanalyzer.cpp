@@ -1,9 +1,9 @@
 #include "analyzer/liteanalyzer.h"
 
 #include "acquire/litedatamanager.h"
+#include "acquire/samples.h"
 #include "analyzer/batchrun.h"
 #include "analyzer/console.h"
-#include "acquire/samples.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 

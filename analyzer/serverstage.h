@@ -12,8 +12,8 @@ namespace VEK {
 /// Outcome of starting the server of a run.
 struct ServerStage
 {
-    int exitStatus = 0;            ///< 0, or the status with which the process must end at once.
-    QString serverName;            ///< The server that the run works with.
+    int exitStatus = 0;              ///< 0, or the status with which the process must end at once.
+    QString serverName;              ///< The server that the run works with.
     std::shared_ptr<CableHold> lock; ///< Keeps other runs from that server.
 };
 

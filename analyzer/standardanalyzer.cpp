@@ -1,9 +1,9 @@
 #include "analyzer/standardanalyzer.h"
 
+#include "acquire/samples.h"
 #include "acquire/standarddatamanager.h"
 #include "analyzer/batchrun.h"
 #include "analyzer/console.h"
-#include "acquire/samples.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 

@@ -1,11 +1,11 @@
 #include "analyzer/liteanalyzer.h"
 #include "analyzer/standardanalyzer.h"
-#include "results/windowbuilder.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/transpose.h"
 #include "model/bits.h"
 #include "model/capturecore.h"
 #include "model/litefile.h"
+#include "results/windowbuilder.h"
 
 #include <QDomDocument>
 #include <QRandomGenerator>

@@ -1,12 +1,12 @@
 #include "benchmarks/comparison.h"
 #include "model/bits.h"
 #include "results/dataformatter.h"
-#include "wavemonitor/waves/bussamples.h"
-#include "wavemonitor/waves/buswaveitem.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
-#include "wavemonitor/waves/signalwaveitem.h"
 #include "wavemonitor/wavemonitorwidget.h"
+#include "wavemonitor/waves/bussamples.h"
+#include "wavemonitor/waves/buswaveitem.h"
+#include "wavemonitor/waves/signalwaveitem.h"
 
 #include <QApplication>
 #include <QImage>

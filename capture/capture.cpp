@@ -1,8 +1,8 @@
 #include "capture/capture.h"
 
 #include "acquire/litedatamanager.h"
-#include "acquire/standarddatamanager.h"
 #include "acquire/samples.h"
+#include "acquire/standarddatamanager.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 #include "model/signallist.h"
@@ -13,8 +13,7 @@
 
 #include <algorithm>
 
-using namespace VEK;
-
+namespace VEK {
 namespace {
 
 /// Whether each section of a window has all the bits that were asked for, of `depth` samples. A
@@ -29,7 +28,9 @@ bool isWhole(QList<QBitArray> const& sections, int width, int depth)
 } // namespace
 
 Capture::Capture(QObject* parent) : QObject(parent)
-{}
+{
+    connect(JtagSession::shared(), &JtagSession::connectionLost, this, &Capture::onServerLost);
+}
 
 Capture::~Capture()
 {
@@ -98,17 +99,11 @@ bool Capture::connectServer(QString const& cable)
     dropServer();
     session->validateServerList(session->initLocalServerListForveksh(
         cable == Server::LptName ? CableLPT : CableFT2CH, Channel0));
-    if (!session->connectServer(cable))
-        return false;
-    m_server = session->findChildren<JtagClient*>().constLast(); // the one that was just made
-    connect(m_server, &QLocalSocket::disconnected, this, &Capture::onServerLost);
-    return true;
+    return session->connectServer(cable);
 }
 
 void Capture::dropServer()
 {
-    if (m_server)
-        m_server->disconnect(this);
     JtagSession::shared()->disconnectServer();
     JtagSession::shared()->clearAllServerMap();
 }
@@ -263,3 +258,5 @@ void Capture::setRunning(bool running)
     m_running = running;
     Q_EMIT runningChanged(running);
 }
+
+} // namespace VEK

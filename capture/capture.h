@@ -6,17 +6,14 @@
 
 #include <QHash>
 #include <QObject>
-#include <QPointer>
 #include <QString>
 
 #include <memory>
 
 namespace VEK {
 class DataManager;
-class JtagClient;
 class VekLiteDataManager;
 class VekStandardDataManager;
-} // namespace VEK
 
 /// Captures with one configuration file, Standard or Lite. Wraps the data manager of that kind and
 /// the server behind it; results come window by window.
@@ -33,8 +30,8 @@ public:
     bool open(QString const& path, QString& error);
 
     /// The cores, owned here until the next `open`. One of the two is empty.
-    QList<VEK::SxCore*> cores() const;
-    VEK::SXCore_Lite* liteCore() const;
+    QList<SxCore*> cores() const;
+    SXCore_Lite* liteCore() const;
 
     /// Arms all cores. `cable` is a name of `VEK::Server`, `location` one of its locations or empty
     /// for any. With `repeat` the capture starts again each time until `stop`.
@@ -74,11 +71,10 @@ private:
     bool connectServer(QString const& cable);
     void dropServer();
     void setRunning(bool running);
-    VEK::DataManager* manager() const;
+    DataManager* manager() const;
 
-    std::unique_ptr<VEK::VekStandardDataManager> m_standard;
-    std::unique_ptr<VEK::VekLiteDataManager> m_lite;
-    QPointer<VEK::JtagClient> m_server;
+    std::unique_ptr<VekStandardDataManager> m_standard;
+    std::unique_ptr<VekLiteDataManager> m_lite;
     QString m_deviceName;
     bool m_running = false;
     bool m_stopped = false; ///< By the user.
@@ -87,3 +83,5 @@ private:
     QHash<int, int> m_next; ///< The window that is to come, by core.
     QList<int> m_results;   ///< Of the run that is ending.
 };
+
+} // namespace VEK

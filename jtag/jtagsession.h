@@ -181,6 +181,9 @@ Q_SIGNALS:
     void closeThread();
     void unconnect();
     void disConnectServer();
+    /// A server has closed the local connection of that name, which is still in the list. A
+    /// connection that `disconnectServer` has forgotten is no loss.
+    void connectionLost(QString const& name);
 
 public Q_SLOTS:
     /// Routes a reply by its `request_id`, else by its `data_request_id`. Without either, or with
@@ -197,6 +200,7 @@ private:
     JtagSession() = default;
 
     void send(CmdPack const& pack);
+    void onClosed(JtagClient const* closed);
     void forgetAll(bool idsGoOn);
     int owedReplies() const;
     void noteRequest(bool hasReply);

@@ -1,7 +1,7 @@
 #include "jtag/serverstartup.h"
 
-#include "model/alert.h"
 #include "jtag/jtagsession.h"
+#include "model/alert.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -167,6 +167,8 @@ bool JtagSession::createSessionForNlc(JtagServer const& server, int msecs)
 void JtagSession::setSession(JtagServer server, JtagClient* client)
 {
     connections.append({server, client});
+    if (client)
+        connect(client, &JtagClient::disconnected, this, [this, client] { onClosed(client); });
 }
 
 void JtagSession::setSessionForNlc(JtagServer server, JtagClientNlc* client)

@@ -30,8 +30,8 @@ public:
     /// Builds the chip. May take a while for a large stimulus. False with an `error` for a bench
     /// that can't be used; requests are served all the same, and OPEN tells the error.
     bool load(QString& error);
-    /// What the user should know about a bench that was loaded, which OPEN tells too; empty when all
-    /// is well.
+    /// What the user should know about a bench that was loaded, which OPEN tells too; empty when
+    /// all is well.
     QString const& warning() const { return m_warning; }
     /// Makes every OPEN answer that the bench can't be used, for this reason.
     void setBroken(QString const& reason);

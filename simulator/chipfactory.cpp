@@ -1,11 +1,11 @@
 #include "simulator/chipfactory.h"
 
+#include "dump/vcdsampler.h"
 #include "model/vekfile.h"
 #include "simulator/bench.h"
 #include "simulator/devices.h"
 #include "simulator/litechip.h"
 #include "simulator/standardchip.h"
-#include "dump/vcdsampler.h"
 
 #include <QStringList>
 

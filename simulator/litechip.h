@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/chip.h"
 #include "dump/sampletable.h"
+#include "simulator/chip.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/design.h"
 #include "dump/sampletable.h"
+#include "simulator/design.h"
 
 #include <QBitArray>
 

@@ -1,8 +1,8 @@
 #include "workbench/mainwindow.h"
 
-#include "results/windowbuilder.h"
 #include "programmer/vekprogrammermodel.h"
 #include "programmer/vekprogrammerwidget.h"
+#include "results/windowbuilder.h"
 #include "results/windowdocument.h"
 #include "triggerui/dynamicconfigwidget.h"
 #include "wavemonitor/signaltreemodel.h"

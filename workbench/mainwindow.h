@@ -117,7 +117,7 @@ private:
     WaveMonitor::WaveMonitorWidget* currentMonitor() const;
     QString deviceName() const;
 
-    Capture m_capture;
+    VEK::Capture m_capture;
     QString m_path;
     QByteArray m_savedConfiguration;
     QList<QList<int>> m_savedMarkers; ///< By core.

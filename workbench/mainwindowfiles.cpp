@@ -5,11 +5,11 @@
 #include "results/csvexport.h"
 #include "results/prnexport.h"
 #include "results/vcdexport.h"
-#include "results/windowdocument.h"
 #include "results/wholefile.h"
-#include "widgets/reloadbanner.h"
+#include "results/windowdocument.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/wavemonitorwidget.h"
+#include "widgets/reloadbanner.h"
 #include "workbench/mainwindow.h"
 #include "workbench/sessionfile.h"
 

@@ -1,9 +1,9 @@
 #include "workbench/sessionfile.h"
 
 #include "model/vekfile.h"
+#include "results/wholefile.h"
 #include "results/windowdocument.h"
 #include "results/windowreader.h"
-#include "results/wholefile.h"
 
 #include <QFile>
 #include <QLocale>

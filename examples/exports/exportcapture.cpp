@@ -8,10 +8,10 @@
 
 #include "results/prnexport.h"
 #include "results/vcdexport.h"
+#include "results/wholefile.h"
 #include "results/windowdocument.h"
 #include "results/windowreader.h"
 #include "support/csvwindow.h"
-#include "results/wholefile.h"
 
 #include <QFile>
 

@@ -1,8 +1,8 @@
 #include "support/csvwindow.h"
 
-#include "results/windowbuilder.h"
 #include "model/bits.h"
 #include "results/csvimport.h"
+#include "results/windowbuilder.h"
 
 #include <QFile>
 #include <QStringList>

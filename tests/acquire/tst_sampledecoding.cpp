@@ -1,7 +1,7 @@
 #include "analyzer/standardanalyzer.h"
-#include "results/windowbuilder.h"
 #include "model/bits.h"
 #include "model/capturecore.h"
+#include "results/windowbuilder.h"
 
 #include <QDomDocument>
 #include <QRandomGenerator>

@@ -1,6 +1,6 @@
-#include "tests/support/bittext.h"
 #include "dump/vcdnames.h"
 #include "dump/vcdsampler.h"
+#include "tests/support/bittext.h"
 
 #include <QBuffer>
 #include <QtTest>

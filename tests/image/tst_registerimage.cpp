@@ -124,7 +124,8 @@ void tst_RegisterImage::everyCombination()
         core->expressions = QStringList{"M1&M10"};
         QStringList expected;
         for (unsigned k = 0; k < 65536; ++k)
-            expected.append(oracle::write(43776 + (k >> 1 & k >> 10 & 1), oracle::number(k, width)));
+            expected.append(
+                oracle::write(43776 + (k >> 1 & k >> 10 & 1), oracle::number(k, width)));
         QVERIFY(texts(generateExpressionBit(core.get())) == expected);
     }
 }

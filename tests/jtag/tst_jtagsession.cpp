@@ -1,6 +1,6 @@
-#include "model/alert.h"
 #include "jtag/frame.h"
 #include "jtag/jtagsession.h"
+#include "model/alert.h"
 
 #include <QLocalServer>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
-#include "model/alert.h"
 #include "jtag/jtagsession.h"
 #include "jtag/serverstartup.h"
+#include "model/alert.h"
 
 #include <QDir>
 #include <QLocalServer>

@@ -1,8 +1,8 @@
 #include "programmer/vekprogrammermodel.h"
 #include "programmerdesk.h"
 
-#include "model/alert.h"
 #include "jtag/jtagsession.h"
+#include "model/alert.h"
 #include "tests/support/widgettools.h"
 
 #include <QAbstractItemModelTester>

@@ -202,8 +202,7 @@ void TestCsv::refusedWrites()
         QSKIP("no device that is always full");
     QVERIFY(roomy.open());
     for (int samples : {1, 500000}) {
-        Window const shown(
-            windowXml(signalXml("0", "a", "", QString(samples, '1')), nodeXml("0")));
+        Window const shown(windowXml(signalXml("0", "a", "", QString(samples, '1')), nodeXml("0")));
         QDomElement const& window = shown.element;
         auto const results = [&](QIODevice& device) {
             return QList<bool>{exportCSV(device, "us", 1, window),

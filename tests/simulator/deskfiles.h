@@ -5,8 +5,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include "tests/support/bittext.h"
 #include "jtag/protocol.h"
+#include "tests/support/bittext.h"
 
 /// Files of a desk in a folder of their own, and requests to what serves it.
 class DeskFiles

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/bits.h"
 #include "dump/sampletable.h"
+#include "model/bits.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/signalelement.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
+#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/wavemonitorwidget.h"
 #include "wavemonitor/waveview.h"
 

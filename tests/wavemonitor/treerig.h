@@ -1,8 +1,8 @@
 #pragma once
 
-#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/modellayout.h"
 
 #include <QAbstractItemModelTester>
 #include <QTreeView>

@@ -1,8 +1,8 @@
 #include "tests/support/widgettools.h"
 #include "wavemonitor/constants.h"
 #include "wavemonitor/notificationcenter.h"
-#include "wavemonitor/rulerview.h"
 #include "wavemonitor/ruler/scaleruler.h"
+#include "wavemonitor/rulerview.h"
 
 #include <QMenu>
 #include <QScrollBar>

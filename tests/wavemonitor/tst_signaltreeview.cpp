@@ -1,11 +1,11 @@
 #include "monitorrig.h"
 
 #include "tests/support/widgettools.h"
-#include "widgets/realdialog.h"
 #include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/tree/rowheightsetting.h"
-#include "wavemonitor/waves/transitions.h"
 #include "wavemonitor/tree/treecontextmenu.h"
+#include "wavemonitor/waves/transitions.h"
+#include "widgets/realdialog.h"
 
 #include <QDialogButtonBox>
 #include <QLineEdit>

@@ -1,6 +1,6 @@
 #include "results/dataformatter.h"
-#include "wavemonitor/waves/buswaveitem.h"
 #include "wavemonitor/constants.h"
+#include "wavemonitor/waves/buswaveitem.h"
 #include "wavemonitor/waves/dividerwaveitem.h"
 #include "wavemonitor/waves/signalwaveitem.h"
 

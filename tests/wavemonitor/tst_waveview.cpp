@@ -1,8 +1,8 @@
 #include "tests/support/widgettools.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
-#include "wavemonitor/waveview.h"
 #include "wavemonitor/waves/waveviewmenu.h"
+#include "wavemonitor/waveview.h"
 
 #include <QGraphicsRectItem>
 #include <QMenu>

@@ -1,9 +1,9 @@
 #include "wavemonitor/tree/modellayout.h"
 
-#include "wavemonitor/tree/busnaming.h"
 #include "wavemonitor/mlog.h"
 #include "wavemonitor/signalelement.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/busnaming.h"
 #include "wavemonitor/waves/waveviewdatasource.h"
 
 #include <algorithm>

@@ -1,14 +1,14 @@
 // What the entries of the tree's context menu do.
 
 #include "results/dataformatter.h"
-#include "widgets/realdialog.h"
 #include "wavemonitor/constants.h"
-#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/mlog.h"
 #include "wavemonitor/notificationcenter.h"
-#include "wavemonitor/tree/rowheightsetting.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
+#include "wavemonitor/tree/layoutnode.h"
+#include "wavemonitor/tree/rowheightsetting.h"
+#include "widgets/realdialog.h"
 
 #include <QPersistentModelIndex>
 

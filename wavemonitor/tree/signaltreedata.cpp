@@ -1,9 +1,9 @@
 // The captured signals, and what joins the rows with the tree and the waves.
 
 #include "wavemonitor/mlog.h"
-#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/waves/waveitem.h"
 #include "wavemonitor/waves/waveviewdatasource.h"
 

@@ -3,8 +3,8 @@
 #include "wavemonitor/signaltreemodel.h"
 
 #include "wavemonitor/constants.h"
-#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/notificationcenter.h"
+#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/waves/waveviewdatasource.h"
 
 #include <QSize>

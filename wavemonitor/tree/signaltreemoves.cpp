@@ -1,9 +1,9 @@
 // Rows that are grouped, renamed, added and moved.
 
 #include "wavemonitor/mlog.h"
-#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/modellayout.h"
 
 #include <QSet>
 

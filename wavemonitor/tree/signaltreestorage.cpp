@@ -4,9 +4,9 @@
 #include "results/windowdocument.h"
 #include "results/windowreader.h"
 #include "wavemonitor/mlog.h"
-#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/modellayout.h"
 #include "wavemonitor/waves/waveviewdatasource.h"
 
 namespace WaveMonitor {

@@ -1,15 +1,15 @@
 #include "wavemonitor/signaltreeview.h"
 
 #include "wavemonitor/constants.h"
-#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/mlog.h"
 #include "wavemonitor/notificationcenter.h"
+#include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/tree/signalheaderview.h"
 #include "wavemonitor/tree/signaltreeitemdelegate.h"
-#include "wavemonitor/signaltreemodel.h"
-#include "wavemonitor/waves/transitions.h"
 #include "wavemonitor/tree/treecontextmenu.h"
 #include "wavemonitor/tree/treedragdrop.h"
+#include "wavemonitor/waves/transitions.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>

@@ -1,8 +1,8 @@
 #include "wavemonitor/tree/treedragdrop.h"
 
-#include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/mlog.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/tree/layoutnode.h"
 
 #include <QApplication>
 #include <QDropEvent>

@@ -1,8 +1,8 @@
 #include "wavemonitor/waves/buspicture.h"
 
 #include "results/dataformatter.h"
-#include "wavemonitor/waves/bussamples.h"
 #include "wavemonitor/constants.h"
+#include "wavemonitor/waves/bussamples.h"
 #include "wavemonitor/waves/linepixels.h"
 #include "wavemonitor/waves/wavepainter.h"
 

@@ -1,9 +1,9 @@
 #include "wavemonitor/waves/buswaveitem.h"
 
 #include "results/dataformatter.h"
-#include "wavemonitor/waves/buspicture.h"
 #include "wavemonitor/constants.h"
 #include "wavemonitor/tree/layoutnode.h"
+#include "wavemonitor/waves/buspicture.h"
 #include "wavemonitor/waves/wavepainter.h"
 
 #include <QStyleOptionGraphicsItem>

@@ -1,10 +1,10 @@
 #include "wavemonitor/waves/waveviewdatasource.h"
 
-#include "wavemonitor/waves/buswaveitem.h"
-#include "wavemonitor/waves/dividerwaveitem.h"
+#include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/tree/layoutnode.h"
 #include "wavemonitor/tree/modellayout.h"
-#include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/waves/buswaveitem.h"
+#include "wavemonitor/waves/dividerwaveitem.h"
 #include "wavemonitor/waves/signalwaveitem.h"
 
 namespace WaveMonitor {
