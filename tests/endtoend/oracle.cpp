@@ -125,7 +125,7 @@ int findTrigger(QDomElement const& core, Waves const& waves, int start, int earl
             watches.emplace(number(unit, "index"), Watch(unit, core, waves));
     QStringList stages;
     for (QDomElement const& expression : all(core, "Expression"))
-        stages += expression.text();
+        stages += expression.text().remove(' ');
     if (isDynamic(core))
         stages = stages.mid(0, 1); // a file can't switch more on
     for (int sample = start; sample < waves.first().size(); ++sample) {
@@ -142,7 +142,7 @@ int findTrigger(QDomElement const& core, Waves const& waves, int start, int earl
 }
 
 /// The samples that a window shows, first row first; -1 is memory that was never written.
-QVector<int> rows(QDomElement const& core, Capture const& capture)
+QVector<int> rows(QDomElement const& core, ExpectedWindow const& capture)
 {
     // The ring has all rows, but only whole sections of it are read, from its first place on.
     int const amount = number(core, "capture_amount");
@@ -206,11 +206,11 @@ QByteArray csv(QDomElement const& core, Waves const& waves, QVector<int> const& 
 
 } // namespace
 
-QVector<Capture> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> const& waves)
+QVector<ExpectedWindow> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> const& waves)
 {
     QDomDocument document;
     document.setContent(vek);
-    QVector<Capture> result;
+    QVector<ExpectedWindow> result;
     for (QDomElement const& core : all(document.documentElement(), "SxCore")) {
         Waves const seen = waves[core.attribute("sample_clock")];
         bool const initial = core.attribute("capture_init_data_enabled") == "true";
@@ -221,7 +221,7 @@ QVector<Capture> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> co
             int const trigger = findTrigger(core, seen, start, earliest);
             if (trigger < 0)
                 break;
-            Capture capture{number(core, "index"), window, start, trigger, {}};
+            ExpectedWindow capture{number(core, "index"), window, start, trigger, {}};
             capture.csv = csv(core, seen, rows(core, capture));
             result += capture;
             start = trigger + number(core, "capture_amount") - position;

@@ -5,7 +5,7 @@
 #include <QVector>
 
 /// Where one window's capture lies, in samples of the core's clock counted from power-up.
-struct Capture
+struct ExpectedWindow
 {
     int core;
     int window;
@@ -18,7 +18,7 @@ struct Capture
 /// it works on the meaning of the settings: no image, no registers, no stream. One capture for each
 /// window of each core; those that the waves don't fire are missing. `waves` gives the stimulus by
 /// sample clock.
-QVector<Capture> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> const& waves);
+QVector<ExpectedWindow> expectedCaptures(QByteArray const& vek, QMap<QString, Waves> const& waves);
 
 /// The text of the first core's result file that shows these samples of the waves, Lite or not.
 QByteArray csvOf(QByteArray const& vek, Waves const& waves, QVector<int> const& samples);

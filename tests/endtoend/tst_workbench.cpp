@@ -1,12 +1,17 @@
+#include "oracle.h"
+#include "setup.h"
 #include "workbenchrig.h"
 
 #include "jtag/jtagsession.h"
 #include "model/standardfile.h"
 #include "programmer/devicecatalogue.h"
+#include "tests/support/tempfolder.h"
+#include "tests/support/widgettools.h"
 #include "wavemonitor/signaltreemodel.h"
 
 #include <QAction>
 #include <QLabel>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -14,19 +19,15 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
-#include <QTemporaryDir>
+#include <QTreeWidget>
 #include <QtTest>
+
+using namespace widgettools;
 
 namespace {
 
 QString const Source = VEK_SOURCE_ROOT;
 QString const Build = VEK_BUILD_ROOT;
-
-QByteArray content(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no " + path.toUtf8());
-}
 
 /// The cells of a result file by the name of their column; row 0 is the first sample.
 QVector<QMap<QString, QString>> csvRows(QByteArray const& text)
@@ -58,21 +59,11 @@ QString configuration(QString const& path)
 } // namespace
 
 /// Sessions at the workbench with the real programs.
-class TestWorkbench : public QObject
+class TestWorkbench : public QObject, TempFolder
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
-
-    QString path(QString const& name) const { return m_folder.filePath(name); }
-    QString write(QString const& name, QByteArray const& text) const
-    {
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-            qFatal("can't write %s", qPrintable(name));
-        return file.fileName();
-    }
     /// A demo's setup in the folder, with its bench in use.
     QString layDemo(QString const& demo) const
     {
@@ -96,10 +87,10 @@ private:
     {
         QProcess batch;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        QDir(m_folder.path()).mkpath("tmp");
+        QDir(path()).mkpath("tmp");
         environment.insert("TMPDIR", path("tmp"));
         batch.setProcessEnvironment(environment);
-        batch.setWorkingDirectory(m_folder.path());
+        batch.setWorkingDirectory(path());
         batch.start(Build + "/Analyzer/bin/veksh",
                     {"-cable", "FT2CH", "-vek", setup, "-device", device, "-out", "batch"});
         QVERIFY(batch.waitForFinished());
@@ -109,8 +100,8 @@ private:
 private slots:
     void initTestCase()
     {
-        qputenv("TMPDIR", m_folder.path().toUtf8());
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_folder.path());
+        qputenv("TMPDIR", path().toUtf8());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, path());
         QCoreApplication::setOrganizationName("vek");
         QCoreApplication::setApplicationName("tst_workbench");
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -241,6 +232,58 @@ private slots:
         QCOMPARE(content(path("second.csv")), expected);
         second.exportWindowAs(path("second.vcd"), core, 0);
         QVERIFY(content(path("second.vcd")).contains("$enddefinitions"));
+    }
+
+    /// What a user sets in the panel of a core is what the chip captures.
+    void editAndCapture()
+    {
+        Waves waves = Stimulus::counter("count", 12, 1500);
+        for (int i = 0; i < 1500; ++i)
+            waves["flag"] += i % 400 == 277 ? '1' : '0';
+        QString const count = Setup::entry("count", 12), flag = Setup::entry("flag");
+        Setup::Core const core{128,
+                               100,
+                               1,
+                               true,
+                               false,
+                               count + flag,
+                               {{0, count}, {3, flag}},
+                               Setup::unit(0, 0, "000000000001") + Setup::unit(5, 3, "1")};
+        write("dump.vcd", Stimulus::toVcd(waves));
+        QString const setup = write("panel.vek", Setup::vek({core}));
+        qputenv("VEK_BENCH", write("bench.json", R"({"device": "TK-501", "design": "panel.vek",
+                                                    "stimulus": {"vcd": "dump.vcd"}})")
+                                 .toUtf8());
+        Window window;
+        QVERIFY(window.open(setup));
+        auto* const list = window.findChild<QListWidget*>("listExpressions");
+        inDialog([](QWidget* dialog) { press(*dialog, {"M0", "|", "M5", "OK"}); });
+        doubleClick(list, list->model()->index(0, 0));
+        auto* const units = window.findChild<QTableView*>("tableUnit");
+        inDialog([](QWidget* dialog) { // beyond the stimulus
+            press(*dialog, {"HEX"});
+            QVERIFY(QTest::qWaitForWindowActive(dialog));
+            auto* const tree = dialog->findChild<QTreeWidget*>("treeSignals0");
+            auto* const edit = tree->itemWidget(tree->topLevelItem(0), 1);
+            edit->setFocus();
+            QTest::keyClick(edit, Qt::Key_Home);
+            QTest::keyClicks(edit, "5DC");
+            QTest::keyClick(edit, Qt::Key_Tab);
+            press(*dialog, {"OK"});
+        });
+        doubleClick(units, units->model()->index(0, 1));
+        window.findChild<QComboBox*>("comboBoxWindow")->setCurrentText("2");
+        window.findChild<QComboBox*>("comboBoxAmount")->setCurrentText("64");
+        window.findChild<QSpinBox*>("spinBoxTrPos")->setValue(10);
+        window.run();
+        window.action("&Save")->trigger();
+        auto const captures = expectedCaptures(content(setup), {{"clk", waves}});
+        QCOMPARE(captures.size(), 2);
+        QCOMPARE(captures.at(0).trigger, 277);
+        for (int part : {0, 1}) {
+            window.exportWindowAs(path("edited.csv"), 0, part);
+            QCOMPARE(content(path("edited.csv")), captures.at(part).csv);
+        }
     }
 
     /// A core that waits for ever: force it, repeat it, lose its server, close on it.

@@ -152,14 +152,6 @@ QList<QBitArray> Window::samples(int core) const
     return samples;
 }
 
-void doubleClick(QAbstractItemView* view, QModelIndex const& index)
-{
-    view->scrollTo(index);
-    QPoint const at = view->visualRect(index).center();
-    QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-    QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, at);
-}
-
 Answers::Answers(QList<Answer> answers) : m_answers(std::move(answers))
 {
     QObject::connect(&m_timer, &QTimer::timeout, [this] { next(); });

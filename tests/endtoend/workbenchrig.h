@@ -3,7 +3,6 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/mainwindow.h"
 
-#include <QAbstractItemView>
 #include <QTimer>
 
 #include <functional>
@@ -34,8 +33,6 @@ struct Window : MainWindow
     QString arrangement() const;
     QList<QBitArray> samples(int core = 0) const;
 };
-
-void doubleClick(QAbstractItemView* view, QModelIndex const& index);
 
 /// Answers the next dialogs, one after the other, as they open. All must have opened in its
 /// lifetime.

@@ -42,6 +42,7 @@ inline void press(QWidget const& widget, QStringList const& captions)
 
 inline void doubleClick(QAbstractItemView* view, QModelIndex const& index)
 {
+    view->scrollTo(index);
     QPoint const at = view->visualRect(index).center();
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, at);
     QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, at);
