@@ -22,25 +22,6 @@ inline QByteArray number(quint64 value, int size)
     return QByteArray::number(value, 2).rightJustified(size, '0').right(size);
 }
 
-inline std::vector<quint64> rowWords(QByteArray const& text)
-{
-    using VEK::Simulator::SampleTable;
-    std::vector<quint64> words(std::size_t(SampleTable::wordsFor(text.size())));
-    for (int i = 0; i < text.size(); ++i) {
-        if (text.at(i) == '1')
-            words[std::size_t(i / 64)] |= SampleTable::bitOf(i);
-    }
-    return words;
-}
-
-inline VEK::Simulator::SampleTable table(QByteArrayList const& rows)
-{
-    VEK::Simulator::SampleTable result(rows.first().size());
-    for (QByteArray const& row : rows)
-        result.append(rowWords(row).data());
-    return result;
-}
-
 inline QByteArrayList rowTexts(VEK::Simulator::SampleTable const& table)
 {
     QByteArrayList rows;

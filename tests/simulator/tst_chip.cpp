@@ -1,51 +1,77 @@
-#include "chiprig.h"
+#include "deskfiles.h"
 
-#include <QtTest>
+#include "simulator/bench.h"
+#include "simulator/bridge.h"
 
+using namespace VEK;
 using namespace VEK::Simulator;
 
 namespace {
 
-/// `count` rows of a counter of `width` bits.
-QByteArrayList counterRows(int width, int count)
+/// A chip with a core of index 0 that watches d, which is 1, 2, 3, 0, 1 and so on. What no file
+/// brings about is written to it word by word.
+class Desk
 {
-    QByteArrayList rows;
-    for (int k = 0; k < count; ++k)
-        rows.append(number(unsigned(k), width));
-    return rows;
-}
-
-/// A core with one port over all of `width` signals, watched by units 0 to 3.
-BuiltCore builtCore(int width, bool isDynamic, int depth = 64)
-{
-    BuiltCore core;
-    core.index = 2;
-    core.shiftWidth = qMax(16, width + 1);
-    core.dataCount = width;
-    core.storageDepth = depth;
-    core.isDynamic = isDynamic;
-    core.ports.emplace_back();
-    for (int i = 0; i < width; ++i) {
-        core.signalNames.append(QString::number(i));
-        core.ports.front().positions.push_back(i);
-    }
-    for (int i = 0; i < 4; ++i)
-        core.units[i].port = 0;
-    return core;
-}
-
-BuiltCore staticCore(int width, QStringList const& expressions, int depth = 64)
-{
-    BuiltCore core = builtCore(width, false, depth);
-    for (QString const& text : expressions) {
-        unsigned units = 0;
+public:
+    explicit Desk(int samples = 40, QByteArray const& vek = DeskFiles::vek(),
+                  QByteArray const& device = "D")
+    {
+        m_files.write("d.vek", vek);
+        m_files.write("s.vcd", DeskFiles::vcd(samples));
+        Bench bench;
         QString error;
-        core.expressions.emplace_back();
-        if (!compileExpression(text, core.expressions.back(), units, error))
+        QByteArray const text = R"({"design": "d.vek", "stimulus": {"vcd": "s.vcd", "scope": "tb"},
+                                    "device": ")" +
+                                device + "\"}";
+        if (!parseBench(text, m_files.path(""), bench, error))
             qFatal("%s", qPrintable(error));
-        core.expressionUnits |= units;
+        m_bridge.reset(new Bridge(bench, {"FT2CH"}));
+        if (!m_bridge->load(error))
+            qFatal("%s", qPrintable(error));
+        m_bridge->serve(DeskFiles::request("OPEN"), m_reply);
     }
-    return core;
+
+    /// Writes each word, in bits or as register=number, and reads what was chosen last.
+    QByteArray after(QByteArray const& words, int size = 16)
+    {
+        for (QByteArray word : words.split(' ')) {
+            int const sign = word.indexOf('=');
+            if (sign > 0)
+                word = "01001" + number(word.left(sign).toUInt(), 16) +
+                       number(word.mid(sign + 1).toULongLong(), width);
+            m_bridge->serve(DeskFiles::request("WRITE", "", word), m_reply);
+        }
+        m_bridge->serve(DeskFiles::request("READ", "", "", size), m_reply);
+        return text(m_reply.value("DATA").toBitArray());
+    }
+    bool isRunning() { return after("01101" + number(0, 16)).endsWith('1'); }
+
+    /// The six records of a window, as values of d from the marked one on.
+    QByteArray window(unsigned address = 0, int count = 6)
+    {
+        after("00111" + number(address, 16) + number(unsigned(count), 16), 33 + 16 * count);
+        return DeskFiles::values(m_reply);
+    }
+
+    int width = 16; ///< Of the core's registers.
+
+private:
+    DeskFiles m_files;
+    QScopedPointer<Bridge> m_bridge;
+    CmdPack m_reply;
+};
+
+/// Selects the core, sets M0 to a 3 and registers 32 to 35 to six samples from the trigger on.
+QByteArray const SetUp = "10000 32=0 33=5 34=3 35=0 256=3 257=3 258=0 259=0 ";
+
+/// The same for a dynamic core.
+QByteArray const Dynamic = SetUp + "34=2 ";
+
+QByteArray dynamicVek(QByteArray const& unit = "0")
+{
+    return DeskFiles::vek(R"(sample_clock="clk" storage_depth="16")", "M" + unit)
+        .replace("Static", "Dynamic")
+        .replace("MatchUnit index=\"0\"", "MatchUnit index=\"" + unit + '"');
 }
 
 } // namespace
@@ -57,161 +83,95 @@ class TestChip : public QObject
 private slots:
     void words()
     {
-        ChipRig rig(staticCore(4, {}), counterRows(4, 16));
-        rig.write(33, 5);
-        QCOMPARE(rig.readRegister(0x1234), QByteArray(16, '0'));
-        QCOMPARE(rig.readRegister(33), QByteArray("0000000000000101"));
-        QCOMPARE(rig.read(2), QByteArray("01"));
-        QCOMPARE(rig.read(20), QByteArray("00000000000000000101"));
-
+        Desk desk;
+        QByteArray const five = number(5, 16), ask = "01101" + number(33, 16);
+        QCOMPARE(desk.after("10000 33=5 01101" + number(0x1234, 16)), number(0, 16));
+        QCOMPARE(desk.after(ask), five);
+        QCOMPARE(desk.after(ask, 2), QByteArray("01"));
+        QCOMPARE(desk.after(ask, 20), "0000" + five);
+        // of a wrong length; no core select, since its first bit is 0
         QByteArray const write = "01001" + number(33, 16);
-        rig.send(write + QByteArray(15, '1'));
-        rig.send(write + QByteArray(17, '1'));
-        rig.send("01101" + number(32, 16) + '1');
-        rig.send("00011"); // no core select: its first bit is 0
-        QCOMPARE(rig.read(4), QByteArray("0101"));
-        QCOMPARE(rig.readRegister(33), QByteArray("0000000000000101"));
-
-        rig.select(3);
-        QCOMPARE(rig.read(5), QByteArray("11111"));
-        rig.write(33, 9);
-        rig.select(18); // only 4 bits count
-        QCOMPARE(rig.readRegister(33), QByteArray("0000000000000101"));
+        QCOMPARE(desk.after(write + QByteArray(15, '1') + ' ' + write + QByteArray(17, '1') +
+                            " 01101" + number(32, 16) + "1 00011"),
+                 five);
+        QCOMPARE(desk.after("10011 33=9 " + ask), QByteArray(16, '1')); // no such core
+        QCOMPARE(desk.after("10000 " + ask), five);
+        QByteArray const burst = "00111" + number(1, 16) + number(1, 16);
+        QCOMPARE(desk.after(burst, 52),
+                 "000" + number(0xA5A5A5A5, 32) + QByteArray(13, '1') + "000" + '1');
     }
 
-    void bursts()
+    /// Register 34 as hosts fill it for a device, and with more than the window has room for.
+    void samplesAfterTheTrigger()
     {
-        ChipRig rig(staticCore(4, {}, 8), counterRows(4, 16));
-        QCOMPARE(rig.records(0, 2), QByteArrayList({"00000", "00000"})); // zeros after power-up
-        rig.setUp(0, 8, 0, 1);
-        rig.write(0, 1);
-        QVERIFY(!rig.isRunning());
-        QCOMPARE(rig.records(6, 4), QByteArrayList({"00110", "00111", "10000", "00001"}));
-        rig.send("00111" + number(1, 16) + number(1, 16)); // read in another size
-        QCOMPARE(rig.read(52), "000" + number(0xA5A5A5A5, 32) + "1111111111100001" + '1');
-    }
-
-    /// Sample 40 fires; the window has 16 rows. `lower` is what a host takes off for the device.
-    void triggerPlace()
-    {
-        struct
-        {
-            bool isDynamic;
-            int position, lower, first;
-        } const rows[] = {{false, 0, 0, 40}, {false, 13, 0, 27}, {false, 15, 0, 25},
-                          {false, 7, 1, 33}, {true, 0, 0, 40},   {true, 14, 0, 26},
-                          {true, 7, 1, 33},  {true, 15, 0, 41}}; // the mark is one sample behind
+        char const* const rows[][3] = {{"TK-501", "34=3", "301230"},
+                                       {"TK-102", "34=3", "301230"},
+                                       {"TK-107", "34=2", "301230"},
+                                       {"TK-501", "34=65533", "300012"}};
         for (auto const& row : rows) {
-            BuiltCore const core = row.isDynamic ? builtCore(7, true) : staticCore(7, {"M1"});
-            ChipRig rig(core, counterRows(7, 100), row.lower > 0);
-            rig.setUp(1, 16, row.position, 1, row.lower);
-            rig.setLevel(1, number(40, 7));
-            rig.setTable(0, "01");
-            rig.write(0, 1);
-            QVERIFY(!rig.isRunning());
-            QByteArrayList const window = rig.window(0, 16, row.position);
-            QCOMPARE(window.first(), number(unsigned(row.first), 7));
-            QCOMPARE(window.mid(1), counterRows(7, 100).mid(41 - row.position, 15));
+            Desk desk(40, DeskFiles::vek(), row[0]);
+            desk.after(SetUp + row[1] + " 0=1");
+            QVERIFY(!desk.isRunning());
+            QCOMPARE(desk.window(), QByteArray(row[2]));
         }
     }
 
-    /// Unit 0 fires at 10, 30 and 50, unit 1 at 10 and 40.
-    void stages()
+    /// A file's dynamic core has one stage, a table for it, and no units but those that were built.
+    void tables()
     {
-        struct
-        {
-            bool isDynamic;
-            int expressions, expected;
-        } const cases[] = {{false, 2, 40}, {false, 3, -1}, {true, 3, 50}, {true, 4, -1}};
-        QByteArrayList rows;
-        for (int k = 0; k < 100; ++k)
-            rows.append((k == 10 || k == 30 || k == 50 ? "1" : "0") +
-                        QByteArray(k == 10 || k == 40 ? "1" : "0") + number(unsigned(k), 7));
-        for (auto const& stage : cases) {
-            ChipRig rig(stage.isDynamic ? builtCore(9, true) : staticCore(9, {"M0", "M1"}), rows);
-            rig.setUp(stage.expressions, 8, 0, 1);
-            rig.setUnit(0, "100000000", "100000000", "0", 0);
-            rig.setUnit(1, "010000000", "010000000", "0", 0);
-            rig.setTable(0, "0101");
-            rig.setTable(1, "0011");
-            rig.setTable(2, "0101");
-            rig.write(0, 1);
-            QCOMPARE(rig.isRunning(), stage.expected < 0);
-            if (stage.expected >= 0)
-                QCOMPARE(rig.window(0, 8, 0).first(), rows.at(stage.expected));
-        }
-    }
-
-    /// The index of a table counts the units whose control register was written since register 32.
-    void usedUnits()
-    {
-        ChipRig rig(builtCore(7, true), counterRows(7, 100));
-        auto const firstSample = [&rig](QByteArray const& table) {
-            rig.chip().powerUp();
-            rig.select(2);
-            rig.setLevel(0, number(5, 7)); // forgotten by the next line
-            rig.setUp(1, 8, 0, 1);
-            rig.setLevel(1, number(20, 7));
-            rig.setLevel(9, number(30, 7)); // was not built
-            rig.setLevel(3, number(30, 7));
-            rig.setTable(0, table);
-            rig.write(0, 1);
-            return rig.isRunning() ? -1 : rig.window(0, 8, 0).first().toInt(nullptr, 2);
-        };
-        QCOMPARE(firstSample("01000000"), 20);
-        QCOMPARE(firstSample("00100000"), 30);
-        QCOMPARE(firstSample("00001000"), -1);
-        QCOMPARE(firstSample("10000000"), 0);
+        Desk desk(40, dynamicVek());
+        desk.after(Dynamic + "32=1 259=0 43777=1 43793=0 0=1"); // a 3, then none
+        QVERIFY(!desk.isRunning());
+        QCOMPARE(desk.window(), QByteArray("123010")); // the mark is one sample behind
+        desk.after("32=2 259=0 0=1");                  // there is no third table
+        QVERIFY(desk.isRunning());
+        Desk anew(40, dynamicVek()); // M0 is in an image when its control register follows
+        anew.after(Dynamic + "43777=1 32=0 0=1");
+        QVERIFY(anew.isRunning());
+        Desk other(40, dynamicVek("3"));
+        // M0 was not built, but has its bit
+        other.after(Dynamic + "304=3 305=3 306=0 307=0 43777=2 0=1");
+        QVERIFY(!other.isRunning());
     }
 
     void endOfStimulus()
     {
-        ChipRig rig(staticCore(7, {"M0"}), counterRows(7, 100));
-        rig.setUp(1, 8, 2, 2);
-        rig.setLevel(0, number(97, 7));
-        rig.write(0, 1);
-        QVERIFY(rig.isRunning()); // for the second window
-        QByteArray const last = "1100011";
-        QCOMPARE(rig.window(0, 8, 2),
-                 counterRows(7, 100).mid(95) + QByteArrayList({last, last, last}));
-        rig.write(0, 3); // while running: the next sample, and not armed anew
-        QVERIFY(!rig.isRunning());
-        QCOMPARE(rig.window(32, 8, 2).mid(2), QByteArrayList({last, last, last, last, last, last}));
-        QCOMPARE(rig.window(0, 8, 2).first(), number(95, 7));
-        rig.setLevel(0, last); // a level that stands fires no more
-        rig.write(0, 1);
-        QVERIFY(rig.isRunning());
-        rig.write(0, 0);
-        QVERIFY(!rig.isRunning());
+        Desk desk(5);
+        desk.after(SetUp + "35=1 0=1");
+        QVERIFY(desk.isRunning()); // for the second window
+        QCOMPARE(desk.window(), QByteArray("301111"));
+        desk.after("0=3"); // the next sample, and not armed anew
+        QVERIFY(!desk.isRunning());
+        QCOMPARE(desk.window(8), QByteArray("111111"));
+        QByteArray const second = "00111" + number(8, 16) + number(6, 16);
+        QCOMPARE(desk.after(second, 129).count(QByteArray(14, '1') + "01"), 1); // is marked
+        QCOMPARE(desk.window(), QByteArray("301111"));
+        desk.after("256=1 0=1"); // a level that stands fires no more
+        QVERIFY(desk.isRunning());
+        desk.after("0=0");
+        QVERIFY(!desk.isRunning());
     }
 
-    /// Registers and tables survive arming; the sample before counts across windows and armings.
+    /// Registers survive arming; the sample before counts across armings.
     void persistence()
     {
-        ChipRig rig(builtCore(2, true),
-                    {"00", "01", "10", "11", "00", "01", "10", "11", "00", "01"});
-        rig.setUp(1, 4, 0, 1);
-        rig.setUnit(0, "10", "00", "10", 0); // the first signal falls
-        rig.setTable(0, "01");
-        rig.write(0, 1);
-        QCOMPARE(rig.window(0, 4, 0), QByteArrayList({"00", "01", "10", "11"}));
-        rig.write(0, 1); // its first sample falls against the last one of the window before
-        QCOMPARE(rig.window(0, 4, 0), QByteArrayList({"00", "01", "01", "01"}));
+        Desk desk(8);
+        desk.after(SetUp + "33=3 34=1 256=2 257=0 258=2 0=1"); // d[1] falls
+        QCOMPARE(desk.window(0, 4), QByteArray("0123"));
+        desk.after("0=1"); // and the stimulus goes on
+        QVERIFY(!desk.isRunning());
+        QCOMPARE(desk.window(0, 4), QByteArray("0000"));
     }
 
     /// Whatever stands in the registers, arming and forcing come to an end.
     void nonsenseRegisters()
     {
-        quint64 const most = 0xFFFFFFFF;
-        quint64 const contents[][3] = {{most, most, most}, {most, most - 10, 0}, {0, 0, most}};
-        for (auto const& content : contents) {
-            ChipRig rig(staticCore(40, {}), counterRows(40, 100));
-            rig.write(32, most);
-            for (unsigned i = 0; i < 3; ++i)
-                rig.write(33 + i, content[i]);
-            rig.write(0, 1);
-            rig.write(0, 3);
-            QCOMPARE(rig.records(0xFFFF, 64).size(), 64);
+        for (QByteArray content : {"33=M 34=M 35=M", "33=M 34=4294967285 35=0", "33=0 34=0 35=M"}) {
+            Desk desk(40, DeskFiles::vek().replace(
+                              "enabled", R"(counter_enable="1" counter_width="40" enabled)"));
+            desk.width = 40;
+            desk.after("10000 32=4294967295 " + content.replace("M", "4294967295") + " 0=1 0=3");
+            QCOMPARE(desk.after("00111" + QByteArray(16, '1') + number(64, 16), 2593).size(), 2593);
         }
     }
 };
