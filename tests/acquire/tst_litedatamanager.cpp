@@ -1,14 +1,11 @@
 #include "acquire/litedatamanager.h"
 #include "model/litefile.h"
 
-#include "requests.h"
+#include "managerrig.h"
 
 #include <QSocketNotifier>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <algorithm>
-#include <memory>
 #include <unistd.h>
 
 using namespace VEK;
@@ -29,29 +26,19 @@ QStringList section(int i, int count, int burst)
 
 } // namespace
 
-class TestLiteDataManager : public QObject
+class TestLiteDataManager : public QObject, ManagerRig<VekLiteDataManager>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        m_server.reset(new ScriptedServer);
-        m_manager.reset(new VekLiteDataManager);
-        m_manager->setTiming(0, 0);
-        m_ends.clear();
-        m_captures.clear();
+        begin();
         connect(m_manager.get(), &VekLiteDataManager::readRamComplete, this,
-                [this] { m_captures.append(m_manager->getCurrentData()); });
-        connect(m_manager.get(), &DataManager::triggerComplete, this,
-                [this](int result) { m_ends.append(result); });
+                [this] { m_reads.append(m_manager->getCurrentData()); });
     }
 
-    void cleanup()
-    {
-        m_manager.reset();
-        m_server.reset();
-    }
+    void cleanup() { end(); }
 
     /// Armed by the start register, polled once at a time, read, closed.
     void wholeRunInOrder()
@@ -69,7 +56,7 @@ private slots:
         QCOMPARE(m_manager->status(), AnalyzerWaiting);
 
         QTRY_VERIFY(!m_server->packs.isEmpty());
-        QTest::qWait(20); // no further poll goes out while this one is unanswered
+        QCoreApplication::processEvents(); // no further poll goes out while this one is unanswered
         CmdPack poll = m_server->packs.last();
         QCOMPARE(m_server->takeLines(), PollStart);
         ScriptedServer::replyData(poll, "100");
@@ -85,8 +72,8 @@ private slots:
         // only the tail is cut, and the section that came last stands first
         answerSection(first, "1010");
         answerSection(last, "0110");
-        QCOMPARE(m_captures.size(), 1);
-        QCOMPARE(bit2str(combine(m_captures.first())), QStringLiteral("011101"));
+        QCOMPARE(m_reads.size(), 1);
+        QCOMPARE(bit2str(combine(m_reads.first())), QStringLiteral("011101"));
         QTRY_COMPARE(m_ends, QList<int>{0});
         QCOMPARE(m_server->takeLines(), QStringList{Close});
         QCOMPARE(m_manager->status(), AnalyzerIdle);
@@ -112,7 +99,7 @@ private slots:
     {
         load(1);
         m_manager->startDataTrigger(-1);
-        QTest::qWait(10);
+        QCoreApplication::processEvents();
         QVERIFY(m_server->packs.isEmpty());
         QCOMPARE(m_manager->status(), AnalyzerRunning);
         m_manager->forceDataTrigger();
@@ -122,7 +109,8 @@ private slots:
         m_manager->startDataTrigger(1);
         QVERIFY(m_server->packs.isEmpty());
         QTRY_COMPARE(m_server->packs.size(), 2);
-        QTest::qWait(10); // it fires once
+        for (QTimer const* timer : m_manager->findChildren<QTimer*>())
+            QVERIFY(!timer->isActive()); // it fires once
         QCOMPARE(m_server->takeLines(), PollInit);
     }
 
@@ -182,7 +170,7 @@ private slots:
             QCOMPARE(m_server->takeLines(), PollInit); // the flag is asked for again
             m_manager->forceDataTrigger();
         }
-        QCOMPARE(m_captures.size(), 2);
+        QCOMPARE(m_reads.size(), 2);
         m_manager->stopDataTrigger();
         QCOMPARE(m_manager->autoRunCount(), -1);
         QCOMPARE(m_ends, QList<int>{0});
@@ -193,20 +181,9 @@ private:
     {
         SXCore_Lite core;
         core.captureAmount = amount;
-        SignalItem item;
-        item.name = "s";
-        item.captureEnable = true;
-        core.allSignalList = {item, item, item};
-        QTemporaryDir folder;
-        QString error;
-        QVERIFY(writeVEKConfigToXml_Lite({&core}, folder.filePath("lite.vek")));
-        QVERIFY(m_manager->readVekFile(folder.filePath("lite.vek"), error));
+        core.allSignalList = captured(3);
+        loadWith(writeVEKConfigToXml_Lite, {&core});
     }
-
-    std::unique_ptr<ScriptedServer> m_server;
-    std::unique_ptr<VekLiteDataManager> m_manager;
-    QList<QList<QBitArray>> m_captures;
-    QList<int> m_ends;
 };
 
 QTEST_GUILESS_MAIN(TestLiteDataManager)

@@ -3,16 +3,13 @@
 #include "jtag/alert.h"
 #include "model/standardfile.h"
 
-#include "requests.h"
+#include "managerrig.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 
 #include <algorithm>
 #include <array>
-#include <memory>
 
 using namespace VEK;
 
@@ -50,17 +47,15 @@ struct Core : SxCore
 {
     explicit Core(int index) : SxCore(index)
     {
-        SignalItem item;
-        item.name = "s";
-        item.captureEnable = true;
-        allSignalList = {item, item};
+        allSignalList = ManagerRig<VekStandardDataManager>::captured(2);
     }
 };
 
-QStringList registers(SxCore const& core, bool withExpression = true)
+QStringList registers(SxCore const& core, bool withExpression = true,
+                      QString const& device = QString())
 {
     QStringList lines;
-    QList<QBitArray> words = generateRegisterBit(&core, QString(), FileKindVek);
+    QList<QBitArray> words = generateRegisterBit(&core, device, FileKindVek);
     if (withExpression)
         words += generateExpressionBit(&core);
     for (QBitArray const& word : qAsConst(words))
@@ -70,28 +65,21 @@ QStringList registers(SxCore const& core, bool withExpression = true)
 
 } // namespace
 
-class TestStandardDataManager : public QObject
+class TestStandardDataManager : public QObject, ManagerRig<VekStandardDataManager>
 {
     Q_OBJECT
 
 private slots:
     void init()
     {
-        m_server.reset(new ScriptedServer);
-        m_manager.reset(new VekStandardDataManager);
-        m_manager->setTiming(0, 0);
-        m_windows.clear();
-        m_ends.clear();
+        begin();
         connect(m_manager.get(), &VekStandardDataManager::readRamComplete, this,
-                [this](int, int window) { m_windows.append(m_manager->getCurrentData(window)); });
-        connect(m_manager.get(), &DataManager::triggerComplete, this,
-                [this](int result) { m_ends.append(result); });
+                [this](int, int window) { m_reads.append(m_manager->getCurrentData(window)); });
     }
 
     void cleanup()
     {
-        m_manager.reset();
-        m_server.reset();
+        end();
         setAlertHandler({});
     }
 
@@ -150,9 +138,9 @@ private slots:
         QCOMPARE(m_manager->status(), AnalyzerReading);
         for (CmdPack const& request : asked)
             answer(request);
-        QCOMPARE(m_windows.size(), 3);
+        QCOMPARE(m_reads.size(), 3);
         // the section that came last stands first, without head and tail
-        QCOMPARE(bit2str(combine(m_windows.at(1))), "1101");
+        QCOMPARE(bit2str(combine(m_reads.at(1))), "1101");
         QCOMPARE(m_manager->status(), AnalyzerReadDone);
 
         m_manager->checkState(); // on to the second core, whose initial data is there
@@ -177,18 +165,9 @@ private slots:
         QCOMPARE(m_manager->status(), AnalyzerIdle);
     }
 
-    void readsWholeSectionsOnly()
+    void depthsThatAreNone()
     {
         m_manager->setStatus(AnalyzerReading);
-        for (int depth : {1, 128, 255, 1000}) {
-            m_manager->readRamData(2, 65500, 0, 17, depth);
-            int const sections = std::max(1, depth / 128);
-            int const burst = std::min(depth, 128);
-            QStringList expected;
-            for (int i = 0; i < sections; ++i)
-                expected += section(i, sections, 2, (65500 + i * burst) % 65536, burst, 17);
-            QCOMPARE(m_server->takeLines(), expected);
-        }
         m_manager->readRamData(2, 65500, 0, 17, 0);
         QVERIFY(m_server->packs.isEmpty());
         m_manager->readRamData(2, 65500, 0, 17, -5);
@@ -221,8 +200,10 @@ private slots:
         dynamic.expressionType = ExpressionDynamic;
         dynamic.captureAmount = 16;
         load({&dynamic});
+        m_manager->setDeviceName("TK-107"); // takes one record fewer
         m_manager->setAutoRunCount(0);
         m_manager->startDataTrigger({0});
+        QCOMPARE(m_server->takeLines(), registers(dynamic, true, "TK-107") << startValue(1));
         for (int run = 1; run <= 2; ++run) {
             m_manager->checkState();
             ScriptedServer::replyData(m_server->packs.last(), Zeros16);
@@ -231,7 +212,7 @@ private slots:
             m_server->packs.clear();
             answer(read);
             // armed again, without the expression words
-            QCOMPARE(m_server->takeLines(), registers(dynamic, false) << startValue(1));
+            QCOMPARE(m_server->takeLines(), registers(dynamic, false, "TK-107") << startValue(1));
         }
         m_manager->forceDataTrigger();
         QCOMPARE(m_server->takeLines(), (QStringList{select(0), startValue(3)}));
@@ -275,7 +256,7 @@ private slots:
             answer(hostile);
             answer(hostile);
         }
-        QVERIFY(m_windows.isEmpty());
+        QVERIFY(m_reads.isEmpty());
         m_server->packs.clear();
         m_manager->stopDataTrigger();
         QCOMPARE(m_server->takeLines(), QStringList{Close}); // the core is no longer armed
@@ -283,44 +264,21 @@ private slots:
         ScriptedServer::replyData(poll, Zeros16);
         m_manager->checkState();
         QVERIFY(m_server->packs.isEmpty());
-        QVERIFY(m_windows.isEmpty());
+        QVERIFY(m_reads.isEmpty());
         QCOMPARE(m_ends, QList<int>{0});
     }
 
     /// Whatever comes in during the pause between two sections is handled there.
-    void stopsBetweenTwoSections_data()
-    {
-        QTest::addColumn<bool>("byOpen");
-        QTest::newRow("stop") << false;
-        QTest::newRow("late failed open") << true;
-    }
-
     void stopsBetweenTwoSections()
     {
-        QFETCH(bool, byOpen);
-        load({&m_core}); // 8 sections
-        m_manager->initDeviceChain({0});
-        CmdPack const open = m_server->packs.first();
-        CmdPack const poll = firstPoll();
-        m_server->packs.clear();
-        m_server->onRequest = [&](CmdPack const& pack) {
-            if (pack.value("OPRATE").toString() == QLatin1String("READ_RAM") &&
-                pack.value("SECTION").toInt() == 1) {
-                QTimer::singleShot(0, this, [&] {
-                    if (byOpen)
-                        ScriptedServer::reply(open, {{"RES", -1}});
-                    else
-                        m_manager->stopDataTrigger();
-                });
-            }
-        };
-        ScriptedServer::replyData(poll, Zeros16);
-        // the section after the pause still goes out, then the loop ends
-        QStringList const expected = section(0, 8, 0, 0, 128) + section(1, 8, 0, 128, 128) +
-                                     QStringList{Close} + section(2, 8, 0, 256, 128);
-        QCOMPARE(m_server->takeLines(), expected);
-        QCOMPARE(m_ends, byOpen ? (QList<int>{0, -1}) : (QList<int>{0}));
-        QCOMPARE(m_manager->status(), AnalyzerIdle);
+        stopsBetweenTwoSections([this](CmdPack const&) { m_manager->stopDataTrigger(); }, {0});
+        cleanup();
+        init();
+        stopsBetweenTwoSections(
+            [](CmdPack const& open) {
+                ScriptedServer::reply(open, {{"RES", -1}});
+            },
+            {0, -1});
     }
 
     void survivesItsOwnEndDuringARead()
@@ -364,14 +322,30 @@ private slots:
     }
 
 private:
-    /// Hands cores to the manager the way a user does, through a file.
-    void load(QList<SxCore*> const& cores)
+    void stopsBetweenTwoSections(std::function<void(CmdPack const&)> const& stop,
+                                 QList<int> const& ends)
     {
-        QTemporaryDir folder;
-        QString const path = folder.filePath("cores.vek");
-        QString error;
-        QVERIFY(writeVEKConfigToXml(cores, path) && m_manager->readVekFile(path, error));
+        load({&m_core}); // 8 sections
+        m_manager->initDeviceChain({0});
+        CmdPack const open = m_server->packs.first();
+        CmdPack const poll = firstPoll();
+        m_server->packs.clear();
+        m_server->onRequest = [&](CmdPack const& pack) {
+            if (pack.value("OPRATE").toString() == QLatin1String("READ_RAM") &&
+                pack.value("SECTION").toInt() == 1) {
+                QTimer::singleShot(0, this, [&] { stop(open); });
+            }
+        };
+        ScriptedServer::replyData(poll, Zeros16);
+        // the section after the pause still goes out, then the loop ends
+        QStringList const expected = section(0, 8, 0, 0, 128) + section(1, 8, 0, 128, 128) +
+                                     QStringList{Close} + section(2, 8, 0, 256, 128);
+        QCOMPARE(m_server->takeLines(), expected);
+        QCOMPARE(m_ends, ends);
+        QCOMPARE(m_manager->status(), AnalyzerIdle);
     }
+
+    void load(QList<SxCore*> const& cores) { loadWith(writeVEKConfigToXml, cores); }
 
     /// Starts the first core; the request of its first poll.
     CmdPack firstPoll()
@@ -388,10 +362,6 @@ private:
         answerSection(request, QString(32, '1') + number + "1" + "1");
     }
 
-    std::unique_ptr<ScriptedServer> m_server;
-    std::unique_ptr<VekStandardDataManager> m_manager;
-    QList<QList<QBitArray>> m_windows;
-    QList<int> m_ends;
     Core m_core{0};
 };
 
