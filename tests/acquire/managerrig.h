@@ -4,8 +4,8 @@
 #include "model/capturecore.h"
 
 #include "requests.h"
+#include "tests/support/tempfolder.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -35,8 +35,8 @@ struct ManagerRig
     template <typename Core>
     void loadWith(bool (*write)(QList<Core*> const&, QString const&), QList<Core*> const& cores)
     {
-        QTemporaryDir folder;
-        QString const path = folder.filePath("cores.vek");
+        TempFolder const folder;
+        QString const path = folder.path("cores.vek");
         QString error;
         QVERIFY(write(cores, path) && m_manager->readVekFile(path, error));
     }

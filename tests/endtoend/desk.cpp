@@ -50,18 +50,16 @@ Desk::Desk()
 
 bool Desk::write(QString const& name, QByteArray const& content) const
 {
-    QFile file(m_folder.filePath("run/" + name));
+    QFile file(m_folder.path("run/" + name));
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 QMap<QString, QByteArray> Desk::results() const
 {
     QMap<QString, QByteArray> results;
-    QDir const folder(m_folder.filePath("run"));
+    QDir const folder(m_folder.path("run"));
     for (QString const& name : folder.entryList({"*.csv"}, QDir::Files | QDir::NoSymLinks)) {
-        QFile file(folder.filePath(name));
-        file.open(QIODevice::ReadOnly);
-        results[name] = file.readAll();
+        results[name] = TempFolder::content(folder.filePath(name));
     }
     return results;
 }
@@ -69,7 +67,7 @@ QMap<QString, QByteArray> Desk::results() const
 bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more,
                QByteArray const& device)
 {
-    bench = m_folder.filePath("run/bench.json");
+    bench = m_folder.path("run/bench.json");
     return write("setup.vek", vek) && write("stimulus.vcd", Stimulus::toVcd(waves)) &&
            write("bench.json", R"({"design": "setup.vek", "stimulus": {"vcd": "stimulus.vcd"},
                "cables": [{"kind": "FT2CH", "location": 7}, {"kind": "LPT"}], "device": ")" +
@@ -79,10 +77,10 @@ bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more
 void Desk::start(QProcess& process, QStringList const& arguments, QString const& name) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TMPDIR", m_folder.filePath("tmp"));
+    environment.insert("TMPDIR", m_folder.path("tmp"));
     environment.insert("VEK_BENCH", bench);
     process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(m_folder.filePath("run"));
+    process.setWorkingDirectory(m_folder.path("run"));
     process.start(program(name), arguments);
 }
 

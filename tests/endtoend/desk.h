@@ -1,9 +1,9 @@
 #pragma once
 
 #include "oracle.h"
+#include "tests/support/tempfolder.h"
 
 #include <QProcess>
-#include <QTemporaryDir>
 
 /// How a run of the batch tool should end. Nothing on standard error and no process left behind go
 /// without saying.
@@ -35,7 +35,7 @@ public:
              QByteArray const& device = "TK-501");
 
     /// Where a program of the root lies, such as "Programmer/bin/scanbridge".
-    QString program(QString const& name) const { return m_folder.filePath(name); }
+    QString program(QString const& name) const { return m_folder.path(name); }
 
     void start(QProcess& process, QStringList const& arguments,
                QString const& name = "Analyzer/bin/veksh") const;
@@ -49,5 +49,5 @@ public:
     QString bench; ///< The bench file of the simulated chip, by absolute path.
 
 private:
-    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
+    TempFolder m_folder;
 };

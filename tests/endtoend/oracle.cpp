@@ -125,7 +125,7 @@ int findTrigger(QDomElement const& core, Waves const& waves, int start, int earl
             watches.emplace(number(unit, "index"), Watch(unit, core, waves));
     QStringList stages;
     for (QDomElement const& expression : all(core, "Expression"))
-        stages += expression.text();
+        stages += expression.text().remove(' ');
     if (isDynamic(core))
         stages = stages.mid(0, 1); // a file can't switch more on
     for (int sample = start; sample < waves.first().size(); ++sample) {

@@ -224,6 +224,7 @@ private slots:
             for (char const* text :
                  {"M0|M5&M10", "M0^M5&M10", "M0|M5^M10", "(M0|M5)&M10", "!M0&!(M5|M10)"})
                 expressions += deciding(text, {"1", "1", "1"}, dynamic);
+        expressions += deciding(" !(!!M0|!M5 )& M10 ", {"1", "1", "1"});
         row("expressions", waves, expressions);
         for (unsigned seed = 1; seed <= 6; ++seed) {
             Waves drawnWaves;

@@ -1,6 +1,5 @@
 #include "desk.h"
 
-#include <QFile>
 #include <QtTest>
 
 /// The committed demos, each against what its dump says.
@@ -25,13 +24,11 @@ private slots:
         QFETCH(QString, design);
         QString const folder = VEK_SOURCE_ROOT "/examples/" + design + "/";
         QString const demo = folder + QTest::currentDataTag();
-        QFile setup(demo + ".vek"), dump(folder + design + ".vcd");
-        QVERIFY(setup.open(QIODevice::ReadOnly) && dump.open(QIODevice::ReadOnly));
-        QByteArray const vcd = dump.readAll();
+        QByteArray const vcd = TempFolder::content(folder + design + ".vcd");
         QMap<QString, Waves> waves;
         for (QString const clock : {"clk", "clk_a", "clk_b"})
             waves[clock] = Stimulus::readVcd(vcd, clock);
-        auto const captures = expectedCaptures(setup.readAll(), waves);
+        auto const captures = expectedCaptures(TempFolder::content(demo + ".vek"), waves);
         QVector<int> triggers;
         for (ExpectedWindow const& capture : captures)
             triggers += capture.trigger;

@@ -5,6 +5,7 @@
 #include "jtag/jtagsession.h"
 #include "model/standardfile.h"
 #include "programmer/devicecatalogue.h"
+#include "tests/support/tempfolder.h"
 #include "tests/support/widgettools.h"
 #include "wavemonitor/signaltreemodel.h"
 
@@ -18,7 +19,6 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -31,12 +31,6 @@ namespace {
 
 QString const Source = VEK_SOURCE_ROOT;
 QString const Build = VEK_BUILD_ROOT;
-
-QByteArray content(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no " + path.toUtf8());
-}
 
 /// The cells of a result file by the name of their column; row 0 is the first sample.
 QVector<QMap<QString, QString>> csvRows(QByteArray const& text)
@@ -89,21 +83,11 @@ private:
 } // namespace
 
 /// Sessions at the workbench with the real programs.
-class TestWorkbench : public QObject
+class TestWorkbench : public QObject, TempFolder
 {
     Q_OBJECT
 
 private:
-    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
-
-    QString path(QString const& name) const { return m_folder.filePath(name); }
-    QString write(QString const& name, QByteArray const& text) const
-    {
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-            qFatal("can't write %s", qPrintable(name));
-        return file.fileName();
-    }
     /// A demo's setup in the folder, with its bench in use.
     QString layDemo(QString const& demo) const
     {
@@ -127,10 +111,10 @@ private:
     {
         QProcess batch;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        QDir(m_folder.path()).mkpath("tmp");
+        QDir(path()).mkpath("tmp");
         environment.insert("TMPDIR", path("tmp"));
         batch.setProcessEnvironment(environment);
-        batch.setWorkingDirectory(m_folder.path());
+        batch.setWorkingDirectory(path());
         batch.start(Build + "/Analyzer/bin/veksh",
                     {"-cable", "FT2CH", "-vek", setup, "-device", device, "-out", "batch"});
         QVERIFY(batch.waitForFinished());
@@ -140,8 +124,8 @@ private:
 private slots:
     void initTestCase()
     {
-        qputenv("TMPDIR", m_folder.path().toUtf8());
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_folder.path());
+        qputenv("TMPDIR", path().toUtf8());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, path());
         QCoreApplication::setOrganizationName("vek");
         QCoreApplication::setApplicationName("tst_workbench");
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);

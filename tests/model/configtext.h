@@ -1,9 +1,7 @@
 #pragma once
 
 #include "model/capturecore.h"
-
-#include <QFile>
-#include <QTemporaryDir>
+#include "tests/support/tempfolder.h"
 
 /// `+name(text)[members]`, with - for what is not captured.
 inline QString show(QList<VEK::SignalItem> const& items)
@@ -42,24 +40,11 @@ inline QString const SignalListShown =
     "+u/en(Enable & go) -u/d[1:0](Data)[-u/d[1](high) -u/d[0]] +u/<a>[+u/a]";
 
 /// A configuration file in a folder of its own.
-class ConfigFile
+class ConfigFile : TempFolder
 {
 public:
-    QString folder() const { return m_folder.path(); }
-    QString path() const { return m_folder.filePath("config.vek"); }
-    QString write(QByteArray const& content) const
-    {
-        QFile file(path());
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("no room for a test file");
-        return path();
-    }
-    QByteArray content() const
-    {
-        QFile file(path());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-private:
-    QTemporaryDir m_folder;
+    QString folder() const { return TempFolder::path(); }
+    QString path() const { return TempFolder::path("config.vek"); }
+    QString write(QByteArray const& text) const { return TempFolder::write("config.vek", text); }
+    QByteArray content() const { return TempFolder::content(path()); }
 };

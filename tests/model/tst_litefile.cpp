@@ -89,38 +89,36 @@ private slots:
         }
     }
 
-    void documents_data()
-    {
-        QTest::addColumn<QString>("error"); // empty: read
-        QTest::addColumn<int>("cores");
-        QTest::addColumn<QString>("id");
-        auto const row = [](char const* text, char const* error, int cores, char const* id) {
-            QTest::newRow(text) << error << cores << id;
-        };
-        row("<V><Version/><SxCore_Lite/></V>", "", 1, "as before");
-        row("<V><Version>3.0.1</Version><SxCore_Lite/></V>",
-            "The version of Vek config file is too high.", 0, "as before");
-        row("<V><Version>3.x</Version><SxCore_Lite/></V>", "Invalid Vek config file.", 0,
-            "as before");
-        row("", "", 0, "as before");
-        row("<V><SxCore_Lite/></V>", "Unknown Vek version.", 0, "as before");
-        row("<V>\n<Version>", "unexpected end of file at 2:10", 0, "as before");
-        row("<V><Version>3.0</Version><SxCore/><VEK_ID>a1</VEK_ID></V>", "", 0, "a1");
-        row("<KVX><VEK_ID>beside</VEK_ID><VEK_CONFIG><VEK_ID>in</VEK_ID><Version>3</Version>"
-            "<SxCore_Lite/><SxCore/><SxCore_Lite/></VEK_CONFIG></KVX>",
-            "", 2, "in");
-        row("<KVX><Version>3.0</Version><VEK_ID>beside</VEK_ID><VEK_CONFIG/></KVX>",
-            "Unknown Vek version.", 0, "as before");
-    }
-
     void documents()
     {
-        Result const result(m_file.write(QTest::currentDataTag()));
-        QFETCH(QString, error);
-        QCOMPARE(result.ok, error.isEmpty());
-        QCOMPARE(result.error, error.isEmpty() ? "untouched" : error);
-        QTEST(result.cores.size(), "cores");
-        QTEST(result.id, "id");
+        struct
+        {
+            char const* text;
+            char const* error; // empty: read
+            int cores;
+            char const* id;
+        } const rows[] = {
+            {"<V><Version/><SxCore_Lite/></V>", "", 1, "as before"},
+            {"<V><Version>3.0.1</Version><SxCore_Lite/></V>",
+             "The version of Vek config file is too high.", 0, "as before"},
+            {"<V><Version>3.x</Version><SxCore_Lite/></V>", "Invalid Vek config file.", 0,
+             "as before"},
+            {"", "", 0, "as before"},
+            {"<V><SxCore_Lite/></V>", "Unknown Vek version.", 0, "as before"},
+            {"<V>\n<Version>", "unexpected end of file at 2:10", 0, "as before"},
+            {"<V><Version>3.0</Version><SxCore/><VEK_ID>a1</VEK_ID></V>", "", 0, "a1"},
+            {"<KVX><VEK_ID>beside</VEK_ID><VEK_CONFIG><VEK_ID>in</VEK_ID><Version>3</Version>"
+             "<SxCore_Lite/><SxCore/><SxCore_Lite/></VEK_CONFIG></KVX>",
+             "", 2, "in"},
+            {"<KVX><Version>3.0</Version><VEK_ID>beside</VEK_ID><VEK_CONFIG/></KVX>",
+             "Unknown Vek version.", 0, "as before"}};
+        for (auto const& [text, error, cores, id] : rows) {
+            Result const result(m_file.write(text));
+            QCOMPARE(result.ok, !*error);
+            QCOMPARE(result.error, QString(*error ? error : "untouched"));
+            QCOMPARE(result.cores.size(), cores);
+            QCOMPARE(result.id, QString(id));
+        }
     }
 
     void files()

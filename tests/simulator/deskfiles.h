@@ -1,26 +1,16 @@
 #pragma once
 
 #include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "jtag/protocol.h"
 #include "tests/support/bittext.h"
+#include "tests/support/tempfolder.h"
 
 /// Files of a desk in a folder of their own, and requests to what serves it.
-class DeskFiles
+class DeskFiles : public TempFolder
 {
 public:
-    QString path(QString const& name) const { return m_folder.filePath(name); }
-    QString write(QString const& name, QByteArray const& text) const
-    {
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-            qFatal("%s can't be written", qPrintable(name));
-        return path(name);
-    }
-
     /// A static core of index 0 with the data signals d[1] and d[0], unit M0 over both, depth 16.
     static QByteArray vek(QByteArray const& attributes = R"(sample_clock="clk" storage_depth="16")",
                           QByteArray const& expression = "M0")
@@ -93,7 +83,4 @@ public:
         }
         return digits.mid(marked) + digits.left(marked);
     }
-
-private:
-    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
 };

@@ -148,6 +148,17 @@ private slots:
         }
     }
 
+    void badExpressions()
+    {
+        QStringList rows = QString(",&M0,M0&,M0 M1,M0!,(M0,M0),(),M,N0").split(',');
+        rows << QString("M0|").repeated(5000) + "M0" << QString(4095, '(');
+        for (QString const& text : rows) {
+            Desk desk(Members,
+                      DeskFiles::vek(R"(storage_depth="16")", text.toHtmlEscaped().toLatin1()));
+            QVERIFY2(desk.error.contains("d.vek: core 0: expression"), qPrintable(text));
+        }
+    }
+
     void stimulus()
     {
         char const* const rows[][2] = {

@@ -101,14 +101,18 @@ private slots:
                  "000" + number(0xA5A5A5A5, 32) + QByteArray(13, '1') + "000" + '1');
     }
 
-    /// Register 34 as hosts fill it for a device.
-    void devices()
+    /// Register 34 as hosts fill it for a device, and with more than the window has room for.
+    void samplesAfterTheTrigger()
     {
-        for (char const* device : {"TK-501", "TK-102", "TK-107"}) {
-            Desk desk(40, DeskFiles::vek(), device);
-            desk.after(SetUp + (device == QByteArray("TK-107") ? "34=2 0=1" : "0=1"));
+        char const* const rows[][3] = {{"TK-501", "34=3", "301230"},
+                                       {"TK-102", "34=3", "301230"},
+                                       {"TK-107", "34=2", "301230"},
+                                       {"TK-501", "34=65533", "300012"}};
+        for (auto const& row : rows) {
+            Desk desk(40, DeskFiles::vek(), row[0]);
+            desk.after(SetUp + row[1] + " 0=1");
             QVERIFY(!desk.isRunning());
-            QCOMPARE(desk.window(), QByteArray("301230"));
+            QCOMPARE(desk.window(), QByteArray(row[2]));
         }
     }
 
@@ -139,6 +143,8 @@ private slots:
         desk.after("0=3"); // the next sample, and not armed anew
         QVERIFY(!desk.isRunning());
         QCOMPARE(desk.window(8), QByteArray("111111"));
+        QByteArray const second = "00111" + number(8, 16) + number(6, 16);
+        QCOMPARE(desk.after(second, 129).count(QByteArray(14, '1') + "01"), 1); // is marked
         QCOMPARE(desk.window(), QByteArray("301111"));
         desk.after("256=1 0=1"); // a level that stands fires no more
         QVERIFY(desk.isRunning());
@@ -152,8 +158,9 @@ private slots:
         Desk desk(8);
         desk.after(SetUp + "33=3 34=1 256=2 257=0 258=2 0=1"); // d[1] falls
         QCOMPARE(desk.window(0, 4), QByteArray("0123"));
-        desk.after("0=1");
+        desk.after("0=1"); // and the stimulus goes on
         QVERIFY(!desk.isRunning());
+        QCOMPARE(desk.window(0, 4), QByteArray("0000"));
     }
 
     /// Whatever stands in the registers, arming and forcing come to an end.
