@@ -16,12 +16,14 @@
 namespace widgettools {
 
 /// Whether there is a font: without any on the machine texts leave no pixel.
-inline bool textIsSeen()
+inline bool textIsSeen(QFont const& font = QFont())
 {
     QImage blank(40, 40, QImage::Format_RGB32);
     blank.fill(Qt::white);
     QImage written = blank;
-    QPainter(&written).drawText(written.rect(), Qt::AlignCenter, QStringLiteral("8"));
+    QPainter painter(&written);
+    painter.setFont(font);
+    painter.drawText(written.rect(), Qt::AlignCenter, QStringLiteral("8"));
     return written != blank;
 }
 

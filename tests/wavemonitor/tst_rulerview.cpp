@@ -271,7 +271,7 @@ private Q_SLOTS:
         m_ruler->horizontalScrollBar()->setValue(50 * 50);
         QImage const apart = numbers();
         m_ruler->removeMarker(m_ruler->timeMarkers().at(2)->item());
-        QCOMPARE(numbers() != apart, widgettools::textIsSeen());
+        QCOMPARE(numbers() != apart, widgettools::textIsSeen(monitorFontOfPointSize(9)));
     }
 
 private:

@@ -1,4 +1,5 @@
 #include "tests/support/widgettools.h"
+#include "wavemonitor/constants.h"
 #include "wavemonitor/notificationcenter.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/waves/waveviewmenu.h"
@@ -350,8 +351,8 @@ private Q_SLOTS:
             }
             return false;
         };
-        QCOMPARE(texted(250, Qt::red), textIsSeen());
-        QCOMPARE(texted(450, QColor(0xFFA500)), textIsSeen());
+        QCOMPARE(texted(250, Qt::red), textIsSeen(monitorFontOfPointSize(9)));
+        QCOMPARE(texted(450, QColor(0xFFA500)), textIsSeen(monitorFontOfPointSize(9)));
         QVERIFY(!texted(400, Qt::white));
 
         panes.source.windows = 0;
