@@ -1,7 +1,7 @@
 #pragma once
 
+#include "image/matchvalue.h"
 #include "model/capturecore.h"
-#include "triggerui/matchvalue.h"
 #include "triggerui/treelineedit.h"
 
 #include <QDialog>

@@ -1,5 +1,5 @@
+#include "image/matchvalue.h"
 #include "model/capturecore.h"
-#include "triggerui/matchvalue.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "triggerui/matchvalue.h"
+#include "image/matchvalue.h"
 
 #include "model/capturecore.h"
 
