@@ -4,6 +4,7 @@
 #include "model/standardfile.h"
 #include "results/csvexport.h"
 #include "results/prnexport.h"
+#include "results/sessionfile.h"
 #include "results/vcdexport.h"
 #include "results/wholefile.h"
 #include "results/windowdocument.h"
@@ -11,7 +12,7 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "widgets/reloadbanner.h"
 #include "workbench/mainwindow.h"
-#include "workbench/sessionfile.h"
+#include "workbench/savedview.h"
 
 #include <QFile>
 #include <QFileDialog>
@@ -95,15 +96,16 @@ void MainWindow::updateTitle()
 void MainWindow::showSession(QString const& path)
 {
     QDomDocument document;
-    for (SavedWindow const& saved : readSession(path, document)) {
+    for (SessionWindow const& saved : readSession(path, document)) {
         WaveMonitorWidget* const target = monitor(saved.core);
         if (!target)
             continue;
         QDomElement const position = saved.window.firstChildElement(DOM_TAG_TRIGGER_POSITION);
         target->setWindowsNum(position.attribute(DOM_ATTR_TRIGGER_SEGMENTS).toInt());
         target->restore(saved.window);
-        if (saved.hasView)
-            target->setViewState(saved.view);
+        WaveMonitor::ViewState view;
+        if (restoreView(saved.window, view))
+            target->setViewState(view);
         else
             target->zoomFit();
         m_fitted[saved.core] = target->model()->timeLength();
@@ -213,14 +215,16 @@ bool MainWindow::saveSessionAs(QString const& path)
 {
     QString const file = QFileInfo(path).absoluteFilePath();
     QDomDocument document;
-    QList<SavedWindow> windows;
+    QList<SessionWindow> windows;
     for (int core = 0; core < m_monitors->count(); ++core) {
-        if (monitor(core)->model()->timeLength() > 0)
-            windows.append({core, monitor(core)->save(document), true, monitor(core)->viewState()});
+        if (monitor(core)->model()->timeLength() == 0)
+            continue;
+        windows.append({core, monitor(core)->save(document)});
+        saveView(monitor(core)->viewState(), windows.last().window);
     }
     m_watcher.removePath(m_path); // it may be the one
     QString error;
-    bool const ok = writeSession(file, configuration(), windows, error);
+    bool const ok = VEK::writeSession(file, configuration(), windows, QString(), error);
     if (ok) {
         follow(file);
         noteSaved();
