@@ -83,6 +83,9 @@ public:
     /// the end of a run, to the next opening; it is there before `triggerComplete`.
     QString deviceReason() const { return m_coreReason.isEmpty() ? m_chainReason : m_coreReason; }
 
+    /// The part of it that tells of the polled core, for which no trigger is to be expected.
+    QString coreReason() const { return m_coreReason; }
+
     /// The cable whose server is current.
     QString cableName() const { return m_cableName; }
     void setCableName(QString const& name) { m_cableName = name; }
@@ -113,6 +116,9 @@ Q_SIGNALS:
 
     /// The words that arm the core were written.
     void coreArmed(int core);
+    /// A poll says that the core has not captured yet: the chip has taken the words that were
+    /// written before it.
+    void coreWaiting(int core);
     /// A poll says that the core has captured; it is read next. `forced` if a force was written to
     /// it before that poll: the core may have fired by itself since the poll before.
     void coreFired(int core, bool forced);
@@ -196,8 +202,8 @@ protected:
     /// What is known of the poll whose reply is being handled.
     bool isFinalPoll() const { return m_answered.isFinal; }
     bool isForcedPoll() const { return m_answered.forced; }
-    /// A poll said that the core has not fired yet.
-    void onCoreWaiting();
+    /// A poll said that the core with that index has not fired yet.
+    void onCoreWaiting(int core);
     /// Replies to polls that are on their way are no news any more.
     void forgetPolls() { ++m_round; }
     /// Stops the polled core alone, and moves the run on.

@@ -163,7 +163,7 @@ void VekLiteDataManager::onStartRegister(CmdPack const& reply, bool* finished)
     m_silenceTimer->stop();
     if (pacing() == Pacing::Timed && !isFinalPoll())
         m_pollTimer->start();
-    onCoreWaiting();
+    onCoreWaiting(0);
 }
 
 void VekLiteDataManager::readCore()

@@ -70,9 +70,15 @@ void DataManager::poll(CmdPack const& request, bool forced, ReplyHandler const& 
     });
 }
 
-void DataManager::onCoreWaiting()
+void DataManager::onCoreWaiting(int core)
 {
-    if (m_answered.isFinal) {
+    Poll const answered = m_answered;
+    QPointer<DataManager> const self(this);
+    emit coreWaiting(core);
+    if (!self || answered.round != m_round ||
+        (m_status != AnalyzerRunning && m_status != AnalyzerWaiting))
+        return;
+    if (answered.isFinal) {
         stopPolledCore();
     } else if (m_pacing == Pacing::ByReplies) {
         m_pollTimer->start(m_isFinishing ? 0 : m_pollDelay);

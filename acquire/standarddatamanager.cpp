@@ -249,7 +249,7 @@ void VekStandardDataManager::onStartRegister(CmdPack const& reply, bool* finishe
     if (!isPolling() || !m_currentCore)
         return;
     if (!saysFired(reply)) {
-        onCoreWaiting();
+        onCoreWaiting(m_currentCore->index);
         return;
     }
     m_currentCore->status = CoreFinished;
@@ -267,7 +267,7 @@ void VekStandardDataManager::onStartRegisterAfterInit(CmdPack const& reply, bool
         return;
     if (!saysFired(reply)) {
         if (isPolling())
-            onCoreWaiting();
+            onCoreWaiting(m_currentCore->index);
         return;
     }
     m_currentCore->status = CoreFinished;

@@ -3,40 +3,56 @@
 #include "acquire/litedatamanager.h"
 #include "acquire/samples.h"
 #include "acquire/standarddatamanager.h"
+#include "capture/serverlink.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
-#include "model/signallist.h"
 #include "model/vekfile.h"
 
 #include <QFile>
-#include <QTimer>
 
 #include <algorithm>
 
 namespace VEK {
 namespace {
 
-/// Whether each section of a window has all the bits that were asked for, of `depth` samples. A
-/// short one in the middle would move all that is behind it.
-bool isWhole(QList<QBitArray> const& sections, int width, int depth)
+constexpr int StopPatience = 1000; ///< ms, for the chip to say that it was stopped.
+constexpr int WriteTime = 2;       ///< ms that a word takes a slow server.
+
+int lookInterval(int patience)
 {
-    int const bits = width * std::min(depth, DataManager::SectionSamples);
-    return std::all_of(sections.begin(), sections.end(),
-                       [bits](QBitArray const& section) { return section.size() == bits; });
+    return std::clamp(patience / 4, 20, 1000);
 }
 
 } // namespace
 
 Capture::Capture(QObject* parent) : QObject(parent)
 {
+    for (QTimer* const timer : {&m_waitTimer, &m_forceTimer, &m_stopTimer}) {
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+    }
+    connect(&m_waitTimer, &QTimer::timeout, this, &Capture::onWaitOver);
+    connect(&m_forceTimer, &QTimer::timeout, this, &Capture::onForceDue);
+    connect(&m_stopTimer, &QTimer::timeout, this, &Capture::abort);
+    connect(&m_lookTimer, &QTimer::timeout, this, &Capture::lookAtServer);
     connect(JtagSession::shared(), &JtagSession::connectionLost, this, &Capture::onServerLost);
+    makeLink();
+}
+
+void Capture::makeLink()
+{
+    if (m_link)
+        m_link->disconnect(this);
+    m_link = std::make_unique<ServerLink>();
+    connect(m_link.get(), &ServerLink::held, this, &Capture::held);
+    connect(m_link.get(), &ServerLink::opened, this, &Capture::onOpened);
+    connect(m_link.get(), &ServerLink::failed, this, &Capture::endRun);
+    connect(m_link.get(), &ServerLink::closed, this, &Capture::onClosed);
 }
 
 Capture::~Capture()
 {
-    m_standard.reset();
-    m_lite.reset();
-    dropServer();
+    shutDown();
 }
 
 bool Capture::open(QString const& path, QString& error)
@@ -54,20 +70,42 @@ bool Capture::open(QString const& path, QString& error)
                         : QStringLiteral("There is no such file.");
         return false;
     }
-    stop();
+    shutDown();
     Q_EMIT closing();
     m_standard.reset(mode == VekModeStandard ? standard.release() : nullptr);
     m_lite.reset(mode == VekModeLite ? lite.release() : nullptr);
+    connectManager();
+    return true;
+}
+
+void Capture::connectManager()
+{
     if (m_standard)
         connect(m_standard.get(), &VekStandardDataManager::readRamComplete, this,
                 &Capture::onStandardWindow);
     else
         connect(m_lite.get(), &VekLiteDataManager::readRamComplete, this, &Capture::onLiteWindow);
-    connect(manager(), &DataManager::triggerComplete, this, &Capture::onComplete);
+    DataManager* const source = manager();
+    connect(source, &DataManager::triggerComplete, this, &Capture::onComplete);
+    connect(source, &DataManager::coreArmed, this,
+            [this](int index) { Q_EMIT coreArmed(placeOf(index)); });
+    connect(source, &DataManager::coreWaiting, this,
+            [this](int index) { onCoreWaiting(placeOf(index)); });
+    connect(source, &DataManager::coreFired, this,
+            [this](int index, bool forced) { Q_EMIT coreFired(placeOf(index), forced); });
+    connect(source, &DataManager::coreStopped, this, [this](int index) {
+        m_stopped << placeOf(index);
+        Q_EMIT coreStopped(placeOf(index));
+    });
+    connect(source, &DataManager::readProgress, this,
+            [this](int index, int window, int received, int total) {
+                Q_EMIT readProgress(placeOf(index), window, received, total);
+            });
+    connect(source, &DataManager::windowIncomplete, this,
+            [this](int index, int window) { loseWindow(placeOf(index), window); });
     // queued: a reason for which the run ends is a part of its end
-    connect(manager(), &DataManager::deviceReasonChanged, this, &Capture::onReason,
+    connect(source, &DataManager::deviceReasonChanged, this, &Capture::onReason,
             Qt::QueuedConnection);
-    return true;
 }
 
 DataManager* Capture::manager() const
@@ -85,130 +123,202 @@ SXCore_Lite* Capture::liteCore() const
     return m_lite ? m_lite->core() : nullptr;
 }
 
-void Capture::setDeviceName(QString const& name)
+int Capture::placeOf(int index) const
 {
-    m_deviceName = name;
+    if (m_lite)
+        return 0;
+    QList<SxCore*> const& cores = m_standard->cores();
+    auto const core = std::find_if(cores.begin(), cores.end(),
+                                   [index](SxCore const* core) { return core->index == index; });
+    return int(core - cores.begin());
 }
 
-/// A server is started once, and kept; another cable's replaces it.
-bool Capture::connectServer(QString const& cable)
+void Capture::run(CaptureSettings const& settings)
 {
-    JtagSession* const session = JtagSession::shared();
-    if (session->connectServer(cable))
-        return true;
-    dropServer();
-    session->validateServerList(session->initLocalServerListForveksh(
-        cable == Server::LptName ? CableLPT : CableFT2CH, Channel0));
-    return session->connectServer(cable);
-}
-
-void Capture::dropServer()
-{
-    JtagSession::shared()->disconnectServer();
-    JtagSession::shared()->clearAllServerMap();
-}
-
-void Capture::run(QString const& cable, QString const& location, bool repeat)
-{
-    if (m_running || !manager())
+    if (isRunning() || !manager())
         return;
-    if (!connectServer(cable)) {
-        Q_EMIT ended(false, QStringLiteral("No JTAG server: it could not be started, or did not "
-                                           "answer. Is Programmer/bin installed beside this "
-                                           "program?"));
+    m_settings = settings;
+    m_outcome = {};
+    m_isStopping = false;
+    m_isWaitBegun = false;
+    m_isForced = false;
+    m_stopped.clear();
+    m_lost.clear();
+    m_results.clear();
+    setPhase(Phase::Starting);
+    m_link->open(settings);
+}
+
+void Capture::onOpened()
+{
+    if (m_phase != Phase::Starting)
+        return;
+    m_phase = Phase::Running;
+    if (m_settings.patience >= 0) {
+        m_lookTimer.start(lookInterval(m_settings.patience));
+        m_sinceLook.start();
+    }
+    Q_EMIT connected();
+    if (m_phase == Phase::Running)
+        startCores();
+}
+
+void Capture::startCores()
+{
+    manager()->setPacing(m_settings.pacing);
+    manager()->setAutoRunCount(m_settings.repeat ? 0 : -1);
+    manager()->initDeviceChainandLocation({0}, m_settings.cable, m_settings.location);
+    if (m_lite) {
+        m_lite->startDataTrigger(0);
         return;
     }
-    manager()->setAutoRunCount(repeat ? 0 : -1);
-    m_stopped = false;
-    m_lost = false;
-    m_isWhole = true;
-    m_next.clear();
-    setRunning(true);
-    manager()->initDeviceChainandLocation({0}, cable, location);
-    if (m_lite)
-        return m_lite->startDataTrigger(0);
-    m_standard->setDeviceName(m_deviceName);
-    QList<int> places;
-    for (int i = 0; i < m_standard->cores().size(); ++i)
+    m_standard->setDeviceName(m_settings.device);
+    QList<int> places = m_settings.places;
+    for (int i = 0; i < m_standard->cores().size() && m_settings.places.isEmpty(); ++i)
         places << i;
     m_standard->startDataTrigger(places);
 }
 
+/// The first reply of a poll: the chip has taken the words of all cores that were armed, however
+/// long that took the server. From now on they are waited for.
+void Capture::onCoreWaiting(int place)
+{
+    if (!m_isWaitBegun) {
+        m_isWaitBegun = true;
+        if (m_settings.wait >= 0)
+            m_waitTimer.start(m_settings.wait);
+        if (m_settings.force >= 0)
+            m_forceTimer.start(m_settings.force);
+    }
+    Q_EMIT coreWaiting(place);
+}
+
+void Capture::onWaitOver()
+{
+    if (m_phase == Phase::Running)
+        manager()->finishWaiting();
+}
+
+void Capture::onForceDue()
+{
+    m_isForced = true;
+    force();
+}
+
 void Capture::force()
 {
-    if (m_running && m_standard)
-        m_standard->forceDataTrigger();
+    if (m_phase == Phase::Running && m_standard)
+        m_standard->forceArmedCores();
 }
 
 void Capture::stop()
 {
-    if (!m_running)
+    if (!isRunning() || m_isStopping || m_phase == Phase::Ending)
         return;
-    m_stopped = true;
-    manager()->stopDataTrigger();
+    m_isStopping = true;
+    m_stopTimer.start(StopPatience);
+    bool const isArmed = m_phase == Phase::Running && manager()->status() != AnalyzerIdle;
+    if (isArmed)
+        manager()->stopGracefully();
+    else if (m_results.isEmpty()) // else it has ended by itself
+        endRun(CaptureEnd::Stopped);
+}
+
+void Capture::abort()
+{
+    if (!isRunning() || m_phase == Phase::Ending)
+        return;
+    m_isStopping = true;
+    if (manager()->status() != AnalyzerIdle)
+        manager()->stopDataTrigger();
+    endRun(CaptureEnd::Stopped);
 }
 
 void Capture::shutDown()
 {
-    stop();
-    dropServer();
+    if (!isRunning())
+        return;
+    m_phase = Phase::Ending;
+    for (QTimer* const timer : {&m_waitTimer, &m_forceTimer, &m_stopTimer, &m_lookTimer})
+        timer->stop();
+    if (manager()->status() != AnalyzerIdle)
+        manager()->stopDataTrigger();
+    makeLink(); // the old one kills its server
+    setPhase(Phase::Idle);
 }
 
-void Capture::onStandardWindow(int core, int window)
+qint64 Capture::serverSilence() const
+{
+    JtagSession::ReplyDebt const debt = JtagSession::shared()->replyDebt();
+    if (m_phase != Phase::Running || debt.replies == 0)
+        return 0;
+    return std::max<qint64>(0, debt.waited - qint64(WriteTime) * debt.writes);
+}
+
+/// A late look says nothing: the process was suspended or busy, and replies may lie unread.
+void Capture::lookAtServer()
+{
+    bool const isLate = m_sinceLook.restart() > 2 * m_lookTimer.interval();
+    if (isLate || m_phase != Phase::Running || m_isStopping ||
+        serverSilence() <= m_settings.patience)
+        return;
+    manager()->stopDataTrigger();
+    endRun(CaptureEnd::Silent,
+           QStringLiteral("The JTAG server does not answer: it owes a reply for more than %1 s.")
+               .arg(m_settings.patience / 1000.0));
+}
+
+void Capture::onStandardWindow(int index, int window)
 {
     int const repeats = m_standard->autoRunCount();
+    int const place = placeOf(index);
     // first of all: this also moves the manager on
     QList<QBitArray> const sections = m_standard->getCurrentData(window);
-    SxCore const* const captured = m_standard->getCore(core);
+    SxCore const* const captured = m_standard->getCore(place);
     if (!captured)
         return;
-    int const count = captured->windowNum;
-    int next = m_next.value(core);
-    bool const isNext =
-        window == next && isWhole(sections, captured->dataOutShiftWidth(), captured->captureAmount);
-    next += isNext;
-    bool const isLast = window + 1 == count;
-    m_next[core] = isLast ? 0 : next;
-    if (isLast && next < count)
-        tellLoss(core, next, count);
-    if (isNext) // last of all: the receiver may open another configuration
-        Q_EMIT windowArrived(core, window, standardSamples(*captured, combine(sections)), repeats);
+    bool const isLost = m_lost.contains({place, window});
+    if (window + 1 == captured->windowNum)
+        m_lost.clear(); // of this read; a repeated run goes on with the next
+    if (!isLost)
+        Q_EMIT windowArrived(place, window, standardSamples(*captured, combine(sections)), repeats);
 }
 
 void Capture::onLiteWindow()
 {
     int const repeats = m_lite->autoRunCount();
     QList<QBitArray> const sections = m_lite->getCurrentData();
-    SXCore_Lite const& core = *m_lite->core();
-    int const width = flatSignals(core.dataSignalList).size();
-    if (!isWhole(sections, width, core.captureAmount))
-        return tellLoss(0, 0, 1);
-    Q_EMIT windowArrived(0, 0, liteSamples(core, m_deviceName, combine(sections)), repeats);
+    if (!m_lost.remove({0, 0}))
+        Q_EMIT windowArrived(
+            0, 0, liteSamples(*m_lite->core(), m_settings.device, combine(sections)), repeats);
 }
 
-void Capture::tellLoss(int core, int window, int count)
+void Capture::loseWindow(int place, int window)
 {
-    m_isWhole = false;
-    QString const behind = window + 1 < count
-                               ? QStringLiteral(" It and the windows behind it are not shown.")
-                               : QStringLiteral(" It is not shown.");
-    Q_EMIT windowsLost(QStringLiteral("Core %1, window %2 of %3 did not come whole.")
-                           .arg(core)
-                           .arg(window)
-                           .arg(count) +
-                       behind);
+    m_lost << qMakePair(place, window);
+    m_outcome.end = CaptureEnd::Incomplete;
+    Q_EMIT windowLost(place, window);
 }
 
+/// A core for which no trigger is to be expected any more is not waited for.
 void Capture::onReason()
 {
-    if (m_running && m_results.isEmpty() && !manager()->deviceReason().isEmpty())
-        Q_EMIT told(manager()->deviceReason());
+    if (m_phase != Phase::Running || !m_results.isEmpty() || manager()->deviceReason().isEmpty())
+        return;
+    Q_EMIT told(manager()->deviceReason());
+    if (m_phase != Phase::Running || !m_settings.givesUp || m_isForced ||
+        manager()->coreReason().isEmpty())
+        return;
+    if (m_settings.force >= 0)
+        onForceDue();
+    else
+        onWaitOver();
 }
 
 /// A failed open stops the run first, which comes out as a 0 of its own just before the error.
 void Capture::onComplete(int result)
 {
-    if (!m_running)
+    if (m_phase != Phase::Running)
         return;
     if (m_results.isEmpty())
         QTimer::singleShot(0, this, &Capture::finishRun);
@@ -217,46 +327,97 @@ void Capture::onComplete(int result)
 
 void Capture::finishRun()
 {
+    if (m_phase != Phase::Running || m_results.isEmpty())
+        return;
     int const result = m_results.last();
-    QString const reason = manager()->deviceReason();
-    m_results.clear();
-    setRunning(false);
-    QString message;
-    if (m_lost)
-        message = QStringLiteral("The JTAG server has ended. Run again to start another one.");
-    else if (result == Protocol::Result::NoBitstream)
-        message = QStringLiteral("The device is empty: download its Fs file first.");
+    if (result != Protocol::Result::Ok) {
+        m_outcome = deviceOutcome(result);
+        endRun(m_outcome.end);
+    } else if (m_isStopping) {
+        endRun(CaptureEnd::Stopped);
+    } else if (m_outcome.end == CaptureEnd::Incomplete) {
+        endRun(CaptureEnd::Incomplete);
+    } else {
+        m_outcome.reason = manager()->deviceReason();
+        endRun(m_stopped.isEmpty() ? CaptureEnd::Complete : CaptureEnd::NoTrigger);
+    }
+}
+
+CaptureOutcome Capture::deviceOutcome(int result) const
+{
+    CaptureOutcome outcome;
+    outcome.result = result;
+    outcome.reason = manager()->deviceReason();
+    outcome.end = CaptureEnd::DeviceError;
+    if (result == Protocol::Result::NoBitstream)
+        outcome.end = CaptureEnd::Empty;
     else if (result == Protocol::Result::OpenFailed)
-        message =
-            QStringLiteral("The device could not be opened: check cable, location and power.");
-    else if (result != Protocol::Result::Ok)
-        message = QStringLiteral("The server reports device error %1.").arg(result);
-    else if (m_stopped)
-        message = QStringLiteral("Stopped.");
-    else if (!m_isWhole)
-        message =
-            QStringLiteral("Capture incomplete: the server did not send all of it. Run again.");
-    else
-        message = QStringLiteral("Capture complete.");
-    if (result != Protocol::Result::Ok && !reason.isEmpty())
-        message += QLatin1Char(' ') + reason;
-    Q_EMIT ended(!m_lost && result == Protocol::Result::Ok && (m_stopped || m_isWhole), message);
+        outcome.end = CaptureEnd::OpenFailed;
+    return outcome;
 }
 
 /// The manager itself would wait for ever.
 void Capture::onServerLost()
 {
-    JtagSession::shared()->disconnectServer();
-    if (!m_running || !m_results.isEmpty())
+    if (m_phase != Phase::Running || !m_results.isEmpty())
         return;
-    m_lost = true;
-    stop();
+    if (manager()->status() != AnalyzerIdle)
+        manager()->stopDataTrigger();
+    endRun(m_isStopping ? CaptureEnd::Stopped : CaptureEnd::Lost);
 }
 
-void Capture::setRunning(bool running)
+void Capture::endRun(CaptureEnd end, QString const& message)
 {
-    m_running = running;
-    Q_EMIT runningChanged(running);
+    if (m_phase == Phase::Ending || m_phase == Phase::Idle)
+        return;
+    m_phase = Phase::Ending;
+    for (QTimer* const timer : {&m_waitTimer, &m_forceTimer, &m_stopTimer, &m_lookTimer})
+        timer->stop();
+    m_outcome.end = end;
+    m_outcome.message = message.isEmpty() ? messageFor(end) : message;
+    m_link->close();
+}
+
+QString Capture::messageFor(CaptureEnd end) const
+{
+    QString message;
+    switch (end) {
+    case CaptureEnd::Complete:
+        return QStringLiteral("Capture complete.");
+    case CaptureEnd::Stopped:
+        return QStringLiteral("Stopped.");
+    case CaptureEnd::Lost:
+        return QStringLiteral("The JTAG server has ended. Run again to start another one.");
+    case CaptureEnd::Incomplete:
+        return QStringLiteral("Capture incomplete: the server did not send all of it. Run again.");
+    case CaptureEnd::NoTrigger:
+        message = QStringLiteral("No trigger in time.");
+        break;
+    case CaptureEnd::Empty:
+        message = QStringLiteral("The device is empty: download its Fs file first.");
+        break;
+    case CaptureEnd::OpenFailed:
+        message =
+            QStringLiteral("The device could not be opened: check cable, location and power.");
+        break;
+    default:
+        message = QStringLiteral("The server reports device error %1.").arg(m_outcome.result);
+    }
+    return m_outcome.reason.isEmpty() ? message : message + QLatin1Char(' ') + m_outcome.reason;
+}
+
+void Capture::onClosed()
+{
+    if (m_phase != Phase::Ending)
+        return;
+    setPhase(Phase::Idle);
+    Q_EMIT ended(m_outcome);
+}
+
+void Capture::setPhase(Phase phase)
+{
+    m_phase = phase;
+    Q_EMIT runningChanged(isRunning());
 }
 
 } // namespace VEK

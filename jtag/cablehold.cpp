@@ -19,10 +19,10 @@ namespace VEK {
 
 CableHold::CableHold(QString const& server)
 {
-    // hashed, since a name has but 107 bytes
     QString const folder = QFileInfo(QDir::tempPath()).canonicalFilePath();
-    QByteArray const path = QFile::encodeName(folder + QLatin1Char('/') + server);
-    m_name = "vek-run-" + QCryptographicHash::hash(path, QCryptographicHash::Sha1).toHex();
+    m_path = QFile::encodeName(folder + QLatin1Char('/') + server);
+    // hashed, since a name has but 107 bytes
+    m_name = "vek-run-" + QCryptographicHash::hash(m_path, QCryptographicHash::Sha1).toHex();
 }
 
 CableHold::~CableHold()
@@ -45,6 +45,8 @@ bool CableHold::take()
 /// all the same.
 bool CableHold::tryTake()
 {
+    if (m_socket >= 0)
+        return true;
     m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (m_socket < 0)
         return true;
@@ -58,6 +60,37 @@ bool CableHold::tryTake()
     ::close(m_socket);
     m_socket = -1;
     return false;
+}
+
+bool CableHold::connects(int& error) const
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (std::size_t(m_path.size()) >= sizeof address.sun_path) {
+        error = ENAMETOOLONG;
+        return false;
+    }
+    std::memcpy(address.sun_path, m_path.constData(), std::size_t(m_path.size()));
+    int const socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    bool const ok = socket >= 0 && ::connect(socket, reinterpret_cast<sockaddr const*>(&address),
+                                             sizeof address) == 0;
+    error = ok ? 0 : errno;
+    if (socket >= 0)
+        ::close(socket);
+    return ok;
+}
+
+bool CableHold::isServed() const
+{
+    int error = 0;
+    return connects(error) || error == EAGAIN; // others wait to be served there
+}
+
+void CableHold::removeDeadSocket() const
+{
+    int error = 0;
+    if (!connects(error) && error == ECONNREFUSED)
+        ::unlink(m_path.constData());
 }
 
 } // namespace VEK

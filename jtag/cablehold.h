@@ -5,7 +5,7 @@
 
 namespace VEK {
 
-/// The right of one batch run to the server of a cable.
+/// The right of one run to the server of a cable.
 ///
 /// All servers of a cable have the same socket, so a second run on the machine would end up with
 /// the server of the first: it would open the chain under a capture, and lose its server when the
@@ -24,10 +24,22 @@ public:
     /// answer. False when another run holds it still.
     bool take();
 
-private:
+    /// The same without waiting.
     bool tryTake();
 
-    QByteArray m_name;
+    /// Whether somebody listens at the server's socket, though no run holds it: a server whose host
+    /// was killed takes some milliseconds to end.
+    bool isServed() const;
+
+    /// Removes the socket file that a killed server leaves, if nobody listens there. For the one
+    /// that holds the right only: the next server may listen at any time.
+    void removeDeadSocket() const;
+
+private:
+    bool connects(int& error) const;
+
+    QByteArray m_path; ///< Of the server's socket.
+    QByteArray m_name; ///< Of the abstract socket.
     int m_socket = -1;
 };
 

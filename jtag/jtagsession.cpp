@@ -302,16 +302,6 @@ QList<QPair<QString, int>> JtagSession::serverListForNlc() const
     return namesAndNumbers(nlcConnections);
 }
 
-void JtagSession::onClosed(JtagClient const* closed)
-{
-    for (_Session const& session : qAsConst(connections)) {
-        if (session.client == closed) {
-            emit connectionLost(QString(session.name)); // a copy: a receiver may clear the list
-            return;
-        }
-    }
-}
-
 void JtagSession::diagnosis(QString const&) const
 {}
 

@@ -181,8 +181,8 @@ Q_SIGNALS:
     void closeThread();
     void unconnect();
     void disConnectServer();
-    /// A server has closed the local connection of that name, which is still in the list. A
-    /// connection that `disconnectServer` has forgotten is no loss.
+    /// A server has closed the connection of that name, which is still in the list. A connection
+    /// that `disconnectServer` has forgotten is no loss.
     void connectionLost(QString const& name);
 
 public Q_SLOTS:
@@ -200,7 +200,8 @@ private:
     JtagSession() = default;
 
     void send(CmdPack const& pack);
-    void onClosed(JtagClient const* closed);
+    template <typename Session, typename Client>
+    void tellLoss(QList<Session> const& connections, Client const* closed);
     void forgetAll(bool idsGoOn);
     int owedReplies() const;
     void noteRequest(bool hasReply);
@@ -233,5 +234,16 @@ private:
     QString nlcPort;
     bool workerMode = false;
 };
+
+template <typename Session, typename Client>
+void JtagSession::tellLoss(QList<Session> const& connections, Client const* closed)
+{
+    for (Session const& session : connections) {
+        if (session.client == closed) {
+            Q_EMIT connectionLost(QString(session.name)); // a copy: a receiver may clear the list
+            return;
+        }
+    }
+}
 
 } // namespace VEK

@@ -38,9 +38,7 @@ bool launch(QProcess& process, QString const& program, QStringList const& argume
     // Nobody reads what a server prints; unread, it would pile up in the process object.
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(QCoreApplication::applicationDirPath() + QLatin1Char('/') + Server::Folder +
-                      QLatin1Char('/') + program,
-                  arguments, QIODevice::ReadWrite);
+    process.start(serverProgramPath(program), arguments, QIODevice::ReadWrite);
     return process.waitForStarted(Server::StartTimeout);
 }
 
@@ -71,6 +69,12 @@ void showStartError(QString const& text)
 }
 
 } // namespace
+
+QString serverProgramPath(QString const& program)
+{
+    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + Server::Folder +
+           QLatin1Char('/') + program;
+}
 
 QList<JtagServer> initServerList(QMap<QString, QProcess*>& processes, CABLE cable, CHANNEL channel)
 {
@@ -168,12 +172,16 @@ void JtagSession::setSession(JtagServer server, JtagClient* client)
 {
     connections.append({server, client});
     if (client)
-        connect(client, &JtagClient::disconnected, this, [this, client] { onClosed(client); });
+        connect(client, &JtagClient::disconnected, this,
+                [this, client] { tellLoss(connections, client); });
 }
 
 void JtagSession::setSessionForNlc(JtagServer server, JtagClientNlc* client)
 {
     nlcConnections.append({server, client});
+    if (client)
+        connect(client, &JtagClientNlc::disconnected, this,
+                [this, client] { tellLoss(nlcConnections, client); });
 }
 
 void JtagSession::validateServerList(QList<JtagServer> const& list)

@@ -51,8 +51,7 @@ MainWindow::MainWindow()
     connect(&m_capture, &Capture::closing, this, &MainWindow::clearCores);
     connect(&m_capture, &Capture::windowArrived, this, &MainWindow::onWindowArrived);
     connect(&m_capture, &Capture::told, this, [this](QString const& message) { say(message); });
-    connect(&m_capture, &Capture::windowsLost, this,
-            [this](QString const& message) { say(message, true); });
+    connect(&m_capture, &Capture::windowLost, this, &MainWindow::onWindowLost);
     connect(&m_capture, &Capture::ended, this, &MainWindow::onEnded);
     connect(&m_capture, &Capture::runningChanged, this, &MainWindow::updateActions);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &MainWindow::onFileChanged);
@@ -193,17 +192,26 @@ void MainWindow::saveCores()
 void MainWindow::run()
 {
     saveCores();
-    m_capture.setDeviceName(deviceName());
+    CaptureSettings settings;
+    settings.cable = m_cable->name();
+    settings.location = m_cable->location();
+    settings.device = deviceName();
+    settings.repeat = m_repeatAction->isChecked();
+    settings.patience = CaptureSettings::Never; // the user sees it, and decides
     say(QStringLiteral("Capture started."));
-    m_capture.run(m_cable->name(), m_cable->location(), m_repeatAction->isChecked());
+    m_next.clear();
+    m_capture.run(settings);
 }
 
 void MainWindow::onWindowArrived(int core, int window,
                                  QList<WaveMonitor::SignalData> const& samples, int repeats)
 {
     WaveMonitorWidget* const target = monitor(core);
-    if (!target || samples.isEmpty())
+    bool const isNext =
+        window == m_next.value(core); // others would stand in the place of a lost one
+    if (!target || samples.isEmpty() || !isNext)
         return;
+    m_next[core] = window + 1 == windowCount(core) ? 0 : window + 1;
     target->setWindowsNum(window + 1);
     if (window == 0 && target->model()->signalElements().size() == samples.size()) {
         replaceSamples(core, samples);
@@ -229,6 +237,18 @@ void MainWindow::onWindowArrived(int core, int window,
             .arg(core)
             .arg(window)
             .arg(samples.first().data.size()));
+}
+
+void MainWindow::onWindowLost(int core, int window)
+{
+    int const count = windowCount(core);
+    say(QStringLiteral("Core %1, window %2 of %3 did not come whole.")
+                .arg(core)
+                .arg(window)
+                .arg(count) +
+            (window + 1 < count ? QStringLiteral(" It and the windows behind it are not shown.")
+                                : QStringLiteral(" It is not shown.")),
+        true);
 }
 
 /// A new capture of the same signals takes the place of the old one under the user's rows, cursor,
@@ -273,13 +293,13 @@ void MainWindow::putViewBack(int core)
     monitor(core)->setViewState(view);
 }
 
-void MainWindow::onEnded(bool ok, QString const& message)
+void MainWindow::onEnded(CaptureOutcome const& outcome)
 {
     for (int const core : m_kept.keys()) // of windows that never came
         putViewBack(core);
-    say(message, !ok);
+    say(outcome.message, !outcome.isOk());
     if (!m_grabFolder.isEmpty())
-        grabPanes(m_grabFolder, ok);
+        grabPanes(m_grabFolder, outcome.isOk());
 }
 
 void MainWindow::updateActions()

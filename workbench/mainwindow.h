@@ -105,7 +105,8 @@ private:
                          int repeats);
     void replaceSamples(int core, QList<WaveMonitor::SignalData> const& samples);
     void putViewBack(int core);
-    void onEnded(bool ok, QString const& message);
+    void onWindowLost(int core, int window);
+    void onEnded(VEK::CaptureOutcome const& outcome);
     void updateActions();
     void say(QString const& message, bool isError = false);
 
@@ -125,6 +126,7 @@ private:
     bool m_hasNewCapture = false;     ///< One that is in no session file.
     bool m_isNewerOnDisk = false;     ///< The open file has changed since it was read or written.
     QTimer m_titleTimer;              ///< From what a user does to a look at what it changed.
+    QHash<int, int> m_next;           ///< The window of a core that is to come.
     QHash<int, int> m_fitted;         ///< Samples that the waves of a core were last fitted to.
     QHash<int, KeptView> m_kept;      ///< Of cores whose earlier windows have come, the later not.
     QFileSystemWatcher m_watcher;

@@ -50,15 +50,15 @@ int main(int argc, char* argv[])
                      });
     QObject::connect(
         &capture, &VEK::Capture::ended, &app,
-        [&](bool ok, QString const& message) {
-            if (!ok)
-                std::fprintf(stderr, "host: %s\n", qPrintable(message));
+        [&](VEK::CaptureOutcome const& outcome) {
+            if (!outcome.isOk())
+                std::fprintf(stderr, "host: %s\n", qPrintable(outcome.message));
             if (arguments.size() > 2) {
                 QApplication::processEvents(); // the waves are laid out when the events come round
-                QApplication::exit(monitor.grab().save(arguments.at(2)) && ok ? 0 : 1);
+                QApplication::exit(monitor.grab().save(arguments.at(2)) && outcome.isOk() ? 0 : 1);
             }
         },
         Qt::QueuedConnection);
-    capture.run(VEK::Server::Ft2chName, QString(), false);
+    capture.run({}); // the first USB cable, with patience
     return QApplication::exec();
 }
