@@ -1,0 +1,31 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <QString>
+
+#include <functional>
+
+namespace VEK::Cli {
+
+/// Gives a command's exit status. Throws a Failure.
+using Command = std::function<int()>;
+
+/// Adds the command to the program's command line: one such function a file. When the command was
+/// chosen `chosen` is set.
+void addRunCommand(CLI::App& program, Command& chosen);
+
+/// A text of the command line.
+inline QString textOf(std::string const& argument)
+{
+    return QString::fromLocal8Bit(argument.c_str());
+}
+
+/// One line on standard error.
+void printError(QString const& message);
+void printWarning(QString const& message);
+
+/// One line on standard output. False when it does not get there.
+bool printLine(QString const& text);
+
+} // namespace VEK::Cli
