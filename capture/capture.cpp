@@ -16,7 +16,8 @@ namespace VEK {
 namespace {
 
 constexpr int StopPatience = 1000; ///< ms, for the chip to say that it was stopped.
-constexpr int WriteTime = 2;       ///< ms that a word takes a slow server.
+constexpr int IdleRounds = 4;
+constexpr int WriteTime = 2; ///< ms that a word takes a slow server.
 
 int lookInterval(int patience)
 {
@@ -145,6 +146,8 @@ void Capture::run(CaptureSettings const& settings)
     m_stopped.clear();
     m_lost.clear();
     m_results.clear();
+    m_unread = 0;
+    m_idleRounds = 0;
     setPhase(Phase::Starting);
     m_link->open(settings);
 }
@@ -356,11 +359,19 @@ CaptureOutcome Capture::deviceOutcome(int result) const
     return outcome;
 }
 
-/// The manager itself would wait for ever.
+/// What came before the end is taken first, a frame a round of the event loop. After that the
+/// manager itself would wait for ever.
 void Capture::onServerLost()
 {
     if (m_phase != Phase::Running || !m_results.isEmpty())
         return;
+    qint64 const unread = m_link->unreadBytes();
+    m_idleRounds = unread < m_unread ? 0 : m_idleRounds + 1;
+    m_unread = unread;
+    if (unread > 0 && m_idleRounds < IdleRounds) { // the rest of a frame stays for ever
+        QTimer::singleShot(0, this, &Capture::onServerLost);
+        return;
+    }
     if (manager()->status() != AnalyzerIdle)
         manager()->stopDataTrigger();
     endRun(m_isStopping ? CaptureEnd::Stopped : CaptureEnd::Lost);

@@ -133,6 +133,8 @@ private:
     QSet<int> m_stopped;          ///< Places without a capture.
     QSet<QPair<int, int>> m_lost; ///< Windows of the read that is on, by place.
     QList<int> m_results;         ///< Of the manager's run that is ending.
+    qint64 m_unread = 0;          ///< Of a connection that was lost.
+    int m_idleRounds = 0;         ///< In which none of it was taken.
     QTimer m_waitTimer;
     QTimer m_forceTimer;
     QTimer m_stopTimer;

@@ -206,6 +206,13 @@ void ServerLink::onConnected()
     emit opened();
 }
 
+qint64 ServerLink::unreadBytes() const
+{
+    if (m_remote)
+        return m_remote->bytesAvailable();
+    return m_local ? m_local->bytesAvailable() : 0;
+}
+
 void ServerLink::onServerFinished()
 {
     m_kill.stop();

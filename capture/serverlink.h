@@ -34,6 +34,9 @@ public:
 
     bool isOpen() const { return bool(m_hold); }
 
+    /// What has come from the server and was not taken yet, also after the end of the connection.
+    qint64 unreadBytes() const;
+
 Q_SIGNALS:
     /// The cable is this process's own until `closed`. A receiver may close.
     void held();

@@ -26,8 +26,10 @@ QString parserError(QString const& path)
     ParsedDocument const parsed = parseVekDocument(file.readAll());
     if (!parsed.isOk())
         return parsed.error;
-    QDomElement const mode = parsed.config().firstChildElement(QStringLiteral("Mode"));
-    return mode.isNull() ? QString() : QStringLiteral("unknown mode \"%1\"").arg(mode.text());
+    if (vekModeFromVekConfigFile(path) != VekModeUnknown)
+        return QString();
+    return QStringLiteral("unknown mode \"%1\"")
+        .arg(parsed.config().firstChildElement(QStringLiteral("Mode")).text());
 }
 
 void checkAmounts(QString const& core, int amount, int windows)

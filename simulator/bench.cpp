@@ -41,6 +41,7 @@ void readStimulus(BenchFields fields, QDir const& folder, Bench& bench)
 {
     static QStringList const patterns{QStringLiteral("counter"), QStringLiteral("walking one"),
                                       QStringLiteral("lfsr")};
+    bench.endless = fields.flag("endless");
     bool const hasVcd = fields.has("vcd");
     if (hasVcd == fields.has("pattern"))
         fields.fail(QStringLiteral("either \"vcd\" or \"pattern\" is needed"));

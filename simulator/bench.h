@@ -66,7 +66,8 @@ struct Bench
     QString clock;            ///< Of the dump, for all cores; empty: each core's own.
     QHash<QString, QString> names; ///< From a name of the design to the dump's.
     Pattern pattern;
-    int openResult = 0; ///< Other than 0: the answer to every OPEN.
+    bool endless = false; ///< The chip keeps to itself that the stimulus has ended.
+    int openResult = 0;   ///< Other than 0: the answer to every OPEN.
     Faults faults;
     LoaderBench loader;
 };

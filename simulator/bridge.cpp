@@ -86,7 +86,8 @@ bool Bridge::serve(CmdPack const& request, CmdPack& reply)
     if (command == Protocol::Cmd::Read && m_isOpen) {
         copy(request, reply, {Protocol::Key::SectionCount, Protocol::Key::Window});
         reply.insert(Protocol::Key::Data, read(request.value(Protocol::Key::Size).toInt()));
-        if (request.value(Protocol::Key::Oprate) == Protocol::Oprate::ReadStartReg)
+        if (request.value(Protocol::Key::Oprate) == Protocol::Oprate::ReadStartReg &&
+            !m_bench.endless)
             tell(m_chip->reason());
         return true;
     }

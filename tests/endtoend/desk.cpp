@@ -38,8 +38,8 @@ Desk::Desk()
 {
     for (char const* folder : {"Analyzer/bin", "Programmer/bin", "run", "tmp"})
         QDir(m_folder.path()).mkpath(folder);
-    for (QString const name :
-         {"Analyzer/bin/veksh", "Programmer/bin/scanbridge", "Programmer/bin/scanbridge_lpt"}) {
+    for (QString const name : {"Analyzer/bin/veksh", "Analyzer/bin/vek",
+                               "Programmer/bin/scanbridge", "Programmer/bin/scanbridge_lpt"}) {
         // A link where the file system allows it: the program under a sanitizer is large. Never a
         // symbolic one, since a program finds its siblings from where it really lies.
         QString const built = VEK_BUILD_ROOT "/" + name;
@@ -106,6 +106,24 @@ QString Desk::problem(QProcess& process, Outcome const& expected) const
     for (QString const& name : files.keys() + expected.files.keys())
         text += difference(name, files[name], expected.files[name]);
     return text;
+}
+
+QString Desk::problemOfVek(QStringList const& options) const
+{
+    auto const expected = results();
+    QProcess process;
+    start(process, QStringList{"run", "setup.vek", "-o", "../vek"} + options, "Analyzer/bin/vek");
+    if (!process.waitForFinished(30000) || process.exitCode() != 0)
+        return "vek: " + process.readAllStandardError();
+    QString const written = process.readAllStandardOutput();
+    QString text;
+    for (QString const& path : written.split('\n', Qt::SkipEmptyParts)) {
+        QString const suffix = path.mid(QString("../vek").size());
+        bool const isOnly = expected.size() == 1 && !expected.contains("setup" + suffix);
+        text += difference(path, TempFolder::content(m_folder.path("run/" + path)),
+                           isOnly ? expected.first() : expected["setup" + suffix]);
+    }
+    return written.count('\n') == expected.size() ? text : "vek wrote " + written;
 }
 
 QStringList Desk::processes() const

@@ -43,6 +43,9 @@ public:
     QString problem(QStringList const& arguments, Outcome const& expected) const;
     /// The same for a run that was started before.
     QString problem(QProcess& process, Outcome const& expected) const;
+    /// Runs vek on "setup.vek", and says where its files differ from those that the batch tool
+    /// left; empty when they don't.
+    QString problemOfVek(QStringList const& options = {}) const;
     /// Processes that run a program of this desk, the batch tool and servers alike.
     QStringList processes() const;
 

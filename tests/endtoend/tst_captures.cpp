@@ -242,6 +242,7 @@ private slots:
         QVERIFY(desk.lay(vek, waves));
         auto const captures = expectedCaptures(vek, {{"clk", waves}});
         QCOMPARE(desk.problem({"-vek", "setup.vek"}, captured(captures, "setup")), QString());
+        QCOMPARE(desk.problemOfVek(), QString());
     }
 };
 

@@ -65,6 +65,7 @@ private slots:
         QCOMPARE(
             desk.problem({"-vek", "setup.vek", "-out", "lite", "-device", row.option}, expected),
             QString());
+        QCOMPARE(desk.problemOfVek({"--device", row.option}), QString());
     }
 
     void failedOpen()
