@@ -374,7 +374,14 @@ void Capture::onServerLost()
     }
     if (manager()->status() != AnalyzerIdle)
         manager()->stopDataTrigger();
-    endRun(m_isStopping ? CaptureEnd::Stopped : CaptureEnd::Lost);
+    if (m_isStopping)
+        endRun(CaptureEnd::Stopped);
+    else if (m_settings.host.isEmpty() || m_link->hasAnswered())
+        endRun(CaptureEnd::Lost);
+    else
+        endRun(CaptureEnd::Busy,
+               QStringLiteral("The JTAG server closed the connection at once: it "
+                              "serves another client, or none. Try again later."));
 }
 
 void Capture::endRun(CaptureEnd end, QString const& message)
@@ -398,7 +405,9 @@ QString Capture::messageFor(CaptureEnd end) const
     case CaptureEnd::Stopped:
         return QStringLiteral("Stopped.");
     case CaptureEnd::Lost:
-        return QStringLiteral("The JTAG server has ended. Run again to start another one.");
+        return m_settings.host.isEmpty()
+                   ? QStringLiteral("The JTAG server has ended. Run again to start another one.")
+                   : QStringLiteral("The connection to the JTAG server was lost.");
     case CaptureEnd::Incomplete:
         return QStringLiteral("Capture incomplete: the server did not send all of it. Run again.");
     case CaptureEnd::NoTrigger:

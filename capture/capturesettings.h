@@ -42,7 +42,7 @@ enum class CaptureEnd {
     Stopped,     ///< By `stop`.
     NoServer,    ///< Its program could not be started.
     Silent,      ///< The server could not be connected to, or owed a reply for too long.
-    Busy,        ///< Another run holds the cable.
+    Busy,        ///< Another run holds the cable, or the server of another machine.
     OpenFailed,  ///< The device could not be opened.
     Empty,       ///< The device holds no bitstream.
     DeviceError, ///< Another result of opening the device.

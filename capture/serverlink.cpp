@@ -75,6 +75,7 @@ void ServerLink::open(CaptureSettings const& settings)
     m_settings = settings;
     m_isClosing = false;
     m_isConnected = false;
+    m_hasAnswered = false;
     m_server = localServer(settings.cable);
     if (isRemote()) {
         m_server.address = settings.host;
@@ -174,6 +175,8 @@ void ServerLink::connectRemote()
     if (!m_remote) {
         m_remote = std::make_unique<JtagClientNlc>();
         connect(m_remote.get(), &JtagClientNlc::connected, this, &ServerLink::onConnected);
+        connect(m_remote.get(), &JtagClientNlc::cmdReceived, this,
+                [this] { m_hasAnswered = true; });
     }
     if (m_since.hasExpired(m_patience)) {
         QString const why = m_remote->state() == QAbstractSocket::UnconnectedState

@@ -34,6 +34,9 @@ public:
 
     bool isOpen() const { return bool(m_hold); }
 
+    /// Whether the server has said anything at all.
+    bool hasAnswered() const { return m_hasAnswered; }
+
     /// What has come from the server and was not taken yet, also after the end of the connection.
     qint64 unreadBytes() const;
 
@@ -72,6 +75,7 @@ private:
     QTimer m_retry;
     QTimer m_kill;
     bool m_isConnected = false; ///< Or was.
+    bool m_hasAnswered = false;
     bool m_isClosing = false;
 };
 

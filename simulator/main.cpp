@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include <csignal>
+#include <cstring>
 
 using namespace VEK;
 using namespace VEK::Simulator;
@@ -47,10 +48,13 @@ int refuse(QString const& message)
 int main(int argc, char* argv[])
 {
     // Before anything else: a server whose host has gone would be in the way of the next one.
-    if (HostWatch::isHostGone())
+    // One that serves other machines belongs to its own, whoever started it.
+    bool const isAlone = argc == 3 && std::strcmp(argv[1], "--listen") == 0;
+    if (!isAlone && HostWatch::isHostGone())
         return refuse(
             QStringLiteral("standard input is a pipe that nobody holds: no host to serve"));
-    HostWatch::start();
+    if (!isAlone)
+        HostWatch::start();
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
 
@@ -60,8 +64,11 @@ int main(int argc, char* argv[])
     if (!identify(program, identity))
         return refuse(QStringLiteral("%1 is no server's name").arg(program));
     bool const isLocal = arguments.mid(1) == QStringList{Server::LocalArgument};
-    if (!isLocal && (arguments.size() > 1 || identity.port == 0))
-        return refuse(QStringLiteral("usage: %1 %2").arg(program, Server::LocalArgument));
+    if (!isLocal && (identity.port == 0 || (!isAlone && arguments.size() > 1)))
+        return refuse(
+            QStringLiteral("usage: %1 %2%3")
+                .arg(program, Server::LocalArgument,
+                     identity.port == 0 ? QString() : QStringLiteral(" | --listen ADDRESS:PORT")));
 
     Bench bench;
     QString error;
@@ -75,8 +82,10 @@ int main(int argc, char* argv[])
     if (bench.faults.neverListen)
         return QCoreApplication::exec();
     // The host waits for the socket only so long: design and stimulus come afterwards.
-    if (isLocal ? !server.listenLocal(identity.socket, error)
-                : !server.listenTcp(quint16(identity.port), error))
+    bool const isListening = isLocal   ? server.listenLocal(identity.socket, error)
+                             : isAlone ? server.listenAlone(arguments.at(2), error)
+                                       : server.listenTcp(quint16(identity.port), error);
+    if (!isListening)
         return refuse(error);
     if (!isReadable)
         bridge.setBroken(error);

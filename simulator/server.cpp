@@ -4,10 +4,31 @@
 #include "simulator/hostwatch.h"
 #include "simulator/listen.h"
 
+#include <QHostInfo>
 #include <QLocalSocket>
 #include <QTcpSocket>
 
+#include <cstdio>
+
 namespace VEK::Simulator {
+namespace {
+
+/// For those who started the server, at once also where that is a pipe.
+void say(QString const& text)
+{
+    std::puts(qPrintable(text));
+    std::fflush(stdout);
+}
+
+QString addressText(QHostAddress const& address, quint16 port)
+{
+    bool const isV6 = address.protocol() == QAbstractSocket::IPv6Protocol;
+    return (isV6 ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
+        .arg(address.toString())
+        .arg(port);
+}
+
+} // namespace
 
 BridgeServer::BridgeServer(Bridge& bridge, Faults const& faults)
     : m_bridge(bridge), m_faults(faults)
@@ -16,10 +37,7 @@ BridgeServer::BridgeServer(Bridge& bridge, Faults const& faults)
         while (QLocalSocket* socket = m_local.nextPendingConnection())
             new Connection(socket, *this);
     });
-    connect(&m_tcp, &QTcpServer::newConnection, this, [this] {
-        while (QTcpSocket* socket = m_tcp.nextPendingConnection())
-            new Connection(socket, *this);
-    });
+    connect(&m_tcp, &QTcpServer::newConnection, this, &BridgeServer::onTcpConnection);
 }
 
 BridgeServer::~BridgeServer() = default;
@@ -40,6 +58,45 @@ bool BridgeServer::listenTcp(quint16 port, QString& error)
     }
     HostWatch::closeAtEnd(m_tcp.socketDescriptor());
     return true;
+}
+
+bool BridgeServer::listenAlone(QString const& where, QString& error)
+{
+    int const colon = where.lastIndexOf(QLatin1Char(':'));
+    bool ok = false;
+    quint16 const port = where.midRef(colon + 1).toUShort(&ok);
+    QString host = where.left(colon);
+    if (host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']')))
+        host = host.mid(1, host.size() - 2);
+    QList<QHostAddress> const addresses = QHostInfo::fromName(host).addresses();
+    if (colon < 1 || !ok || addresses.isEmpty()) {
+        error = QStringLiteral("%1: no ADDRESS:PORT of this machine").arg(where);
+        return false;
+    }
+    if (!m_tcp.listen(addresses.first(), port)) {
+        error = QStringLiteral("%1: %2").arg(where, m_tcp.errorString());
+        return false;
+    }
+    m_isAlone = true;
+    say(QStringLiteral("listening on %1")
+            .arg(addressText(m_tcp.serverAddress(), m_tcp.serverPort())));
+    return true;
+}
+
+void BridgeServer::onTcpConnection()
+{
+    while (QTcpSocket* socket = m_tcp.nextPendingConnection()) {
+        QString const peer = addressText(socket->peerAddress(), socket->peerPort());
+        if (m_isAlone && m_client) {
+            say(QStringLiteral("refused %1: there is a client already").arg(peer));
+            socket->abort();
+            socket->deleteLater();
+            continue;
+        }
+        m_client = new Connection(socket, *this);
+        if (m_isAlone)
+            say(QStringLiteral("serving %1").arg(peer));
+    }
 }
 
 bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)

@@ -3,6 +3,7 @@
 #include "simulator/bridge.h"
 
 #include <QLocalServer>
+#include <QPointer>
 #include <QTcpServer>
 
 namespace VEK::Simulator {
@@ -21,6 +22,10 @@ public:
     bool listenLocal(QString const& name, QString& error);
     /// TCP, on the loopback address only.
     bool listenTcp(quint16 port, QString& error);
+    /// TCP for other machines, on an address and port such as "0.0.0.0:36547", "[::1]:4000" or
+    /// "board-3:4000"; port 0 is any free one. One client at a time: a second one is refused, as by
+    /// a board that has one user. Both are told on standard output, and the address first of all.
+    bool listenAlone(QString const& where, QString& error);
 
     /// Serves one request and applies the faults that count requests. True when there is a `reply`
     /// to be sent; `closes` tells that the connection ends with this request.
@@ -32,11 +37,15 @@ public:
     Faults const& faults() const { return m_faults; }
 
 private:
+    void onTcpConnection();
+
     Bridge& m_bridge;
     Faults const m_faults;
     int m_requests = 0;
     QLocalServer m_local;
     QTcpServer m_tcp;
+    bool m_isAlone = false;
+    QPointer<QObject> m_client; ///< The only one, when there is to be one.
 };
 
 } // namespace VEK::Simulator

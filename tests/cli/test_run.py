@@ -6,6 +6,7 @@ import re
 import resource
 import shutil
 import signal
+import socket
 
 import jsonschema
 import pytest
@@ -220,3 +221,32 @@ def test_overrides_and_names(desk):
     assert desk.run("--format", "rsx")[0] == 0  # replaces its own session
     (desk.out / "bus-stall.rsx").write_text("<KVX/>")
     assert desk.run("--format", "rsx")[0] == 12  # and nobody else's
+
+
+@pytest.mark.parametrize("address, host", [("127.0.0.1", "localhost"), ("[::1]", "[::1]")])
+def test_server_elsewhere(desk, address, host):
+    """The same bytes over TCP; a second client and a lost or missing server are told."""
+    desk.lay()
+    assert desk.run()[0] == 0
+    local = {name: (desk.out / name).read_bytes() for name in desk.files()}
+    board = desk.start("--listen", f"{address}:0", program="Programmer/bin/scanbridge")
+    port = int(board.stdout.readline().rsplit(":", 1)[1])
+    server = ("--server", f"{host}:{port}", "--manifest", desk.out / "run.json")
+    run = desk.start(*server)
+    assert (run.wait(), len(run.stdout.readlines())) == (0, 2)
+    assert {name: (desk.out / name).read_bytes() for name in local} == local
+    assert desk.manifest()["server"] == f"{host}:{port}"
+
+    connection = socket.create_connection((address.strip("[]"), port))
+    assert all("serving" in board.stdout.readline() for _ in range(2))
+    busy = desk.start(*server)
+    assert busy.wait() == 6 and "another client" in busy.stderr.read()
+    connection.close()
+    desk.lay(edit=NEVER, stimulus=dict(endless=True))
+    waiting = desk.start(*server, "--progress")
+    until(lambda: "waiting for the trigger" in waiting.stderr.readline(), "an armed core")
+    board.kill()
+    board.wait()
+    assert waiting.wait() == 11 and desk.manifest()["outcome"]["cause"] == "server-lost"
+    refused = desk.run(*server, "--reply-timeout", "200ms")
+    assert refused[0] == 5 and "refused" in refused[2]
