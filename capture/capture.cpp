@@ -157,7 +157,7 @@ void Capture::onOpened()
     if (m_phase != Phase::Starting)
         return;
     m_phase = Phase::Running;
-    if (m_settings.patience >= 0) {
+    if (m_settings.endsOnSilence) {
         m_lookTimer.start(lookInterval(m_settings.patience));
         m_sinceLook.start();
     }

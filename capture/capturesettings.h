@@ -29,7 +29,10 @@ struct CaptureSettings
     int wait = Never;    ///< From arming: cores that have not fired then are stopped.
     int force = Never;   ///< From arming: they are forced then. Standard cores only.
     int patience = 5000; ///< For a server to connect or to reply; 2 ms a word written come on top.
-                         ///< `Never` waits for replies for ever.
+
+    /// A server that owes a reply for longer than `patience` ends the run. Otherwise it is waited
+    /// for, see `Capture::serverSilence`.
+    bool endsOnSilence = true;
 
     /// The wait is over as well when the server says that no trigger is to be expected any more,
     /// as a simulated chip does at the end of its stimulus. With `force` the cores are forced then.

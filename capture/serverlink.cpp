@@ -111,8 +111,7 @@ void ServerLink::queue()
             goTo(&ServerLink::awaitFreeSocket, LeftoverPatience);
         emit held();
     } else if (m_since.hasExpired(m_patience)) {
-        fail(CaptureEnd::Busy,
-             QStringLiteral("Another run holds the cable. Wait for its end, or queue for it."));
+        fail(CaptureEnd::Busy, QStringLiteral("Another run holds the cable. Wait for its end."));
     } else {
         m_retry.start(RemoteRetry / 4);
     }

@@ -15,7 +15,6 @@
 #include <QLabel>
 #include <QLocale>
 #include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTime>
@@ -51,6 +50,7 @@ MainWindow::MainWindow()
     connect(&m_capture, &Capture::closing, this, &MainWindow::clearCores);
     connect(&m_capture, &Capture::windowArrived, this, &MainWindow::onWindowArrived);
     connect(&m_capture, &Capture::told, this, [this](QString const& message) { say(message); });
+    connect(&m_capture, &Capture::coreFired, this, &MainWindow::onFired);
     connect(&m_capture, &Capture::windowLost, this, &MainWindow::onWindowLost);
     connect(&m_capture, &Capture::ended, this, &MainWindow::onEnded);
     connect(&m_capture, &Capture::runningChanged, this, &MainWindow::updateActions);
@@ -197,7 +197,7 @@ void MainWindow::run()
     settings.location = m_cable->location();
     settings.device = deviceName();
     settings.repeat = m_repeatAction->isChecked();
-    settings.patience = CaptureSettings::Never; // the user sees it, and decides
+    settings.endsOnSilence = false; // the user sees it, and decides
     say(QStringLiteral("Capture started."));
     m_next.clear();
     m_capture.run(settings);
@@ -237,6 +237,18 @@ void MainWindow::onWindowArrived(int core, int window,
             .arg(core)
             .arg(window)
             .arg(samples.first().data.size()));
+}
+
+/// Samples around a trigger that nothing but the user made are marked as such.
+void MainWindow::onFired(int core, bool forced)
+{
+    QString const mark = QStringLiteral(" (forced)");
+    QString name = m_monitors->tabText(core);
+    if (name.endsWith(mark))
+        name.chop(mark.size());
+    m_monitors->setTabText(core, forced ? name + mark : name);
+    if (forced)
+        say(QStringLiteral("%1 was forced.").arg(name));
 }
 
 void MainWindow::onWindowLost(int core, int window)
@@ -313,7 +325,6 @@ void MainWindow::updateActions()
     m_forceAction->setEnabled(running && !m_capture.liteCore());
     for (QAction* const action : qAsConst(m_fileActions))
         action->setEnabled(hasCores());
-    m_busy->setVisible(running);
     m_cores->setEnabled(!running);
     m_cable->setEnabled(!busy);
     m_programmer->updateIsBusy(running);

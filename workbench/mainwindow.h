@@ -15,7 +15,6 @@ class QDockWidget;
 class QLabel;
 class QMenu;
 class QPlainTextEdit;
-class QProgressBar;
 class QTabWidget;
 class QVBoxLayout;
 
@@ -105,6 +104,7 @@ private:
                          int repeats);
     void replaceSamples(int core, QList<WaveMonitor::SignalData> const& samples);
     void putViewBack(int core);
+    void onFired(int core, bool forced);
     void onWindowLost(int core, int window);
     void onEnded(VEK::CaptureOutcome const& outcome);
     void updateActions();
@@ -141,7 +141,6 @@ private:
     bool m_hasOwnDocks = false; ///< The user's, as they were left.
     VEK::VekProgrammerWidget* m_programmer = nullptr;
     QPlainTextEdit* m_messages = nullptr;
-    QProgressBar* m_busy = nullptr;
     CableBox* m_cable = nullptr;
     QMenu* m_recent = nullptr;
     QList<QAction*> m_fileActions; ///< Those that need an open file.

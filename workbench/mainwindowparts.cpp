@@ -5,6 +5,7 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
 #include "workbench/mainwindow.h"
+#include "workbench/runstatus.h"
 
 #include <QAction>
 #include <QApplication>
@@ -14,7 +15,6 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPlainTextEdit>
-#include <QProgressBar>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -67,10 +67,7 @@ void MainWindow::makeCentre()
     m_centre->addWidget(m_monitors, 1);
     m_centre->addWidget(m_hint, 1);
     setCentralWidget(middle);
-    m_busy = new QProgressBar;
-    m_busy->setRange(0, 0);
-    m_busy->setMaximumWidth(120);
-    statusBar()->addPermanentWidget(m_busy);
+    statusBar()->addPermanentWidget(new RunStatus(m_capture));
 }
 
 void MainWindow::makeDocks()

@@ -2,6 +2,7 @@
 #include "setup.h"
 #include "workbenchrig.h"
 
+#include "jtag/cablehold.h"
 #include "model/standardfile.h"
 #include "programmer/devicecatalogue.h"
 #include "tests/support/tempfolder.h"
@@ -10,13 +11,16 @@
 
 #include <QAction>
 #include <QLabel>
+#include <QLayout>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTabWidget>
 #include <QTableView>
+#include <QToolButton>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -378,6 +382,10 @@ private slots:
         window.action("&Force Trigger")->trigger();
         QTRY_VERIFY_WITH_TIMEOUT(isOver(), 20000);
         QCOMPARE(window.monitor()->model()->timeLength(), 512);
+        QVERIFY(window.messages().contains("Core 0 was forced."));
+        auto const* const monitors =
+            qobject_cast<QTabWidget*>(window.centralWidget()->layout()->itemAt(0)->widget());
+        QCOMPARE(monitors->tabText(0), "Core 0 (forced)");
 
         window.action("&Auto-run")->setChecked(true);
         QVERIFY(window.open(setup));
@@ -415,6 +423,33 @@ private slots:
         QTRY_COMPARE(childProcesses().size(), 1);
         QVERIFY(window.close());
         QVERIFY(childProcesses().isEmpty());
+    }
+
+    void hungServer()
+    {
+        QString const setup = layBench(R"("cables": [{"kind": "FT2CH"}])");
+        write("never.vek", content(setup).replace("M0&amp;(M1^M2)|M5&amp;!(M1|M2)", "M0&amp;!M0"));
+        Window window;
+        QVERIFY(window.open(path("never.vek")));
+        QAction* const run = window.action("&Run");
+        {
+            VEK::CableHold other(VEK::Server::UsbSocket);
+            QVERIFY(other.take());
+            run->trigger();
+            QTRY_VERIFY(run->isEnabled());
+            QVERIFY(window.messages().endsWith("Another run holds the cable. Wait for its end."));
+        }
+        run->trigger();
+        QTRY_VERIFY(window.messages().contains("the stimulus has ended"));
+        QCOMPARE(::kill(childProcesses().first().toInt(), SIGSTOP), 0);
+        auto* const replace = window.statusBar()->findChild<QToolButton*>();
+        QTRY_VERIFY_WITH_TIMEOUT(replace->isVisible(), 20000);
+        replace->click();
+        QTRY_VERIFY(run->isEnabled());
+        QVERIFY(childProcesses().isEmpty());
+        QVERIFY(window.open(setup));
+        run->trigger();
+        QTRY_VERIFY(window.messages().endsWith("Capture complete."));
     }
 
     void unsavedWork()
