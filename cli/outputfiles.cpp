@@ -5,6 +5,7 @@
 #include "model/litefile.h"
 #include "model/standardfile.h"
 #include "results/csvexport.h"
+#include "results/plainexport.h"
 #include "results/sessionfile.h"
 #include "results/vcdexport.h"
 #include "results/wholefile.h"
@@ -27,7 +28,16 @@ QString const SessionFormat = QStringLiteral("rsx");
 QString const SessionNote = QStringLiteral(" written by vek run ");
 
 /// All endings that a window's file may have.
-QStringList const WindowEndings{QStringLiteral("csv"), QStringLiteral("vcd")};
+QStringList const WindowEndings{QStringLiteral("csv"), QStringLiteral("vcd"), QStringLiteral("raw"),
+                                QStringLiteral("channels")};
+
+/// The files of a format, by their endings.
+QStringList endingsOf(QString const& format)
+{
+    if (format == QLatin1String("raw")) // with the names of what stands in it
+        return {format, QStringLiteral("channels")};
+    return {format};
+}
 
 Failure unwritable(QString const& path, QString const& why)
 {
@@ -88,7 +98,8 @@ void OutputFiles::refuseInTheWay(QList<int> const& places) const
         int const windows = m_capture.liteCore() ? 1 : m_capture.cores().at(place)->windowNum;
         for (QString const& format : m_settings.formats)
             for (int window = 0; window < windows && format != SessionFormat; ++window)
-                targets << windowPath(facts(place).index, window, format);
+                for (QString const& ending : endingsOf(format))
+                    targets << windowPath(facts(place).index, window, ending);
     }
     for (QString const& target : targets) {
         if (isThere(QFileInfo(target)) && !isRegular(QFileInfo(target)))
@@ -150,8 +161,6 @@ QList<WrittenFile> OutputFiles::writeWindow(int place, int window,
                                             QList<WaveMonitor::SignalData> const& samples)
 {
     CoreFacts const core = facts(place);
-    QDomDocument document;
-    QDomElement const element = windowElement(document, core.triggerPos, core.layout, samples);
     QList<WrittenFile> written;
     for (QString const& format : m_settings.formats) {
         if (format == SessionFormat) {
@@ -160,27 +169,50 @@ QList<WrittenFile> OutputFiles::writeWindow(int place, int window,
                 windows << samples;
             continue;
         }
-        QString const path = windowPath(core.index, window, format);
-        QString error;
-        auto const write = [&](QIODevice& device) {
-            return writeAs(format, device, core, element);
-        };
-        if (!writeWholeFile(path, write, error))
-            throw unwritable(path, error);
-        written << WrittenFile{format, path, QFileInfo(path).size()};
+        for (QString const& ending : endingsOf(format)) {
+            QString const path = windowPath(core.index, window, ending);
+            QString error;
+            if (!writeWholeFile(path, writerFor(ending, core, samples), error))
+                throw unwritable(path, error);
+            written << WrittenFile{ending, path, QFileInfo(path).size()};
+        }
     }
     return written;
 }
 
 /// As the batch tool and the workbench write them: a microsecond a sample, in a VCD in nanoseconds,
 /// since an odd step hides the sample clock there.
-bool OutputFiles::writeAs(QString const& format, QIODevice& device, CoreFacts const& core,
-                          QDomElement const& window) const
+OutputFiles::Writer OutputFiles::writerFor(QString const& format, CoreFacts const& core,
+                                           QList<WaveMonitor::SignalData> const& samples) const
 {
+    bool const isCsv = format == QLatin1String("csv");
+    if (m_settings.plain || (!isCsv && format != QLatin1String("vcd")))
+        return plainWriterFor(format, core, samples);
+    QDomDocument document;
+    QDomElement const window = windowElement(document, core.triggerPos, core.layout, samples);
+    if (isCsv)
+        return [window](QIODevice& device) {
+            return exportCSV(device, QStringLiteral("us"), 1, window);
+        };
+    return [window, core](QIODevice& device) {
+        return exportVCD(device, core.module, core.clock, true, QStringLiteral("ns"), 1000,
+                         core.triggerPos, window);
+    };
+}
+
+OutputFiles::Writer OutputFiles::plainWriterFor(QString const& format, CoreFacts const& core,
+                                                QList<WaveMonitor::SignalData> const& samples) const
+{
+    PlainWindow const window = plainWindow(core.module, core.triggerPos, core.layout, samples);
+    SampleClock const clock = m_settings.clock;
     if (format == QLatin1String("csv"))
-        return exportCSV(device, QStringLiteral("us"), 1, window);
-    return exportVCD(device, core.module, core.clock, true, QStringLiteral("ns"), 1000,
-                     core.triggerPos, window);
+        return [=](QIODevice& device) { return exportPlainCsv(device, window, clock); };
+    if (format == QLatin1String("vcd"))
+        return [=](QIODevice& device) { return exportPlainVcd(device, window, clock); };
+    if (format == QLatin1String("raw"))
+        return [=](QIODevice& device) { return exportPlainRaw(device, window); };
+    QByteArray const channels = rawChannels(window);
+    return [=](QIODevice& device) { return device.write(channels) == channels.size(); };
 }
 
 QByteArray OutputFiles::configuration() const

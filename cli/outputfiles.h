@@ -1,12 +1,17 @@
 #pragma once
 
 #include "capture/capture.h"
+#include "results/sampleclock.h"
 
 #include <QDomDocument>
 #include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
+
+class QIODevice;
 
 namespace VEK::Cli {
 
@@ -16,7 +21,7 @@ struct OutputSettings
     QString prefix;      ///< Of all names, with their folder.
     QStringList formats; ///< Of "csv", "vcd", "rsx", "raw".
     bool plain = false;  ///< The profiles for other tools.
-    QString clock; ///< The sample clock's frequency, for the times of plain profiles; may be empty.
+    SampleClock clock;   ///< For the times of plain profiles; may be unknown.
 };
 
 /// A file that was written.
@@ -66,8 +71,12 @@ private:
     bool isOurSession() const;
     void removeEarlier(QStringList const& earlier) const;
     void refuseInTheWay(QList<int> const& places) const;
-    bool writeAs(QString const& format, QIODevice& device, CoreFacts const& core,
-                 QDomElement const& window) const;
+    using Writer = std::function<bool(QIODevice&)>;
+
+    Writer writerFor(QString const& format, CoreFacts const& core,
+                     QList<WaveMonitor::SignalData> const& samples) const;
+    Writer plainWriterFor(QString const& format, CoreFacts const& core,
+                          QList<WaveMonitor::SignalData> const& samples) const;
     QByteArray configuration() const;
     QDomElement sessionElement(int place, QDomDocument& document, QStringList& notes) const;
 

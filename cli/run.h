@@ -21,7 +21,7 @@ struct RunSettings
     QString output;
     QStringList formats{QStringLiteral("csv")};
     bool plain = false;
-    QString clock;
+    SampleClock clock;
     QString manifest;
     QMap<QString, QString> labels;
     int attempt = 1;

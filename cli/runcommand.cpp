@@ -111,7 +111,12 @@ void setFormats(Words const& words, RunSettings& settings)
             settings.formats << format;
     }
     settings.plain = words.plain;
-    settings.clock = textOf(words.clock);
+    bool const hasTimes = words.plain || settings.formats.contains(QStringLiteral("raw"));
+    if (!words.clock.empty() && !settings.clock.parse(textOf(words.clock)))
+        throw usage(QStringLiteral("--clock: \"%1\" is no frequency such as 50MHz.")
+                        .arg(textOf(words.clock)));
+    if (settings.clock.isKnown() && !hasTimes)
+        throw usage(QStringLiteral("--clock: the times of --plain and raw alone come from it."));
 }
 
 CaptureSettings captureSettings(Words const& words)
