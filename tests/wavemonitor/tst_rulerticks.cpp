@@ -1,3 +1,5 @@
+#include "tests/support/widgettools.h"
+#include "wavemonitor/constants.h"
 #include "wavemonitor/ruler/rulerticks.h"
 #include "wavemonitor/ruler/scaleruler.h"
 #include "wavemonitor/timemarks.h"
@@ -86,6 +88,10 @@ private Q_SLOTS:
         QCOMPARE(image.pixel(x(359), 46), white);
         QCOMPARE(image.pixel(x(359), 44), scale);
         QCOMPARE(image.pixel(x(358), 46), scale);
+        int written = 0;
+        for (int i = 0; i < 20 * 12; ++i)
+            written += image.pixel(x(340) + 3 + i / 12, 32 + i % 12) != scale;
+        QCOMPARE(written > 0, widgettools::textIsSeen(monitorFontOfPixelSize(10)));
         QCOMPARE(image.pixel(x(332), 15), qRgb(255, 0, 0));
         QCOMPARE(image.pixel(x(331), 15), QColor(Qt::gray).rgb());
         QCOMPARE(image.pixel(x(498), 13), qRgb(255, 0, 0));
