@@ -1,12 +1,10 @@
 #include "workbenchrig.h"
 
+#include "tests/support/widgettools.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QDialogButtonBox>
 #include <QDomDocument>
 #include <QFileDialog>
 #include <QInputDialog>
@@ -21,17 +19,7 @@
 #include <QToolButton>
 #include <QtTest>
 
-namespace {
-
-QAction* named(QWidget const* menu, QString const& text)
-{
-    for (QAction* const action : menu->actions())
-        if (action->text() == text)
-            return action;
-    qFatal("no entry %s", qPrintable(text));
-}
-
-} // namespace
+using namespace widgettools;
 
 Window::Window()
 {
@@ -49,18 +37,11 @@ QAction* Window::action(QString const& text) const
 
 void Window::choose(QStringList const& path)
 {
-    QWidget* menu = menuBar();
-    for (QString const& text : path) {
-        QAction* const entry = named(menu, text);
-        QMenu* const opened = entry->menu();
-        auto* const bar = qobject_cast<QMenuBar*>(menu);
-        auto* const popup = qobject_cast<QMenu*>(menu);
-        QRect const place = bar ? bar->actionGeometry(entry) : popup->actionGeometry(entry);
-        QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, place.center());
-        if (opened)
-            QTRY_VERIFY(opened->isVisible());
-        menu = opened;
-    }
+    QAction* const first = entry(menuBar(), path.value(0));
+    QVERIFY(first);
+    QTest::mouseClick(menuBar(), Qt::LeftButton, {}, menuBar()->actionGeometry(first).center());
+    QTRY_VERIFY(first->menu()->isVisible());
+    QVERIFY2(pick(first->menu(), path.mid(1)), qPrintable(path.join(' ')));
 }
 
 void Window::press(char const* button)
@@ -120,22 +101,14 @@ void Window::chooseForRows(QStringList const& names, QString const& entry)
         QTest::mouseClick(tree->viewport(), Qt::LeftButton, keys, at);
         keys = Qt::ControlModifier;
     }
-    QContextMenuEvent event(QContextMenuEvent::Mouse, at, tree->viewport()->mapToGlobal(at));
-    QApplication::sendEvent(tree->viewport(), &event);
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    QVERIFY(menu);
-    QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
-                      menu->actionGeometry(named(menu, entry)).center());
+    rightClick(tree->viewport(), at);
+    QVERIFY(pick(qobject_cast<QMenu*>(QApplication::activePopupWidget()), {entry}));
 }
 
-QMap<QString, QString> Window::valuesAt(int sample) const
+QString Window::value(QString const& name, int sample) const
 {
-    auto* const model = monitor()->model();
-    model->setCurrentTime(sample);
-    QMap<QString, QString> values;
-    for (int i = 0; i < model->rowCount(); ++i)
-        values[model->index(i, 0).data().toString()] = model->index(i, 1).data().toString();
-    return values;
+    monitor()->model()->setCurrentTime(sample);
+    return row(name).siblingAtColumn(1).data().toString();
 }
 
 QString Window::arrangement() const
@@ -180,60 +153,30 @@ QString Window::shownTitle() const
     return windowTitle().replace("[*]", isWindowModified() ? "*" : "");
 }
 
-Answers::Answers(QList<Answer> answers) : m_answers(std::move(answers))
+void answerFile(QString const& path)
 {
-    QObject::connect(&m_timer, &QTimer::timeout, [this] { next(); });
-    m_timer.start(5);
-}
-
-Answers::~Answers()
-{
-    if (!m_answers.isEmpty())
-        QTest::qFail("a dialog did not open", __FILE__, __LINE__);
-}
-
-void Answers::next()
-{
-    QWidget* const dialog = QApplication::activeModalWidget();
-    if (!dialog || dialog == m_last || m_answers.isEmpty())
-        return;
-    m_last = dialog;
-    m_answers.takeFirst()(dialog);
-}
-
-Answers::Answer Answers::file(QString const& path)
-{
-    return [path](QWidget* dialog) {
+    inDialog<QFileDialog>([path](QFileDialog* dialog) {
         auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
-        if (!name) {
-            QTest::keyClick(dialog, Qt::Key_Escape); // the test must not wait for ever
-            QFAIL("no file dialog");
-        }
         name->setText(path);
         QTest::keyClick(name, Qt::Key_Return);
-    };
+    });
 }
 
-Answers::Answer Answers::number(int value)
+void answerNumber(int value)
 {
-    return [value](QWidget* dialog) {
-        auto* const box = dialog->findChild<QSpinBox*>();
-        if (!box) {
-            QTest::keyClick(dialog, Qt::Key_Escape);
-            QFAIL("no dialog for a number");
-        }
-        box->setValue(value);
+    inDialog<QInputDialog>([value](QInputDialog* dialog) {
+        dialog->findChild<QSpinBox*>()->setValue(value);
         QTest::keyClick(dialog, Qt::Key_Return);
-    };
+    });
 }
 
-Answers::Answer Answers::button(QString const& text)
+void answerButton(QString const& text)
 {
-    return [text](QWidget* dialog) {
+    inDialog([text](QDialog* dialog) {
         for (auto* const button : dialog->findChildren<QAbstractButton*>())
             if (button->text().remove('&') == text)
                 return QTest::mouseClick(button, Qt::LeftButton);
-        QTest::keyClick(dialog, Qt::Key_Escape);
+        dialog->reject(); // the test must not wait for ever
         QFAIL(qPrintable("no button " + text));
-    };
+    });
 }

@@ -3,10 +3,6 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/mainwindow.h"
 
-#include <QTimer>
-
-#include <functional>
-
 /// The workbench as a person uses it: by its menus, its dialogs and its buttons.
 struct Window : MainWindow
 {
@@ -27,8 +23,8 @@ struct Window : MainWindow
     QModelIndex row(QString const& name) const;
     /// Selects rows and picks from their context menu.
     void chooseForRows(QStringList const& names, QString const& entry);
-    /// What the value column says, by the names of the rows, with the cursor at a sample.
-    QMap<QString, QString> valuesAt(int sample) const;
+    /// What the value column says of a row at a sample.
+    QString value(QString const& name, int sample) const;
     /// Rows, their order and the buses' members.
     QString arrangement() const;
     QList<QBitArray> samples(int core = 0) const;
@@ -40,24 +36,7 @@ struct Window : MainWindow
     QString shownTitle() const;
 };
 
-/// Answers the next dialogs, one after the other, as they open. All must have opened in its
-/// lifetime.
-class Answers
-{
-public:
-    using Answer = std::function<void(QWidget*)>;
-
-    explicit Answers(QList<Answer> answers);
-    ~Answers();
-
-    static Answer file(QString const& path);
-    static Answer number(int value);
-    static Answer button(QString const& text);
-
-private:
-    void next();
-
-    QList<Answer> m_answers;
-    QTimer m_timer;
-    QWidget* m_last = nullptr;
-};
+/// Answer the next dialog, behind those that are awaited already.
+void answerFile(QString const& path);
+void answerNumber(int value);
+void answerButton(QString const& text);

@@ -2,7 +2,6 @@
 
 #include "programmer/devicecatalogue.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -34,14 +33,6 @@ void ProgrammerDesk::layAll(QByteArray bench) const
     write("bench.json", bench.replace('\'', '"'));
 }
 
-QString ProgrammerDesk::write(QString const& name, QByteArray const& content) const
-{
-    QFile file(path(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("can't write %s", qPrintable(file.fileName()));
-    return file.fileName();
-}
-
 QString ProgrammerDesk::writeFs(QByteArray const& device, QByteArray const& checksum) const
 {
     return write("design.fs", "//Title: a design\n//CheckSum: " + checksum +
@@ -51,11 +42,9 @@ QString ProgrammerDesk::writeFs(QByteArray const& device, QByteArray const& chec
 
 QStringList ProgrammerDesk::log() const
 {
-    QFile file(path("log"));
     QStringList runs;
-    if (file.open(QIODevice::ReadOnly))
-        for (QByteArray const& line : file.readAll().split('\n'))
-            if (!line.isEmpty())
-                runs << QJsonDocument::fromJson(line).toVariant().toStringList().join(' ');
+    for (QByteArray const& line : content(path("log")).split('\n'))
+        if (line.startsWith('['))
+            runs << QJsonDocument::fromJson(line).toVariant().toStringList().join(' ');
     return runs;
 }

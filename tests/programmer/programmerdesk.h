@@ -1,13 +1,12 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
+#include "tests/support/tempfolder.h"
+
 #include <QStringList>
-#include <QTemporaryDir>
 
 /// A desk for the simulated programmer: a folder with a bench file, Fs files and the log of what
 /// the programmer was told. The shipped catalogue is in use while a desk stands.
-class ProgrammerDesk
+class ProgrammerDesk : public TempFolder
 {
 public:
     ProgrammerDesk();
@@ -19,16 +18,9 @@ public:
     /// The same with all of the bench. Quotes may be single ones in both.
     void layAll(QByteArray bench) const;
 
-    /// Writes a file and gives its path.
-    QString write(QString const& name, QByteArray const& content) const;
     /// An Fs file for that device, such as "TK-104-Q48".
     QString writeFs(QByteArray const& device, QByteArray const& checksum = "0x1234") const;
 
     /// The argument lists that the programmer received, oldest first, joined with blanks.
     QStringList log() const;
-
-    QString path(QString const& name) const { return m_folder.filePath(name); }
-
-private:
-    QTemporaryDir m_folder{QStringLiteral("/tmp/vekXXXXXX")};
 };

@@ -5,12 +5,14 @@
 #include <QComboBox>
 #include <QContextMenuEvent>
 #include <QImage>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 #include <QWheelEvent>
+
+#include <functional>
 
 /// What a user reads off widgets and does to them.
 namespace widgettools {
@@ -25,6 +27,15 @@ inline bool textIsSeen(QFont const& font = QFont())
     painter.setFont(font);
     painter.drawText(written.rect(), Qt::AlignCenter, QStringLiteral("8"));
     return written != blank;
+}
+
+/// As on a screen with that many pixels for one of the widget's.
+inline QImage picture(QWidget* widget, double pixelRatio = 1)
+{
+    QImage image(widget->size() * pixelRatio, QImage::Format_RGB32);
+    image.setDevicePixelRatio(pixelRatio);
+    widget->render(&image);
+    return image;
 }
 
 inline QStringList items(QComboBox const* box)
@@ -84,19 +95,75 @@ inline void rightClick(QWidget* viewport, QPoint const& at)
     QApplication::sendEvent(viewport, &event);
 }
 
-/// Runs once, when the next modal dialog of that class is open.
-template <typename Dialog = QWidget, typename Work>
+/// Hands the dialogs and the menus that open to whoever waits for them.
+class Openings : public QObject
+{
+public:
+    static Openings* shared()
+    {
+        static auto* const openings = new Openings;
+        return openings;
+    }
+
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        auto* const window = qobject_cast<QWidget*>(object);
+        if (event->type() == QEvent::Show && window &&
+            (window->isModal() || qobject_cast<QMenu*>(window)))
+            QMetaObject::invokeMethod(
+                window,
+                [this, window] {
+                    if (auto const next = waiting.value(0))
+                        next(window);
+                },
+                Qt::QueuedConnection);
+        return false;
+    }
+
+    QList<std::function<void(QWidget*)>> waiting;
+
+private:
+    Openings() : QObject(qApp) { qApp->installEventFilter(this); }
+};
+
+/// Works once in the next modal dialog, or the next menu, of that class, behind those that wait
+/// already.
+template <typename Dialog = QDialog, typename Work>
 void inDialog(Work work)
 {
-    auto* const timer = new QTimer(qApp);
-    QObject::connect(timer, &QTimer::timeout, qApp, [timer, work] {
-        if (auto* const dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget())) {
-            timer->stop();
-            timer->deleteLater();
+    Openings::shared()->waiting.append([work](QWidget* window) {
+        if (auto* const dialog = qobject_cast<Dialog*>(window)) {
+            Openings::shared()->waiting.removeFirst();
             work(dialog);
         }
     });
-    timer->start(1);
+}
+
+/// The entry of a menu or a menu bar, or nullptr.
+inline QAction* entry(QWidget const* menu, QString const& text)
+{
+    for (QAction* const action : menu ? menu->actions() : QList<QAction*>())
+        if (action->text() == text)
+            return action;
+    return nullptr;
+}
+
+/// Takes entries of an open menu and of those below it. Where one is missing or disabled, the menus
+/// close.
+inline bool pick(QMenu* menu, QStringList const& path)
+{
+    for (QString const& text : path) {
+        QAction* const found = entry(menu, text);
+        if (!found || !found->isEnabled()) {
+            while (QWidget* const popup = QApplication::activePopupWidget())
+                popup->close();
+            return false;
+        }
+        menu->setActiveAction(found);
+        QTest::keyClick(menu, Qt::Key_Return);
+        menu = found->menu();
+    }
+    return true;
 }
 
 /// Notes title and text of the next message box and closes it.

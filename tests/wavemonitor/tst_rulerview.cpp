@@ -66,24 +66,19 @@ void drag(RulerView& ruler, QPoint const& from, QPoint const& to)
     QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
 }
 
-/// Opens the menu at a point, runs the entry of that index and returns the entries' texts.
-QStringList useMenu(RulerView& ruler, QPoint const& at, int entry)
+/// Opens the menu at a point, picks the named entry, and gives the texts of all.
+QString useMenu(RulerView& ruler, QPoint const& at, QString const& entry)
 {
     QStringList texts;
-    QTimer::singleShot(0, &ruler, [&texts, entry] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        if (menu == nullptr) {
-            return;
-        }
-        for (QAction const* action : menu->actions()) {
+    widgettools::inDialog<QMenu>([&](QMenu* menu) {
+        for (QAction const* action : menu->actions())
             texts.append(action->text());
-        }
-        menu->setActiveAction(menu->actions().value(entry));
-        QTest::keyClick(menu, entry < texts.size() ? Qt::Key_Return : Qt::Key_Escape);
+        widgettools::pick(menu, {entry});
     });
     widgettools::rightClick(ruler.viewport(), at);
     QCoreApplication::processEvents();
-    return texts;
+    widgettools::Openings::shared()->waiting.clear(); // there may be no menu
+    return texts.join(", ");
 }
 
 } // namespace
@@ -204,27 +199,27 @@ private Q_SLOTS:
     void menus()
     {
         QString const create = "Create Marker at Clock Period: %1";
-        QStringList const remove{"Remove Marker", "Remove All Markers"};
-        QCOMPARE(useMenu(*m_ruler, QPoint(170, 10), 0), QStringList{create.arg(3)});
+        QString const remove = "Remove Marker, Remove All Markers";
+        QCOMPARE(useMenu(*m_ruler, QPoint(170, 10), create.arg(3)), create.arg(3));
         QCOMPARE(times(*m_ruler), QList<int>{3});
-        QCOMPARE(useMenu(*m_ruler, QPoint(174, 10), 9), QStringList{create.arg(3)});
-        QCOMPARE(useMenu(*m_ruler, QPoint(175, 10), 0), QStringList{create.arg(4)});
-        QCOMPARE(useMenu(*m_ruler, QPoint(175, 40), 0), QStringList{});
+        QCOMPARE(useMenu(*m_ruler, QPoint(174, 10), "none"), create.arg(3));
+        QCOMPARE(useMenu(*m_ruler, QPoint(175, 10), create.arg(4)), create.arg(4));
+        QCOMPARE(useMenu(*m_ruler, QPoint(175, 40), create.arg(4)), "");
         QCOMPARE(times(*m_ruler), (QList<int>{4, 3}));
         // the cursor does not hide a marker
         m_ruler->cursorItem()->setTime(4);
-        QCOMPARE(useMenu(*m_ruler, flagAt(*m_ruler, 4), 0), remove);
+        QCOMPARE(useMenu(*m_ruler, flagAt(*m_ruler, 4), "Remove Marker"), remove);
         QCOMPARE(times(*m_ruler), QList<int>{3});
         m_ruler->createMarker(7);
-        QCOMPARE(useMenu(*m_ruler, flagAt(*m_ruler, 7), 1), remove);
+        QCOMPARE(useMenu(*m_ruler, flagAt(*m_ruler, 7), "Remove All Markers"), remove);
         QVERIFY(m_ruler->timeMarkers().isEmpty());
         m_ruler->setLength(0);
-        QCOMPARE(useMenu(*m_ruler, QPoint(0, 10), 0), QStringList{});
+        QCOMPARE(useMenu(*m_ruler, QPoint(0, 10), create.arg(0)), "");
     }
 
     void viewMayGoWhileItsMenuIsOpen()
     {
-        QTimer::singleShot(0, this, [this] { m_ruler.reset(); });
+        widgettools::inDialog<QMenu>([this](QMenu*) { m_ruler.reset(); });
         widgettools::rightClick(m_ruler->viewport(), QPoint(170, 10));
         QVERIFY(!m_ruler);
     }
@@ -234,17 +229,21 @@ private Q_SLOTS:
         m_ruler->createMarker(3);
         m_ruler->createMarker(6);
         m_ruler->cursorItem()->setTime(9);
-        QImage const image = m_ruler->viewport()->grab().toImage();
-        QCOMPARE(image.pixelColor(flagAt(*m_ruler, 3)), QColor(Qt::red));
-        QCOMPARE(image.pixelColor(flagAt(*m_ruler, 6)), QColor(Qt::white));
-        QCOMPARE(image.pixelColor(flagAt(*m_ruler, 9)), QColor(0xFFA500));
-        QCOMPARE(image.pixelColor(QPoint(600, 10)), QColor(Qt::gray));
-        QCOMPARE(image.pixelColor(QPoint(610, 47)), QColor(0x555555));
-        QCOMPARE(image.pixelColor(QPoint(610, 49)), QColor(Qt::white));
-        QCOMPARE(m_ruler->verticalScrollBar()->maximum(), m_ruler->verticalScrollBar()->minimum());
-        for (int x = 0; x < image.width(); ++x) { // no number is cut off
-            QCOMPARE(image.pixelColor(x, 0), QColor(Qt::gray));
+        for (double const ratio : {1.0, 1.5, 2.0}) {
+            QImage const image = widgettools::picture(m_ruler->viewport(), ratio);
+            auto const at = [&](QPoint const& point) {
+                return image.pixelColor(int(point.x() * ratio), int(point.y() * ratio));
+            };
+            QCOMPARE(at(flagAt(*m_ruler, 3)), QColor(Qt::red));
+            QCOMPARE(at(flagAt(*m_ruler, 6)), QColor(Qt::white));
+            QCOMPARE(at(flagAt(*m_ruler, 9)), QColor(0xFFA500));
+            QCOMPARE(at(QPoint(600, 10)), QColor(Qt::gray));
+            QCOMPARE(at(QPoint(610, 47)), QColor(0x555555));
+            QCOMPARE(at(QPoint(600, 40)), QColor(Qt::white)); // a tick
+            for (int x = 0; x < image.width(); ++x)           // no number is cut off
+                QCOMPARE(image.pixelColor(x, 0), QColor(Qt::gray));
         }
+        QCOMPARE(m_ruler->verticalScrollBar()->maximum(), m_ruler->verticalScrollBar()->minimum());
         QFontMetricsF const metrics(monitorFontOfPointSize(9));
         QRectF const rect = m_ruler->timeMarker()->item()->boundingRect();
         QCOMPARE(rect.topLeft(), QPointF(0.0, -metrics.height() - 15.0));

@@ -1,6 +1,7 @@
 #include "model/capturecore.h"
 #include "treerig.h"
-#include "wavemonitor/waves/waveitem.h"
+#include "wavemonitor/waves/buswaveitem.h"
+#include "wavemonitor/waves/signalwaveitem.h"
 
 using namespace WaveMonitor;
 
@@ -220,6 +221,35 @@ private slots:
         rig.model.highlightItem(nullptr);
         QVERIFY(!rig.view.selectionModel()->hasSelection());
         QCOMPARE(rig.model.getItem(nullptr), nullptr);
+    }
+
+    void buildsSamplesOnce()
+    {
+        TreeRig rig;
+        auto const bus = [&] {
+            return static_cast<BusWaveItem*>(rig.model.getItem(rig.node(rig.at(0))));
+        };
+        int const* const runs = bus()->samples().runStarts().constData();
+        for (int id = 10; id < 46; ++id)
+            rig.model.addRawSignal(signal(id, "further"));
+        rig.node(rig.at(0))->formatter->setFormatType(DataFormat::Binary);
+        rig.model.updateItems();
+        QVERIFY(bus()->samples().runStarts().constData() == runs);
+        auto const* const member =
+            static_cast<SignalWaveItem*>(rig.model.getItem(rig.node(rig.at(0, 0))));
+        QVERIFY(member->waveData().bits() == rig.model.signalElementByID(0)->data.bits());
+    }
+
+    void newSamples()
+    {
+        TreeRig rig;
+        auto const* const bus = static_cast<BusWaveItem*>(rig.model.getItem(rig.node(rig.at(0))));
+        QBitArray const ones(7, true);
+        rig.model.updataSingalDatas({ones, ones, ones, ones}); // one short of the signals
+        QCOMPARE(rig.model.timeLength(), 4);
+        rig.model.updataSingalDatas({ones, ones, ones, ones, ones});
+        QCOMPARE(bus->samples().runStarts(), QVector<int>{0});
+        QCOMPARE(bus->boundingRect().width(), 350.0);
     }
 
     void savedAndRestored()

@@ -5,6 +5,7 @@
 #include "wavemonitor/tree/rowheightsetting.h"
 #include "wavemonitor/tree/treecontextmenu.h"
 #include "wavemonitor/waves/transitions.h"
+#include "wavemonitor/waves/waveitem.h"
 #include "widgets/realdialog.h"
 
 #include <QDialogButtonBox>
@@ -28,20 +29,8 @@ bool choose(MonitorRig const& rig, QStringList const& path)
 {
     widgettools::rightClick(rig.tree()->viewport(), QPoint(5, 5));
     MonitorRig::settle();
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    for (QString const& text : path) {
-        QAction* found = nullptr;
-        for (QAction* action : menu ? menu->actions() : QList<QAction*>())
-            found = action->text() == text ? action : found;
-        if (!found || !found->isEnabled()) {
-            while (QWidget* popup = QApplication::activePopupWidget())
-                popup->close();
-            return false;
-        }
-        menu->setActiveAction(found);
-        QTest::keyClick(menu, Qt::Key_Return);
-        menu = found->menu();
-    }
+    if (!widgettools::pick(qobject_cast<QMenu*>(QApplication::activePopupWidget()), path))
+        return false;
     MonitorRig::settle();
     return !QApplication::activePopupWidget();
 }
@@ -117,7 +106,15 @@ private Q_SLOTS:
         QVERIFY(choose(rig, {"Color", "Orange"}));
         QVERIFY(choose(rig, {"Format", "Signed Decimal"}));
         QVERIFY(choose(rig, {"Short Name"}));
-        QCOMPARE(SignalTreeView::nodeAt(rig.row(Clk))->color, 0xffa500);
+        auto const wave = [&](QModelIndex const& row) {
+            return static_cast<WaveItem*>(rig.model()->getItem(SignalTreeView::nodeAt(row)));
+        };
+        QCOMPARE(wave(rig.row(Clk))->color(), QColor(0xffa500));
+        QCOMPARE(wave(rig.row(0, 1))->color(), QColor(0, 255, 0));
+        rig.select({rig.row(0, 1)});
+        QVERIFY(choose(rig, {"Color", "Orange"}));
+        QCOMPARE(wave(rig.row(0, 1))->color(), QColor(0xffa500));
+        rig.select({rig.row(0), rig.row(Clk)});
 
         auto const checked = [&] {
             QStringList all;
