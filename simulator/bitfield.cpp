@@ -1,5 +1,7 @@
 #include "simulator/bitfield.h"
 
+#include "model/bits.h"
+
 #include <algorithm>
 
 namespace VEK::Simulator {
@@ -35,6 +37,24 @@ std::vector<quint64> lastPositions(QBitArray const& field, int count)
             words[std::size_t(i / 64)] |= quint64(1) << (63 - i % 64);
     }
     return words;
+}
+
+void putPositions(QBitArray& bits, qint64 start, quint64 word, int count)
+{
+    if (start < 0) {
+        word = start > -64 ? word << -start : 0;
+        count = int(std::max<qint64>(0, count + start));
+        start = 0;
+    }
+    count = int(std::min<qint64>(count, bits.size() - start));
+    if (count <= 0)
+        return;
+    quint64 rest = mirrored(word & ~quint64(0) << (64 - count)); // the first position lowest
+    char* byte = storageOf(bits) + start / 8;
+    int const shift = int(start % 8);
+    *byte |= char(rest << shift);
+    for (rest >>= 8 - shift; rest; rest >>= 8)
+        *++byte |= char(rest);
 }
 
 QBitArray numberField(quint32 number, int size)

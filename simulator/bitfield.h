@@ -21,6 +21,10 @@ quint32 registerNumber(QBitArray const& field);
 /// Zeros for what the field doesn't have, and behind the last one.
 std::vector<quint64> lastPositions(QBitArray const& field, int count);
 
+/// Sets those of `count` positions (1 to 64) from `start` on that are 1 in `word`, whose highest
+/// bit is the first of them. Positions outside the vector are passed over.
+void putPositions(QBitArray& bits, qint64 start, quint64 word, int count);
+
 /// A number as a field of `size` bits, zeros in front.
 QBitArray numberField(quint32 number, int size);
 

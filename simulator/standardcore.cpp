@@ -215,17 +215,15 @@ QBitArray StandardCore::burst(int size) const
 /// Filler, mark and signals of one record from position `at` on; what lies below 0 is cut off.
 void StandardCore::putRecord(QBitArray& bits, qint64 at, quint64 address) const
 {
+    constexpr int Word = 64;
     qint64 const row = m_memory.row(address);
     int const filler = m_built.shiftWidth - m_built.dataCount - 1;
-    for (int i = int(std::max<qint64>(0, -at)); i < m_built.shiftWidth; ++i) {
-        int const signal = i - filler - 1;
-        bool bit = true;
-        if (signal == -1)
-            bit = m_memory.mark(address);
-        else if (signal >= 0)
-            bit = row >= 0 && m_samples.bit(row, signal);
-        bits.setBit(int(at + i), bit);
-    }
+    for (int i = 0; i < filler; i += Word)
+        putPositions(bits, at + i, ~quint64(0), std::min(Word, filler - i));
+    putPositions(bits, at + filler, quint64(m_memory.mark(address)) << (Word - 1), 1);
+    for (int i = 0; row >= 0 && i < m_built.dataCount; i += Word)
+        putPositions(bits, at + filler + 1 + i, m_samples.row(row)[i / Word],
+                     std::min(Word, m_built.dataCount - i));
 }
 
 } // namespace VEK::Simulator
