@@ -65,6 +65,7 @@ void readFaults(BenchFields fields, Faults& faults)
     constexpr int MaxTogether = 1000;
     faults.of = fields.text("of");
     faults.delay = fields.integer("delay", 0, 0, MaxDelay);
+    faults.work = fields.integer("work", 0, 0, MaxDelay);
     faults.silentFrom = fields.integer("silent_from", 0, 1, MaxInt);
     faults.garbledFrom = fields.integer("garbled_from", 0, 1, MaxInt);
     faults.loses = fields.integer("loses", 0, 1, MaxInt);

@@ -21,6 +21,7 @@ struct Faults
 {
     QString of;          ///< Operation or command of the requests that count; empty: all do.
     int delay = 0;       ///< ms that each reply comes late.
+    int work = 0;        ///< ms that each reply takes the server, one after the other.
     int silentFrom = 0;  ///< The first request that gets no reply any more; 0: none.
     int garbledFrom = 0; ///< The first request whose reply is no message any more; 0: none.
     int loses = 0;       ///< The one request whose reply is lost; 0: none.

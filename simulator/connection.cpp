@@ -6,6 +6,7 @@
 
 #include <QAbstractSocket>
 #include <QLocalSocket>
+#include <QThread>
 
 #include <cstdlib>
 
@@ -77,6 +78,8 @@ void Connection::serve(CmdPack const& request)
     CmdPack reply;
     bool closes = false;
     if (m_server.serve(request, reply, closes)) {
+        if (int const work = m_server.faults().work)
+            QThread::msleep(static_cast<unsigned long>(work));
         QByteArray const frame = frameFromPack(reply);
         m_replies.push(m_server.garbles() ? garbled(frame) : frame);
     }
