@@ -40,14 +40,19 @@ function(vek_add_library)
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:include/vek>)
 endfunction()
 
-# vek_install_library(NAME Model HEADERS bits.h ...): the library, and those headers of the calling
-# folder that hosts include. What else lies there is ours. The simulator is no host's business.
+# vek_install_library(NAME Model [WIDGETS] HEADERS bits.h ...): the library, and those headers of the
+# calling folder that hosts include. What else lies there is ours. The simulator is no host's business.
+# WIDGETS: it needs a display, so the tools for scripts come without it.
 function(vek_install_library)
-  cmake_parse_arguments(ARG "" "NAME" "HEADERS" ${ARGN})
+  cmake_parse_arguments(ARG "WIDGETS" "NAME" "HEADERS" ${ARGN})
   string(TOLOWER vek_${ARG_NAME} target)
+  set(component runtime)
+  if(ARG_WIDGETS)
+    set(component workbench)
+  endif()
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${ARG_NAME} INSTALL_RPATH $ORIGIN)
   install(TARGETS ${target} EXPORT VekTargets
-    LIBRARY DESTINATION lib COMPONENT runtime NAMELINK_COMPONENT development
+    LIBRARY DESTINATION lib COMPONENT ${component} NAMELINK_COMPONENT development
     ARCHIVE DESTINATION lib COMPONENT development)
   cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
   list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE headers)

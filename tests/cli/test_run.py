@@ -7,6 +7,8 @@ import resource
 import shutil
 import signal
 import socket
+import subprocess
+import textwrap
 
 import jsonschema
 import pytest
@@ -252,3 +254,24 @@ def test_server_elsewhere(desk, address, host):
     assert waiting.wait() == 11 and desk.manifest()["outcome"]["cause"] == "server-lost"
     refused = desk.run(*server, "--reply-timeout", "200ms")
     assert refused[0] == 5 and "refused" in refused[2]
+
+
+def test_help_manual_and_completion(desk):
+    """What the program says of itself stands in its manual page, and is completed."""
+    help_ = subprocess.run([desk.folder / "Analyzer/bin/vek", "run", "--help"], text=True,
+                           capture_output=True, check=True).stdout
+    manual = (SOURCE / "packaging/vek.1").read_text()
+    assert textwrap.dedent(help_.split("Exit status:\n")[1]).strip("\n") in manual
+    options = set(re.findall(r"(--[a-z-]+)", help_))
+    assert options <= set(re.findall(r"--[a-z-]+", manual.replace("\\-", "-")))
+
+    def completed(*words):
+        script = (f"source {SOURCE}/packaging/vek.bash; COMP_WORDS=(vek {' '.join(words)}); "
+                  f"COMP_CWORD={len(words)}; _vek; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
+        return subprocess.run(["bash", "-c", script], text=True, capture_output=True, check=True,
+                              cwd=SOURCE / "examples/bus").stdout.split()
+
+    assert set(completed("run", "--")) == options
+    assert completed("run", "--cable", "L") == ["LPT"]
+    assert completed("run", "--format", "csv,v") == ["csv,vcd"]
+    assert completed("run", "bus-stall") == ["bus-stall.vek"]

@@ -1,0 +1,41 @@
+# Completion of vek for bash.
+
+_vek() {
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
+    COMPREPLY=()
+    if [ "$COMP_CWORD" -eq 1 ]; then
+        mapfile -t COMPREPLY < <(compgen -W "run --help --version" -- "$word")
+        return
+    fi
+    case $before in
+    --cable) list="FT2CH TR7QZ WINUSB LPT" ;;
+    --format)
+        local done=
+        case $word in *,*) done=${word%,*}, ;; esac
+        mapfile -t COMPREPLY < <(compgen -P "$done" -W "csv vcd rsx raw" -- "${word##*,}")
+        return
+        ;;
+    -o | --output | --manifest)
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        return
+        ;;
+    --clock | --label | --attempt | --wait | --force-after | --reply-timeout | --queue | --core | \
+        --position | --amount | --windows | --expression | --match | --location | --server | --device)
+        return
+        ;;
+    esac
+    case $word in
+    -*)
+        list="--output --format --plain --clock --manifest --label --attempt --wait --force-after
+            --reply-timeout --queue --paced --progress --core --position --amount --windows
+            --expression --match --cable --location --server --device --help"
+        ;;
+    esac
+    if [ -n "$list" ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$list" -- "$word")
+    else
+        shopt -q extglob || shopt -s extglob
+        mapfile -t COMPREPLY < <(compgen -f -X '!*.@(vek|rsx)' -- "$word"; compgen -d -S / -- "$word")
+    fi
+}
+complete -o filenames -F _vek vek
