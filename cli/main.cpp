@@ -26,7 +26,10 @@ int failUsage(CLI::App& program, CLI::Error const& error)
 {
     if (error.get_exit_code() == 0)
         return program.exit(error); // help or version, on standard output
-    printError(textOf(error.what()) + QStringLiteral(" Try vek --help."));
+    QString const message = textOf(error.what());
+    printError(message + (message.endsWith(QLatin1Char('.'))
+                              ? QStringLiteral(" Try vek --help.")
+                              : QStringLiteral(". Try vek --help.")));
     return int(Status::Usage);
 }
 

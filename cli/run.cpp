@@ -47,6 +47,23 @@ Status statusOf(CaptureEnd end)
     return Status::ServerLost;
 }
 
+/// What to do about it, where the message does not say it.
+QString hintFor(CaptureEnd end)
+{
+    switch (end) {
+    case CaptureEnd::Busy:
+        return QStringLiteral(" --queue waits for it.");
+    case CaptureEnd::NoTrigger:
+        return QStringLiteral(" Look at the trigger, or use --wait and --force-after.");
+    case CaptureEnd::Silent:
+        return QStringLiteral(" Look at the server and the cable, or use --reply-timeout.");
+    case CaptureEnd::DeviceError:
+        return QStringLiteral(" Look at the board and its design.");
+    default:
+        return QString();
+    }
+}
+
 QString sha256Of(QString const& path)
 {
     QFile file(path);
@@ -240,7 +257,7 @@ void Run::onEnded(CaptureOutcome const& outcome)
     else if (m_signal && outcome.end == CaptureEnd::Stopped)
         finish(Status::Signal, QStringLiteral("ended by signal %1").arg(m_signal), outcome.reason);
     else
-        finish(statusOf(outcome.end), outcome.message, outcome.reason);
+        finish(statusOf(outcome.end), outcome.message + hintFor(outcome.end), outcome.reason);
 }
 
 void Run::finish(Status status, QString message, QString const& reason)

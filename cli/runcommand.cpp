@@ -179,6 +179,7 @@ void addOutputOptions(CLI::App& command, Words& words)
     command
         .add_option("--format", words.formats, "What is written: csv, vcd, rsx, raw (default csv)")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->check(CLI::IsMember({"csv", "vcd", "rsx", "raw"}, CLI::ignore_case))
         ->type_name("LIST");
     command.add_flag("--plain", words.plain,

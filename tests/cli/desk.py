@@ -53,7 +53,7 @@ class Desk:
 
     def start(self, *arguments, program="Analyzer/bin/vek", **options):
         if program.endswith("vek"):
-            arguments = ("run", self.configuration, "-o", f"{self.out}/", *arguments)
+            arguments = ("run", "-o", f"{self.out}/", *arguments, self.configuration)
         return subprocess.Popen([self.folder / program, *map(str, arguments)], text=True,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder,
                                 env=self.environment, **options)
