@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <numeric>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 namespace {
 
 /// As many as a large design declares, and the longest that anyone reads: the work stays within
@@ -77,4 +77,4 @@ std::vector<QByteArray> NearestNames::nearest(QByteArray const& name) const
     return paths;
 }
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

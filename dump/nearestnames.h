@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 
 /// Finds what a misspelt name may have meant among the paths of a dump.
 class NearestNames
@@ -22,4 +22,4 @@ private:
     std::vector<QByteArray> m_paths;
 };
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

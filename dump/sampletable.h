@@ -4,7 +4,7 @@
 
 #include <vector>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 
 /// What the signals of one core do: a row of bits for each edge of its sample clock. Packed, one
 /// bit a signal; signal i of a row is bit 63 - i % 64 of word i / 64, so that a bus whose first
@@ -51,4 +51,4 @@ struct SampledStimulus
 /// All tables of a bench together hold no more than this many bytes.
 constexpr qint64 MaxTableBytes = qint64(1) << 30;
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

@@ -2,7 +2,7 @@
 
 #include <QRegularExpression>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 namespace {
 
 /// A name of a design in the form of `VcdVariable::path`.
@@ -148,4 +148,4 @@ QStringList VcdNames::hints() const
     return hints;
 }
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

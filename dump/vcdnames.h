@@ -10,7 +10,7 @@
 
 #include <vector>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 
 /// One bit of a variable of a dump.
 struct VcdBit
@@ -66,4 +66,4 @@ private:
     NearestNames m_declared;
 };
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 namespace {
 
 constexpr int MaxScopePath = 64 * 1024;
@@ -384,4 +384,4 @@ bool VcdReader::readValue(std::string_view word)
     return true;
 }
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

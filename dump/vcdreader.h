@@ -13,7 +13,7 @@
 
 class QIODevice;
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 
 /// One `$var` declaration.
 struct VcdVariable
@@ -97,4 +97,4 @@ private:
     QString m_error;
 };
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

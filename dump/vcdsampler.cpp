@@ -4,7 +4,7 @@
 
 #include <QFile>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 namespace {
 
 /// One core's view of the dump while it is read.
@@ -212,4 +212,4 @@ bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& reques
     return ok;
 }
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

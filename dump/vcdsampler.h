@@ -8,7 +8,7 @@
 
 class QIODevice;
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 
 /// What one core watches in a dump.
 struct SampleRequest
@@ -32,4 +32,4 @@ bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
 bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
                    SampledStimulus& stimulus, QString& error);
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

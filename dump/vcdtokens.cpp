@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 namespace {
 
 constexpr std::size_t ChunkSize = 256 * 1024;
@@ -76,4 +76,4 @@ bool VcdTokens::fill(std::size_t keepFrom)
     return count > 0;
 }
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

@@ -7,7 +7,7 @@
 
 class QIODevice;
 
-namespace VEK::Simulator {
+namespace VEK::Dump {
 
 /// Cuts a byte stream into blank-separated words. Reads in chunks: the memory that it takes
 /// depends neither on the stream's length nor on the length of a word.
@@ -48,4 +48,4 @@ private:
     bool m_failed = false;
 };
 
-} // namespace VEK::Simulator
+} // namespace VEK::Dump

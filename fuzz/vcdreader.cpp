@@ -6,7 +6,7 @@
 
 #include <QBuffer>
 
-using namespace VEK::Simulator;
+using namespace VEK::Dump;
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {

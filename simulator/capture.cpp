@@ -54,7 +54,7 @@ bool Capture::findTrigger(bool force)
         store(!m_core.isDynamic);
         return true;
     }
-    SampleTable const& samples = *m_stimulus.samples;
+    Dump::SampleTable const& samples = *m_stimulus.samples;
     while (m_stimulus.next < samples.rowCount()) {
         bool const isLooking = m_window > 0 || !m_setup.holdsOff || m_count >= m_setup.lead;
         bool const fires = m_trigger.sample(samples.row(m_stimulus.next), isLooking);

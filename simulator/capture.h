@@ -35,8 +35,8 @@ private:
 /// What the stimulus of a core holds and how far it has come.
 struct Stimulus
 {
-    SampleTable const* samples = nullptr; ///< At least one row.
-    qint64 next = 0;                      ///< The next sample; the row count: past the end.
+    Dump::SampleTable const* samples = nullptr; ///< At least one row.
+    qint64 next = 0;                            ///< The next sample; the row count: past the end.
 };
 
 /// How a capture runs, as the registers set it up.

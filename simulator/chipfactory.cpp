@@ -36,13 +36,13 @@ struct WatchedCore
 };
 
 bool samplePatterns(Bench const& bench, std::vector<WatchedCore> const& cores,
-                    SampledStimulus& stimulus, QString& error)
+                    Dump::SampledStimulus& stimulus, QString& error)
 {
     qint64 bytes = 0;
     for (WatchedCore const& core : cores)
-        bytes += bench.pattern.samples * SampleTable::wordsFor(core.signalNames.size()) * 8;
-    if (bytes > MaxTableBytes) {
-        error = QStringLiteral("the pattern takes more than %1 bytes").arg(MaxTableBytes);
+        bytes += bench.pattern.samples * Dump::SampleTable::wordsFor(core.signalNames.size()) * 8;
+    if (bytes > Dump::MaxTableBytes) {
+        error = QStringLiteral("the pattern takes more than %1 bytes").arg(Dump::MaxTableBytes);
         return false;
     }
     for (WatchedCore const& core : cores)
@@ -51,13 +51,13 @@ bool samplePatterns(Bench const& bench, std::vector<WatchedCore> const& cores,
 }
 
 bool sampleStimulus(Bench const& bench, std::vector<WatchedCore> const& cores,
-                    SampledStimulus& stimulus, QString& error)
+                    Dump::SampledStimulus& stimulus, QString& error)
 {
     if (bench.vcd.isEmpty())
         return samplePatterns(bench, cores, stimulus, error);
-    std::vector<SampleRequest> requests;
+    std::vector<Dump::SampleRequest> requests;
     for (WatchedCore const& core : cores) {
-        SampleRequest request;
+        Dump::SampleRequest request;
         for (QString const& name : core.signalNames)
             request.signalNames.append(dumpName(bench, name));
         request.clock = bench.clock.isEmpty() ? dumpName(bench, core.sampleClock) : bench.clock;
@@ -67,13 +67,13 @@ bool sampleStimulus(Bench const& bench, std::vector<WatchedCore> const& cores,
         }
         requests.push_back(request);
     }
-    return sampleVcdFile(bench.vcd, requests, stimulus, error);
+    return Dump::sampleVcdFile(bench.vcd, requests, stimulus, error);
 }
 
 std::unique_ptr<Chip> buildLiteChip(Bench const& bench, QString& warning, QString& error)
 {
     BuiltLiteCore core;
-    SampledStimulus stimulus;
+    Dump::SampledStimulus stimulus;
     if (!readLiteDesign(bench.design, bench.device, core, error) ||
         !sampleStimulus(bench, {{core.signalNames, core.sampleClock}}, stimulus, error))
         return nullptr;
@@ -85,7 +85,7 @@ std::unique_ptr<Chip> buildStandardChip(Bench const& bench, QString& warning, QS
 {
     std::vector<BuiltCore> cores;
     std::vector<WatchedCore> watched;
-    SampledStimulus stimulus;
+    Dump::SampledStimulus stimulus;
     if (!readStandardDesign(bench.design, cores, error))
         return nullptr;
     for (BuiltCore const& core : cores)

@@ -54,7 +54,7 @@ bool readLiteDesign(QString const& path, QString const& device, BuiltLiteCore& c
     return false;
 }
 
-LiteChip::LiteChip(BuiltLiteCore core, SampleTable samples)
+LiteChip::LiteChip(BuiltLiteCore core, Dump::SampleTable samples)
     : m_core(std::move(core)), m_samples(std::move(samples))
 {}
 

@@ -31,7 +31,7 @@ class LiteChip : public Chip
 {
 public:
     /// `samples` has at least one row, of the core's signals.
-    LiteChip(BuiltLiteCore core, SampleTable samples);
+    LiteChip(BuiltLiteCore core, Dump::SampleTable samples);
 
     void powerUp() override;
     void write(QBitArray const& word) override;
@@ -44,7 +44,7 @@ private:
     void putRecord(QBitArray& bits, qint64 at, qint64 address);
 
     BuiltLiteCore m_core;
-    SampleTable m_samples;
+    Dump::SampleTable m_samples;
     qint64 m_next = 0;   ///< Stimulus row of the next sample.
     qint64 m_first = -1; ///< Stimulus row of sample 0; -1: nothing was captured.
     bool m_initFlag = true;

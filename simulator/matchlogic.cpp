@@ -22,12 +22,12 @@ constexpr int ControlBits = 4;
 } // namespace
 
 PortWires::PortWires(BuiltPort const& port)
-    : m_width(int(port.positions.size())), m_now(std::size_t(SampleTable::wordsFor(m_width))),
+    : m_width(int(port.positions.size())), m_now(std::size_t(Dump::SampleTable::wordsFor(m_width))),
       m_before(m_now)
 {
     for (int to = 0; to < m_width; ++to) {
         int const from = port.positions[std::size_t(to)];
-        Move move{from / 64, to / 64, to % 64 - from % 64, SampleTable::bitOf(from)};
+        Move move{from / 64, to / 64, to % 64 - from % 64, Dump::SampleTable::bitOf(from)};
         bool const joins = !m_moves.empty() && m_moves.back().from == move.from &&
                            m_moves.back().to == move.to && m_moves.back().shift == move.shift;
         if (joins)

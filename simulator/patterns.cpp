@@ -11,7 +11,7 @@ void putNumber(std::vector<quint64>& row, int signalCount, quint64 value)
     for (int bit = 0; bit < std::min(signalCount, 64); ++bit) {
         int const signal = signalCount - 1 - bit;
         if (value >> bit & 1)
-            row[std::size_t(signal / 64)] |= SampleTable::bitOf(signal);
+            row[std::size_t(signal / 64)] |= Dump::SampleTable::bitOf(signal);
     }
 }
 
@@ -30,9 +30,9 @@ quint64 nextNoise(quint32& state, int count)
 
 } // namespace
 
-SampleTable samplePattern(Pattern const& pattern, int signalCount)
+Dump::SampleTable samplePattern(Pattern const& pattern, int signalCount)
 {
-    SampleTable table(signalCount);
+    Dump::SampleTable table(signalCount);
     quint32 noise = pattern.seed;
     std::vector<quint64> row(std::size_t(table.wordsPerRow()));
     for (qint64 k = 0; signalCount > 0 && k < pattern.samples; ++k) {
@@ -40,7 +40,8 @@ SampleTable samplePattern(Pattern const& pattern, int signalCount)
         if (pattern.kind == Pattern::Counter)
             putNumber(row, signalCount, quint64(k));
         else if (pattern.kind == Pattern::WalkingOne)
-            row[std::size_t(k % signalCount / 64)] |= SampleTable::bitOf(int(k % signalCount));
+            row[std::size_t(k % signalCount / 64)] |=
+                Dump::SampleTable::bitOf(int(k % signalCount));
         for (int i = 0; pattern.kind == Pattern::Lfsr && i < signalCount; i += 64)
             row[std::size_t(i / 64)] = nextNoise(noise, std::min(64, signalCount - i));
         table.append(row.data());

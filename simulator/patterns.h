@@ -23,6 +23,6 @@ struct Pattern
 /// The rows of a pattern for `signalCount` signals; an empty table for none. The noise takes one
 /// bit a signal, first signal first, from a 32-bit shift register that starts at the given
 /// value: each bit is the sum of the 1st, 2nd, 22nd and 32nd before it.
-SampleTable samplePattern(Pattern const& pattern, int signalCount);
+Dump::SampleTable samplePattern(Pattern const& pattern, int signalCount);
 
 } // namespace VEK::Simulator

@@ -16,7 +16,7 @@ constexpr int NumberBits = 4;
 
 Chip::~Chip() = default;
 
-StandardChip::StandardChip(std::vector<BuiltCore> cores, std::vector<SampleTable> samples,
+StandardChip::StandardChip(std::vector<BuiltCore> cores, std::vector<Dump::SampleTable> samples,
                            bool takesOneMore)
     : m_built(std::move(cores)), m_samples(std::move(samples))
 {

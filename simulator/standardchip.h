@@ -13,7 +13,8 @@ class StandardChip : public Chip
 {
 public:
     /// `samples[i]` belongs to `cores[i]` and has at least one row.
-    StandardChip(std::vector<BuiltCore> cores, std::vector<SampleTable> samples, bool takesOneMore);
+    StandardChip(std::vector<BuiltCore> cores, std::vector<Dump::SampleTable> samples,
+                 bool takesOneMore);
     ~StandardChip() override;
 
     void powerUp() override;
@@ -25,7 +26,7 @@ private:
     void select(QBitArray const& word);
 
     std::vector<BuiltCore> m_built;
-    std::vector<SampleTable> m_samples;
+    std::vector<Dump::SampleTable> m_samples;
     std::vector<std::unique_ptr<StandardCore>> m_cores;
     StandardCore* m_selected = nullptr; ///< Null: none, or one that is not there.
 };

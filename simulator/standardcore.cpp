@@ -27,7 +27,8 @@ constexpr quint32 BurstHead = 0xA5A5A5A5;
 
 } // namespace
 
-StandardCore::StandardCore(BuiltCore const& built, SampleTable const& samples, bool takesOneMore)
+StandardCore::StandardCore(BuiltCore const& built, Dump::SampleTable const& samples,
+                           bool takesOneMore)
     : m_built(built), m_samples(samples), m_takesOneMore(takesOneMore), m_memory(1)
 {
     powerUp();

@@ -15,7 +15,7 @@ class StandardCore
 public:
     /// The references must outlive this object. `takesOneMore`: the device takes one record more
     /// than its register says.
-    StandardCore(BuiltCore const& built, SampleTable const& samples, bool takesOneMore);
+    StandardCore(BuiltCore const& built, Dump::SampleTable const& samples, bool takesOneMore);
 
     void powerUp();
     /// An opcode, an address and what the opcode needs; words of a wrong length are dropped.
@@ -37,7 +37,7 @@ private:
     void putRecord(QBitArray& bits, qint64 at, quint64 address) const;
 
     BuiltCore const& m_built;
-    SampleTable const& m_samples;
+    Dump::SampleTable const& m_samples;
     bool m_takesOneMore;
 
     QHash<unsigned, QBitArray> m_registers; ///< What was written, by address.

@@ -5,7 +5,7 @@
 #include <QBuffer>
 #include <QtTest>
 
-using namespace VEK::Simulator;
+using namespace VEK::Dump;
 
 namespace {
 

@@ -22,7 +22,7 @@ inline QByteArray number(quint64 value, int size)
     return QByteArray::number(value, 2).rightJustified(size, '0').right(size);
 }
 
-inline QByteArrayList rowTexts(VEK::Simulator::SampleTable const& table)
+inline QByteArrayList rowTexts(VEK::Dump::SampleTable const& table)
 {
     QByteArrayList rows;
     for (qint64 k = 0; k < table.rowCount(); ++k) {
