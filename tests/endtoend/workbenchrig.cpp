@@ -1,5 +1,7 @@
 #include "workbenchrig.h"
 
+#include "model/standardfile.h"
+#include "programmer/devicecatalogue.h"
 #include "tests/support/widgettools.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/signaltreemodel.h"
@@ -12,6 +14,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QSettings>
 #include <QSpinBox>
 #include <QTabBar>
 #include <QTabWidget>
@@ -179,4 +182,51 @@ void answerButton(QString const& text)
         dialog->reject(); // the test must not wait for ever
         QFAIL(qPrintable("no button " + text));
     });
+}
+
+QString configuration(QString const& path)
+{
+    QString id;
+    QList<VEK::SxCore*> const cores = VEK::readVEKConfigFromXml(path, id, nullptr, nullptr);
+    QString const text = VEK::writeVekConfigToString(cores);
+    qDeleteAll(cores);
+    return text;
+}
+
+QString WorkbenchTest::layDemo(QString const& demo) const
+{
+    QString const file = VEK_SOURCE_ROOT "/examples/" + demo;
+    qputenv("VEK_BENCH", (file + ".json").toUtf8());
+    return write(QFileInfo(demo).fileName() + ".vek", content(file + ".vek"));
+}
+
+QString WorkbenchTest::layBench(QByteArray const& more) const
+{
+    QString const setup = layDemo("bus/bus-stall");
+    QByteArray const folder = VEK_SOURCE_ROOT "/examples/bus/";
+    qputenv("VEK_BENCH", write("bench.json", R"({"device": "TK-503", "design": ")" + folder +
+                                                 R"(bus-stall.vek", "stimulus": {"vcd": ")" +
+                                                 folder + R"(bus.vcd"}, )" + more + "}")
+                             .toUtf8());
+    return setup;
+}
+
+void WorkbenchTest::initTestCase()
+{
+    qputenv("TMPDIR", path().toUtf8());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, path());
+    QCoreApplication::setOrganizationName("vek");
+    QCoreApplication::setApplicationName("tst_workbench");
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    VEK::DeviceConfigurations::setFile(VEK_SOURCE_ROOT "/programmer/data/programmer.json");
+}
+
+void WorkbenchTest::cleanup()
+{
+    QVERIFY2(Openings::shared()->waiting.isEmpty(), "a dialog did not open");
+}
+
+void WorkbenchTest::cleanupTestCase()
+{
+    VEK::DeviceConfigurations::setFile(QString());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/tempfolder.h"
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/mainwindow.h"
 
@@ -40,3 +41,23 @@ struct Window : MainWindow
 void answerFile(QString const& path);
 void answerNumber(int value);
 void answerButton(QString const& text);
+
+/// The configuration of a file, as it would be written.
+QString configuration(QString const& path);
+
+/// A test that has its files, settings and sockets in a folder of its own.
+class WorkbenchTest : public QObject, protected TempFolder
+{
+    Q_OBJECT
+
+protected:
+    /// A demo's setup in the folder, with its bench in use.
+    QString layDemo(QString const& demo) const;
+    /// The demo that stalls, on another bench; `more` is appended to its members.
+    QString layBench(QByteArray const& more) const;
+
+private slots:
+    void initTestCase();
+    void cleanup();
+    void cleanupTestCase();
+};
