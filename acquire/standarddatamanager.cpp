@@ -204,6 +204,8 @@ void VekStandardDataManager::pollStartRegister(
 {
     reselectCore();
     send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
+    if (!m_currentCore) // the server had gone, and the run ended with the first word
+        return;
     poll(readRequest(Protocol::Oprate::ReadStartReg, m_currentCore->dataOutShiftWidth()),
          m_currentCore->forced, handler(this, onReply));
 }
@@ -212,6 +214,8 @@ void VekStandardDataManager::pollCaptureInit()
 {
     reselectCore();
     send(writeRequest(Protocol::Oprate::SelectCaptureInit, regSelectData(Register::CaptureInit)));
+    if (!m_currentCore) // the server had gone, and the run ended with the first word
+        return;
     poll(readRequest(Protocol::Oprate::ReadCaptureInit, m_currentCore->dataOutShiftWidth()),
          m_currentCore->forced, handler(this, &VekStandardDataManager::onCaptureInit));
 }

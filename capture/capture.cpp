@@ -36,7 +36,9 @@ Capture::Capture(QObject* parent) : QObject(parent)
     connect(&m_forceTimer, &QTimer::timeout, this, &Capture::onForceDue);
     connect(&m_stopTimer, &QTimer::timeout, this, &Capture::abort);
     connect(&m_lookTimer, &QTimer::timeout, this, &Capture::lookAtServer);
-    connect(JtagSession::shared(), &JtagSession::connectionLost, this, &Capture::onServerLost);
+    // queued: it may come from inside a write, in the middle of the manager's arming
+    connect(JtagSession::shared(), &JtagSession::connectionLost, this, &Capture::onServerLost,
+            Qt::QueuedConnection);
     makeLink();
 }
 
@@ -363,7 +365,7 @@ CaptureOutcome Capture::deviceOutcome(int result) const
 /// manager itself would wait for ever.
 void Capture::onServerLost()
 {
-    if (m_phase != Phase::Running || !m_results.isEmpty())
+    if (m_phase != Phase::Running || !m_results.isEmpty() || m_link->isConnected())
         return;
     qint64 const unread = m_link->unreadBytes();
     m_idleRounds = unread < m_unread ? 0 : m_idleRounds + 1;

@@ -208,6 +208,13 @@ void ServerLink::onConnected()
     emit opened();
 }
 
+bool ServerLink::isConnected() const
+{
+    if (m_remote)
+        return m_remote->state() == QAbstractSocket::ConnectedState;
+    return m_local && m_local->state() == QLocalSocket::ConnectedState;
+}
+
 qint64 ServerLink::unreadBytes() const
 {
     if (m_remote)

@@ -33,6 +33,7 @@ public:
     void close();
 
     bool isOpen() const { return bool(m_hold); }
+    bool isConnected() const;
 
     /// Whether the server has said anything at all.
     bool hasAnswered() const { return m_hasAnswered; }
