@@ -37,12 +37,6 @@ QString goldenExport(QDomElement const& choice, QDomElement const& window)
     return text.replace(date, "DATE\n");
 }
 
-QByteArray contents(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /// What follows the definitions, with step 2 and without a trigger.
 QString dump(QString const& signalElements)
 {
@@ -81,71 +75,67 @@ class TestExports : public QObject
     Q_OBJECT
 
 private slots:
-    void golden_data();
-    void golden() { compareTexts(); }
-    void dumpsOfManySamples();
-    void codes();
-    void badPaths();
-};
-
-/// Each folder of `golden` holds a window in its `case.xml`, and the files expected of it.
-void TestExports::golden_data()
-{
-    addTextColumns();
-    QDir const cases(QStringLiteral(VEK_SOURCE_ROOT "/tests/results/golden"));
-    for (QFileInfo const& folder : cases.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QDomDocument document;
-        QVERIFY(document.setContent(contents(folder.filePath() + "/case.xml")));
-        QDomElement const window = document.documentElement().firstChildElement("Window");
-        QDomElement choice = document.documentElement().firstChildElement();
-        for (int i = 1; choice != window; choice = choice.nextSiblingElement(), ++i) {
-            QString const file = choice.attribute("expected");
-            row(qPrintable(QString("%1 %2 %3").arg(folder.fileName()).arg(i).arg(file)),
-                goldenExport(choice, window), contents(folder.filePath() + '/' + file));
+    /// Each folder of `golden` holds a window in its `case.xml`, and the files expected of it.
+    void golden_data()
+    {
+        addTextColumns();
+        QDir const cases(QStringLiteral(VEK_SOURCE_ROOT "/tests/results/golden"));
+        for (QFileInfo const& folder : cases.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QDomDocument document;
+            QVERIFY(document.setContent(TempFolder::content(folder.filePath() + "/case.xml")));
+            QDomElement const window = document.documentElement().firstChildElement("Window");
+            QDomElement choice = document.documentElement().firstChildElement();
+            for (int i = 1; choice != window; choice = choice.nextSiblingElement(), ++i) {
+                QString const file = choice.attribute("expected");
+                row(qPrintable(QString("%1 %2 %3").arg(folder.fileName()).arg(i).arg(file)),
+                    goldenExport(choice, window),
+                    TempFolder::content(folder.filePath() + '/' + file));
+            }
         }
     }
-}
 
-/// The export looks at samples in blocks: changes within, at and across the borders.
-void TestExports::dumpsOfManySamples()
-{
-    std::mt19937 random{1};
-    for (int round = 0; round < 40; ++round) {
-        QString samples(130, '0');
-        for (int at : {0, 62, 64, 127, 129})
-            samples[round ? int(random() % 130) : at] = round % 2 ? 'x' : '1';
-        QStringList const columns{samples, samples + "1010", samples.left(128)};
-        QString signalElements;
-        for (QString const& column : columns)
-            signalElements += signalXml("0", "s", "", column);
-        QCOMPARE(dump(signalElements), plainDump(columns));
+    void golden() { compareTexts(); }
+    /// The export looks at samples in blocks: changes within, at and across the borders.
+    void dumpsOfManySamples()
+    {
+        std::mt19937 random{1};
+        for (int round = 0; round < 40; ++round) {
+            QString samples(130, '0');
+            for (int at : {0, 62, 64, 127, 129})
+                samples[round ? int(random() % 130) : at] = round % 2 ? 'x' : '1';
+            QStringList const columns{samples, samples + "1010", samples.left(128)};
+            QString signalElements;
+            for (QString const& column : columns)
+                signalElements += signalXml("0", "s", "", column);
+            QCOMPARE(dump(signalElements), plainDump(columns));
+        }
     }
-}
 
-void TestExports::codes()
-{
-    QMap<int, QString> const codes{{0, "!"},    {1, "\""},    {93, "~"},
-                                   {94, "\"!"}, {95, "\"\""}, {187, "\"~"},
-                                   {188, "#!"}, {8835, "~~"}, {8836, "\x7f!"}};
-    for (int value : codes.keys())
-        QCOMPARE(VCD::vcdIDForSignalAtIndex(value), codes[value]);
+    void codes()
+    {
+        QMap<int, QString> const codes{{0, "!"},    {1, "\""},    {93, "~"},
+                                       {94, "\"!"}, {95, "\"\""}, {187, "\"~"},
+                                       {188, "#!"}, {8835, "~~"}, {8836, "\x7f!"}};
+        for (int value : codes.keys())
+            QCOMPARE(VCD::vcdIDForSignalAtIndex(value), codes[value]);
 
-    for (int count : {93, 94, 95}) {
-        QString const text = dump(signalXml("0", "s", "", QString(100, '1')).repeated(count));
-        QVERIFY(text.contains("X" + codes[count] + "\n$end\n#1\n"));
-        QVERIFY(text.contains("\n1" + codes[count] + "\n#2\n1!\n\n#3\n0!\n#4\n"));
+        for (int count : {93, 94, 95}) {
+            QString const text = dump(signalXml("0", "s", "", QString(100, '1')).repeated(count));
+            QVERIFY(text.contains("X" + codes[count] + "\n$end\n#1\n"));
+            QVERIFY(text.contains("\n1" + codes[count] + "\n#2\n1!\n\n#3\n0!\n#4\n"));
+        }
     }
-}
 
-void TestExports::badPaths()
-{
-    Window const window("");
-    for (QString const& path : BadPaths) {
-        QVERIFY(!exportPRN(path, "us", 1, window.element, 0));
-        QVERIFY(!exportPRN(path, "us", 1, window.element, QList<int>{0}));
-        QVERIFY(!exportVCD(path, "m", "c", true, "us", 1, 0, window.element));
+    void badPaths()
+    {
+        Window const window("");
+        for (QString const& path : BadPaths) {
+            QVERIFY(!exportPRN(path, "us", 1, window.element, 0));
+            QVERIFY(!exportPRN(path, "us", 1, window.element, QList<int>{0}));
+            QVERIFY(!exportVCD(path, "m", "c", true, "us", 1, 0, window.element));
+        }
     }
-}
+};
 
 QTEST_GUILESS_MAIN(TestExports)
 #include "tst_exports.moc"

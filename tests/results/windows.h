@@ -1,10 +1,11 @@
 #pragma once
 
+#include "tests/support/tempfolder.h"
+
 #include <QDomDocument>
 #include <QFile>
 #include <QString>
 #include <QStringList>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <random>
@@ -61,11 +62,9 @@ inline QString randomSamples(std::mt19937& random, int count)
 template <typename Export>
 QString exported(Export write)
 {
-    QTemporaryDir const folder;
-    QFile file(folder.filePath(QStringLiteral("out")));
-    if (!file.open(QIODevice::ReadWrite) || !file.resize(1000000) || !write(file.fileName()))
-        return QStringLiteral("not written");
-    return QString::fromUtf8(file.readAll());
+    TempFolder const folder;
+    QString const path = folder.write("out", QByteArray(1000000, '\0'));
+    return write(path) ? QString::fromUtf8(TempFolder::content(path)) : "not written";
 }
 
 /// Rows of a test that compares two texts: `row` adds one, and `compareTexts` is the test itself.
