@@ -1,66 +1,8 @@
-#include "acquire/litedatamanager.h"
-#include "acquire/standarddatamanager.h"
-#include "model/litefile.h"
-#include "model/standardfile.h"
-
-#include "requests.h"
-
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
+#include "dialogue.h"
 
 using namespace VEK;
 
 namespace {
-
-/// A chip that answers in order when it is told to. Each core fires at the poll of its number, and
-/// has its initial data there once.
-struct Chip : ScriptedServer
-{
-    Chip()
-    {
-        onRequest = [this](CmdPack const& pack) {
-            QString const word = bit2str(pack.value("DATA").toBitArray());
-            if (word.size() == 5)
-                core = word.midRef(1).toInt(nullptr, 2);
-            if (pack.contains("data_request_id"))
-                owed.append(pack);
-        };
-    }
-
-    void answer()
-    {
-        CmdPack const request = owed.takeFirst();
-        int const size = request.value("SIZE").toInt();
-        bool const isFlag = request.value("OPRATE") == "OP_READ_CAPTURE_INIT";
-        if (request.value("OPRATE") == "READ_RAM")
-            answerSection(request, number(sections++ % 64, 6).leftJustified(size, '1'));
-        else if (isFlag ? flags++ > 0 : ++polls[core] >= firesAt.value(core, 1))
-            replyData(request, QString(size, '0'));
-        else
-            replyData(request, QString(size, '1'));
-    }
-
-    void answerAll()
-    {
-        while (!owed.isEmpty())
-            answer();
-    }
-
-    QList<CmdPack> owed;
-    QMap<int, int> firesAt, polls;
-    int core = 0, flags = 0, sections = 0;
-};
-
-QString const Stop =
-    "CMD='WRITE' DATA=010010000000000000000" + QString(16, '0') + " OPRATE='WRITE_START_REG'";
-
-QString select(int core)
-{
-    return "CMD='WRITE' DATA=1" + number(core, 4) + " OPRATE='WRITE_REGISTOR'";
-}
 
 QStringList withoutPolls(QStringList const& lines)
 {
@@ -68,53 +10,20 @@ QStringList withoutPolls(QStringList const& lines)
         QRegularExpression("^(?!.*(DATA=0110100000000000000|_START_REG' SIZE|_CAPTURE_INIT))"));
 }
 
-template <typename Core>
-Core* makeCore(Core* core, int amount)
-{
-    SignalItem item;
-    item.name = "s";
-    item.captureEnable = true;
-    core->allSignalList = {item, item};
-    core->captureAmount = amount;
-    return core;
-}
-
 } // namespace
 
-class TestPacing : public QObject
+class TestPacing : public Dialogue
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_chip.reset(new Chip);
-        m_manager.reset(new VekStandardDataManager);
-        m_lite.reset(new VekLiteDataManager);
-        m_news.clear();
-        m_samples.clear();
-        listen(m_manager.get());
-        listen(m_lite.get());
-        connect(m_manager.get(), &VekStandardDataManager::readRamComplete, this,
-                [this](int core, int window) {
-                    m_news << QString("read %1.%2").arg(core).arg(window);
-                    m_samples += m_manager->getCurrentData(window);
-                });
-        connect(m_lite.get(), &VekLiteDataManager::readRamComplete, this,
-                [this] { m_samples += m_lite->getCurrentData(); });
-    }
-
-    void cleanup()
-    {
-        m_lite.reset();
-        m_manager.reset();
-        m_chip.reset();
-    }
+    void init() { begin(); }
+    void cleanup() { end(); }
 
     /// Two cores, one with initial data, and a lite one: the same words and the same samples.
     void asksAsWithTheRequiredTimes()
     {
-        QList<QPair<QStringList, QList<QBitArray>>> runs; // what was asked, and the samples
+        QList<QPair<QStringList, QStringList>> runs; // what was asked, and the samples
         for (Pacing pacing : {Pacing::Timed, Pacing::ByReplies}) {
             cleanup(), init();
             load(2, 1300, 3, pacing);
@@ -126,8 +35,8 @@ private slots:
             m_chip->flags = 0;
             m_lite->startDataTrigger(0);
             runToTheEnd();
-            QCOMPARE(m_samples.size(), 69);
-            runs.append({withoutPolls(m_chip->takeLines()), m_samples});
+            QCOMPARE(m_reads.join(' ').count(':'), 69);
+            runs.append({withoutPolls(m_chip->takeLines()), m_reads});
         }
         QCOMPARE(runs.at(1).first, runs.at(0).first);
         QCOMPARE(runs.at(1).second, runs.at(0).second);
@@ -183,7 +92,7 @@ private slots:
                 ScriptedServer::reply(open, {{"RES", -1}});
             m_chip->answerAll();
             QCOMPARE(m_news.filter("end"), ends[how]);
-            QCOMPARE(m_chip->takeLines(), ends[how].isEmpty() ? QStringList() : QStringList{Close});
+            QCOMPARE(m_chip->takeLines(), ends[how].isEmpty() ? QStringList() : asked("close"));
         }
     }
 
@@ -215,8 +124,8 @@ private slots:
         QCOMPARE(m_news, (QStringList{"stopped 0", "fired 1", "section", "read 1.0", "stopped 2",
                                       "end 0"}));
         QStringList const words = withoutPolls(m_chip->takeLines());
-        QCOMPARE(words.mid(0, 3), (QStringList{select(0), Stop, select(1)}));
-        QCOMPARE(words.mid(5), (QStringList{select(2), select(2), Stop, Close}));
+        QCOMPARE(words.mid(0, 3), asked("core 0, start 0, core 1"));
+        QCOMPARE(words.mid(5), asked("core 2, core 2, start 0, close"));
         m_news.clear(); // a lite core
         m_lite->startDataTrigger(0);
         m_chip->answer();
@@ -238,9 +147,9 @@ private slots:
         QCOMPARE(m_manager->status(), AnalyzerReading);
         m_chip->packs.clear();
         m_manager->stopCore(m_manager->getCore(2)); // the read of the other one goes on
-        QCOMPARE(m_chip->takeLines(), (QStringList{select(2), Stop, select(1)}));
+        QCOMPARE(m_chip->takeLines(), asked("core 2, start 0, core 1"));
         runToTheEnd();
-        QVERIFY(m_samples.size() == 10 && !m_news.contains("fired 0"));
+        QVERIFY(m_reads.first().count(':') == 10 && !m_news.contains("fired 0"));
     }
 
     /// A core had fired if a poll says so that was on its way at the force. A read is not
@@ -266,7 +175,7 @@ private slots:
         m_chip->answer();
         for (int i = 0; i < 30; ++i) {
             if (i == 4 || i == 29)
-                answerSection(m_chip->owed.takeFirst(), "1"); // too short
+                ScriptedServer::replyData(m_chip->owed.takeFirst(), "1"); // too short
             else if (i == 12 || i == 23)
                 m_chip->owed.removeFirst(); // lost
             else
@@ -286,50 +195,25 @@ private slots:
         m_chip->packs.clear();
         m_news.clear();
         QVERIFY(m_manager->stopGracefully());
-        QCOMPARE(m_chip->takeLines(), QStringList({select(1), Stop, select(2), Stop}) +
-                                          askStart(16) + QStringList{Close});
+        QCOMPARE(m_chip->takeLines(), asked("core 1, start 0, core 2, start 0, poll, close"));
         m_chip->answerAll(); // sections that were on their way too
         QCOMPARE(m_news, (QStringList{"taken", "end 0"}));
     }
 
 private:
-    /// Notes what a manager tells, in words.
-    void listen(DataManager* manager)
-    {
-        auto const note = [this](char const* word) {
-            return [this, word](int core) { m_news << QString("%1 %2").arg(word).arg(core); };
-        };
-        connect(manager, &DataManager::coreArmed, this, note("armed"));
-        connect(manager, &DataManager::coreStopped, this, note("stopped"));
-        connect(manager, &DataManager::triggerComplete, this, note("end"));
-        connect(manager, &DataManager::stopTaken, this, [this] { m_news << "taken"; });
-        connect(manager, &DataManager::coreFired, this, [this](int core, bool forced) {
-            m_news << QString("fired %1").arg(core) + (forced ? " forced" : "");
-        });
-        connect(manager, &DataManager::windowIncomplete, this, [this](int core, int window) {
-            m_news << QString("incomplete %1.%2").arg(core).arg(window);
-        });
-        connect(manager, &DataManager::readProgress, this, [this] { m_news << "section"; });
-    }
-
+    /// Standard cores and a lite one.
     void load(int count, int amount, int windows, Pacing pacing = Pacing::ByReplies)
     {
         QList<SxCore*> cores;
         for (int i = 0; i < count; ++i) {
-            cores << makeCore(new SxCore(i), amount);
+            cores << captured(new SxCore(i), 2, amount);
             cores.last()->storageDepth = 65536;
             cores.last()->windowNum = windows;
         }
-        SXCore_Lite liteCore;
-        QTemporaryDir folder;
-        QString const path = folder.filePath("cores.vek");
-        QString error;
-        QVERIFY(writeVEKConfigToXml(cores, path) && m_manager->readVekFile(path, error));
-        QVERIFY(writeVEKConfigToXml_Lite({makeCore(&liteCore, 1100)}, path));
-        QVERIFY(m_lite->readVekFile(path, error));
+        Dialogue::load(cores);
         qDeleteAll(cores);
-        m_manager->setTiming(0, 0);
-        m_lite->setTiming(0, 0);
+        SXCore_Lite lite;
+        Dialogue::load(captured(&lite, 2, 1100));
         m_manager->setPacing(pacing);
         m_lite->setPacing(pacing);
     }
@@ -342,12 +226,6 @@ private:
     }
 
     void runToTheEnd() { QTRY_VERIFY((m_chip->answerAll(), m_news.contains("end 0"))); }
-
-    std::unique_ptr<Chip> m_chip;
-    std::unique_ptr<VekStandardDataManager> m_manager;
-    std::unique_ptr<VekLiteDataManager> m_lite;
-    QStringList m_news;
-    QList<QBitArray> m_samples;
 };
 
 QTEST_GUILESS_MAIN(TestPacing)
