@@ -94,50 +94,30 @@ private slots:
         }
     }
 
-    void cutAndJoinedFrames()
-    {
-        QByteArray const stream = framed(Body) + frameFromPack({}) + framed(Body);
-        for (int chunk : {1, 3, stream.size()}) {
-            Device device("");
-            QList<CmdPack> found;
-            for (int at = 0; at < stream.size(); at += chunk) {
-                device.buffer() += stream.mid(at, chunk);
-                while (device.take() == FrameState::Complete)
-                    found += device.pack;
-            }
-            QCOMPARE(found, (QList<CmdPack>{Message, {}, Message}));
-        }
-    }
-
-    void brokenBody_data()
-    {
-        QTest::addColumn<QByteArray>("body");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("huge count") << hex("fffffff0");
-        QTest::newRow("fewer entries than told") << hex("00000006") + Body.mid(4);
-        auto const value = [](char const* name, QByteArray const& bytes) {
-            QTest::newRow(name) << hex("00000001 00000002 0041") + bytes;
-        };
-        value("no value", "");
-        value("huge list", hex("00000009 00 fffffff0"));
-        value("huge bit array", hex("0000000d 00 fffffff0"));
-        value("more bits than bytes", hex("0000000d 00 00000011 ffff"));
-        value("huge string", hex("0000000a 00 fffffff0"));
-        value("odd string", hex("0000000a 00 00000003 000000"));
-        value("unknown type", hex("00000309 00 00000000"));
-        value("deep lists", hex("00000009 00 00000001").repeated(100000));
-    }
-
     /// As a frame it is consumed whole, and the next one is found behind it.
-    void brokenBody()
+    void brokenBodies()
     {
-        QFETCH(QByteArray, body);
-        CmdPack pack{{"old", 1}};
-        QVERIFY(!packFromBody(body, pack) && pack.isEmpty());
-        Device device(framed(body) + framed(Body));
-        QCOMPARE(device.take(), FrameState::Malformed);
-        QCOMPARE(device.take(), FrameState::Complete);
-        QCOMPARE(device.pack, Message);
+        QByteArray const entry = hex("00000001 00000002 0041");
+        QMap<char const*, QByteArray> const bodies{
+            {"empty", ""},
+            {"huge count", hex("fffffff0")},
+            {"fewer entries than told", hex("00000006") + Body.mid(4)},
+            {"no value", entry},
+            {"huge list", entry + hex("00000009 00 fffffff0")},
+            {"huge bit array", entry + hex("0000000d 00 fffffff0")},
+            {"more bits than bytes", entry + hex("0000000d 00 00000011 ffff")},
+            {"huge string", entry + hex("0000000a 00 fffffff0")},
+            {"odd string", entry + hex("0000000a 00 00000003 000000")},
+            {"unknown type", entry + hex("00000309 00 00000000")},
+            {"deep lists", entry + hex("00000009 00 00000001").repeated(100000)}};
+        for (char const* name : bodies.keys()) {
+            CmdPack pack{{"old", 1}};
+            QVERIFY2(!packFromBody(bodies[name], pack) && pack.isEmpty(), name);
+            Device device(framed(bodies[name]) + framed(Body));
+            QVERIFY2(device.take() == FrameState::Malformed, name);
+            QVERIFY2(device.take() == FrameState::Complete, name);
+            QCOMPARE(device.pack, Message);
+        }
     }
 
     /// Nothing is kept of what can never become a frame.

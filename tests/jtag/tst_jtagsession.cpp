@@ -1,9 +1,9 @@
 #include "jtag/frame.h"
 #include "jtag/jtagsession.h"
 #include "model/alert.h"
+#include "tests/support/tempfolder.h"
 
 #include <QLocalServer>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
@@ -40,38 +40,10 @@ private slots:
         session->setWorkerMode(true);
     }
 
-    void ids_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::newRow("tasks") << RequestId;
-        QTest::newRow("data tasks") << DataId;
-    }
-
     void ids()
     {
-        QFETCH(QString, key);
-        auto const start = [&] {
-            if (key == RequestId)
-                session->createTask({}, note());
-            else
-                session->createDataTask({}, [](CmdPack const&, bool* done) { *done = true; });
-            return sent.value(key);
-        };
-        // Requests with the ids that they get, and replies, also to ids that nobody holds.
-        for (QString const& step : QString("+0 +1 +2 -1 +1 -2 -0 -0 -9 +0 +2 +3").split(' ')) {
-            unsigned const id = step.mid(1).toUInt();
-            if (step[0] == '+')
-                QCOMPARE(start(), QVariant(id));
-            else
-                session->dataReturned(answer(key, id));
-        }
-        session->createTask({{}, {{"WORD", 1}}}, {});
-        QCOMPARE(sent, (CmdPack{{"WORD", 1}})); // fire-and-forget carries no id
-        session->cancelAll();
-        words.clear();
-        session->dataReturned(answer(key, 0)); // a late reply
-        QCOMPARE(start(), QVariant(0u));
-        QVERIFY(words.isEmpty());
+        ids(RequestId);
+        ids(DataId);
     }
 
     void routing()
@@ -113,34 +85,32 @@ private slots:
         QCOMPARE(words, (QList<int>{1, 2, 3, 4}));
     }
 
-    void connectServer_data()
-    {
-        QTest::addColumn<int>("selected"); // place in the list, -1 for none
-        QTest::newRow("") << -1;
-        QTest::newRow("Parallel Port(LPT)") << 0;
-        QTest::newRow("Kavro USB Cable(FT2CH)") << 1;
-        QTest::newRow("Kavro USB Cable(WINUSB)") << 1;
-        QTest::newRow("Kavro USB Cable(TR7QZ)") << 1; // before its own name
-    }
-
     void connectServer()
     {
-        QFETCH(int, selected);
+        QMap<QString, int> const places{{"", -1}, // none
+                                        {"Parallel Port(LPT)", 0},
+                                        {"Kavro USB Cable(FT2CH)", 1},
+                                        {"Kavro USB Cable(WINUSB)", 1},
+                                        {"Kavro USB Cable(TR7QZ)", 1}}; // before its own name
         JtagClient before, clients[3]; // never connected: packs are dropped, callbacks wait
-        session->setSession({"Parallel Port(LPT)", "", 0, CableLPT, 0}, &clients[0]);
-        session->setSession({"Kavro USB Cable(FT2CH)", "", 0, CableFT2CH, 1}, &clients[1]);
-        session->setSession({"Kavro USB Cable(TR7QZ)", "", 0, CableTR7QZ, 0}, &clients[2]);
-        session->switchSession({{}, &before});
-        session->setWorkerMode(false);
-        QCOMPARE(session->serverList().value(1).second, 3);
-        QCOMPARE(session->connectServer(QTest::currentDataTag()), selected >= 0);
-        for (int i = -1; i < 3; ++i) {
-            session->createTask({}, note());
-            emit(i < 0 ? before : clients[i]).cmdReceived(answer(RequestId, 0, i));
-            session->disconnectServer(); // forgets callbacks; the current client stays
+        for (QString const& name : places.keys()) {
+            words.clear();
+            session->setWorkerMode(true);
+            session->setSession({"Parallel Port(LPT)", "", 0, CableLPT, 0}, &clients[0]);
+            session->setSession({"Kavro USB Cable(FT2CH)", "", 0, CableFT2CH, 1}, &clients[1]);
+            session->setSession({"Kavro USB Cable(TR7QZ)", "", 0, CableTR7QZ, 0}, &clients[2]);
+            session->switchSession({{}, &before});
+            session->setWorkerMode(false);
+            QCOMPARE(session->serverList().value(1).second, 3);
+            QCOMPARE(session->connectServer(name), places[name] >= 0);
+            for (int i = -1; i < 3; ++i) {
+                session->createTask({}, note());
+                emit(i < 0 ? before : clients[i]).cmdReceived(answer(RequestId, 0, i));
+                session->disconnectServer(); // forgets callbacks; the current client stays
+            }
+            QCOMPARE(words, QList<int>{places[name]});
+            QVERIFY(!session->hasConnections());
         }
-        QCOMPARE(words, QList<int>{selected});
-        QVERIFY(!session->hasConnections());
         session->switchSession({});
     }
 
@@ -169,9 +139,9 @@ private slots:
 
     void frames()
     {
-        QTemporaryDir dir("/tmp/vs-XXXXXX");
+        TempFolder const folder;
         QLocalServer server;
-        QVERIFY(server.listen(dir.filePath("s")));
+        QVERIFY(server.listen(folder.path("s")));
         JtagClient client;
         client.connectToServer(server.fullServerName());
         QVERIFY(client.waitForConnected(1000) && server.waitForNewConnection(1000));
@@ -195,7 +165,10 @@ private slots:
             }
         });
         QByteArray const nonsense("\0\0\0\1x", 5);
-        send(frame(0) + nonsense + frame(1) + nonsense + frame(2));
+        for (char byte : frame(0)) // in pieces
+            send(QByteArray(1, byte));
+        QTRY_COMPARE(words, QList<int>{0});
+        send(nonsense + frame(1) + nonsense + frame(2));
         QTRY_COMPARE(words, (QList<int>{0, 1, 2, 3}));
         send(frame(4) + frame(5).chopped(1)); // a last frame counts, but no part of one
         peer->close();
@@ -205,6 +178,32 @@ private slots:
     }
 
 private:
+    void ids(QString const& key)
+    {
+        auto const start = [&] {
+            if (key == RequestId)
+                session->createTask({}, note());
+            else
+                session->createDataTask({}, [](CmdPack const&, bool* done) { *done = true; });
+            return sent.value(key);
+        };
+        // Requests with the ids that they get, and replies, also to ids that nobody holds.
+        for (QString const& step : QString("+0 +1 +2 -1 +1 -2 -0 -0 -9 +0 +2 +3").split(' ')) {
+            unsigned const id = step.mid(1).toUInt();
+            if (step[0] == '+')
+                QCOMPARE(start(), QVariant(id));
+            else
+                session->dataReturned(answer(key, id));
+        }
+        session->createTask({{}, {{"WORD", 1}}}, {});
+        QCOMPARE(sent, (CmdPack{{"WORD", 1}})); // fire-and-forget carries no id
+        session->cancelAll();
+        words.clear();
+        session->dataReturned(answer(key, 0)); // a late reply
+        QCOMPARE(start(), QVariant(0u));
+        QVERIFY(words.isEmpty());
+    }
+
     /// A callback that notes the word of its reply.
     TaskCallback note()
     {

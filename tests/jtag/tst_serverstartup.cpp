@@ -1,12 +1,12 @@
 #include "jtag/jtagsession.h"
 #include "jtag/serverstartup.h"
 #include "model/alert.h"
+#include "tests/support/tempfolder.h"
 
 #include <QDir>
 #include <QLocalServer>
 #include <QProcess>
 #include <QTcpServer>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
@@ -52,8 +52,8 @@ private slots:
         QCOMPARE(lines(session->initLocalServerList()), expected);
         QCOMPARE(session->serverMap().last()->arguments(), QStringList{"-local"});
 
-        QTemporaryDir tmp("/tmp/vj-XXXXXX");
-        qputenv("TMPDIR", tmp.path().toLocal8Bit());
+        TempFolder const folder;
+        qputenv("TMPDIR", folder.path().toLocal8Bit());
         QLocalServer listening;
         QVERIFY(listening.listen("vek1")); // the other one never does, and is stopped
         QVERIFY(session->connectLocalServer());
