@@ -164,6 +164,14 @@ void DataManager::stopDataTrigger()
         emit triggerComplete(0);
 }
 
+void DataManager::confirmStop(int width, ReplyHandler const& onTaken)
+{
+    send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
+    ask(
+        readRequest(Protocol::Oprate::ReadStartReg, width),
+        onTaken ? onTaken : [](CmdPack const&, bool* finished) { *finished = true; });
+}
+
 bool DataManager::stopGracefully()
 {
     if (m_status == AnalyzerIdle)
@@ -172,17 +180,15 @@ bool DataManager::stopGracefully()
     int const width = stopArmedCores();
     QPointer<DataManager> const self(this);
     if (width > 0) {
-        send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
-        ask(readRequest(Protocol::Oprate::ReadStartReg, width),
-            [self](CmdPack const&, bool* finished) {
-                *finished = true;
-                if (!self || !std::exchange(self->m_isStopAwaited, false) ||
-                    self->m_status != AnalyzerIdle) // another run is on already
-                    return;
-                emit self->stopTaken();
-                if (self)
-                    emit self->triggerComplete(0);
-            });
+        confirmStop(width, [self](CmdPack const&, bool* finished) {
+            *finished = true;
+            if (!self || !std::exchange(self->m_isStopAwaited, false) ||
+                self->m_status != AnalyzerIdle) // another run is on already
+                return;
+            emit self->stopTaken();
+            if (self)
+                emit self->triggerComplete(0);
+        });
     }
     send({{Protocol::Key::Cmd, Protocol::Cmd::Close}});
     if (!resetRun())

@@ -74,7 +74,8 @@ public:
 
     /// The time for triggering is over: each core that is armed gets one more poll, which begins
     /// after this call, and is read if that says that it has fired, else stopped alone. A read that
-    /// is on goes on. The run ends as ever, with `triggerComplete(0)`.
+    /// is on goes on. The run ends as ever, with `triggerComplete(0)`. Paced by replies, the
+    /// session may then still be owed one to each stop, which shows that it was taken.
     void finishWaiting();
 
     /// Why the device is not as it should be, in the server's words, for a host to show: of the
@@ -208,6 +209,10 @@ protected:
     void forgetPolls() { ++m_round; }
     /// Stops the polled core alone, and moves the run on.
     virtual void stopPolledCore() = 0;
+
+    /// Behind the stop of a core whose start register has `width` bits: reads that register, so
+    /// that the reply shows that the stop was taken. `onTaken` may be null.
+    static void confirmStop(int width, ReplyHandler const& onTaken);
 
     /// Writes the stop to all cores that are armed. The width of the start register of the one that
     /// the chain is left at, 0 for none.

@@ -253,6 +253,8 @@ void VekLiteDataManager::writeStartRegister(unsigned int value)
 void VekLiteDataManager::stopPolledCore()
 {
     stopArmedCores();
+    if (pacing() == Pacing::ByReplies)
+        confirmStop(width(), nullptr);
     QPointer<VekLiteDataManager> const self(this);
     emit coreStopped(0);
     if (self && status() != AnalyzerIdle)

@@ -43,6 +43,8 @@ void VekStandardDataManager::stopCore(SxCore* core)
     if (status() == AnalyzerIdle || !core || core->status != CoreArmed)
         return;
     writeStop(*core);
+    if (pacing() == Pacing::ByReplies)
+        confirmStop(core->dataOutShiftWidth(), nullptr);
     m_isSelectionLost = true;
     bool const wasPolled = core == m_currentCore;
     if (status() == AnalyzerReading) {

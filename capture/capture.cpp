@@ -16,6 +16,7 @@ namespace VEK {
 namespace {
 
 constexpr int StopPatience = 1000; ///< ms, for the chip to say that it was stopped.
+constexpr int StopLook = 5;        ///< ms between two looks for that.
 constexpr int IdleRounds = 4;
 constexpr int WriteTime = 2; ///< ms that a word takes a slow server.
 
@@ -150,6 +151,7 @@ void Capture::run(CaptureSettings const& settings)
     m_results.clear();
     m_unread = 0;
     m_idleRounds = 0;
+    m_sinceEnd.invalidate();
     setPhase(Phase::Starting);
     m_link->open(settings);
 }
@@ -330,10 +332,18 @@ void Capture::onComplete(int result)
     m_results << result;
 }
 
+/// Cores that were stopped alone are known to be so once all replies are there.
 void Capture::finishRun()
 {
     if (m_phase != Phase::Running || m_results.isEmpty())
         return;
+    bool const isStopOwed = !m_stopped.isEmpty() && JtagSession::shared()->replyDebt().replies > 0;
+    if (isStopOwed && !m_sinceEnd.isValid())
+        m_sinceEnd.start();
+    if (isStopOwed && !m_sinceEnd.hasExpired(StopPatience)) {
+        QTimer::singleShot(StopLook, this, &Capture::finishRun);
+        return;
+    }
     int const result = m_results.last();
     if (result != Protocol::Result::Ok) {
         m_outcome = deviceOutcome(result);

@@ -140,6 +140,7 @@ private:
     QTimer m_stopTimer;
     QTimer m_lookTimer;
     QElapsedTimer m_sinceLook;
+    QElapsedTimer m_sinceEnd; ///< Of the manager's run, while the server is to confirm stops.
 };
 
 } // namespace VEK

@@ -120,7 +120,7 @@ private slots:
         m_chip->packs.clear();
         m_news.clear();
         runToTheEnd();
-        QCOMPARE(m_chip->polls.values(), (QList<int>{2, 1, 1}));
+        QCOMPARE(m_chip->polls.values(), (QList<int>{3, 1, 2}));
         QCOMPARE(m_news, (QStringList{"stopped 0", "fired 1", "section", "read 1.0", "stopped 2",
                                       "end 0"}));
         QStringList const words = withoutPolls(m_chip->takeLines());
@@ -141,13 +141,13 @@ private slots:
         load(3, 1280, 1);
         start();
         m_manager->stopCore(m_manager->getCore(0));
-        m_chip->answer();
+        m_chip->answerAll(); // the poll, and that the stop was taken
         QTRY_VERIFY(!m_chip->owed.isEmpty());
         m_chip->answer();
         QCOMPARE(m_manager->status(), AnalyzerReading);
         m_chip->packs.clear();
         m_manager->stopCore(m_manager->getCore(2)); // the read of the other one goes on
-        QCOMPARE(m_chip->takeLines(), asked("core 2, start 0, core 1"));
+        QCOMPARE(m_chip->takeLines(), asked("core 2, start 0, poll, core 1"));
         runToTheEnd();
         QVERIFY(m_reads.first().count(':') == 10 && !m_news.contains("fired 0"));
     }

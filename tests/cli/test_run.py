@@ -128,7 +128,7 @@ def test_signal(desk, number):
 
 def test_stopped_server_and_second_signal(desk):
     desk.lay(edit=NEVER, stimulus=dict(endless=True))
-    run = desk.start("--reply-timeout", "500ms", "--progress")
+    run = desk.start("--reply-timeout", "3s", "--progress")
     until(lambda: "waiting for the trigger" in run.stderr.readline(), "an armed core")
     os.kill(desk.processes("scanbridge")[0], signal.SIGSTOP)
     assert desk.finish(run)[0] == 5
