@@ -29,9 +29,7 @@ constexpr quint32 BurstHead = 0xA5A5A5A5;
 StandardCore::StandardCore(BuiltCore const& built, Dump::SampleTable const& samples,
                            bool takesOneMore)
     : m_built(built), m_samples(samples), m_takesOneMore(takesOneMore), m_memory(1)
-{
-    powerUp();
-}
+{}
 
 void StandardCore::powerUp()
 {
