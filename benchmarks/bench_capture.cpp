@@ -82,7 +82,7 @@ Comparison reading()
     Comparison comparison;
     comparison.name = "a capture of 65,536 x 64, paced by replies";
     comparison.aim = 2;
-    comparison.slack = 0.1;
+    comparison.slack = 0.05;
     comparison.size = WideSamples;
     comparison.repetitions = 7;
     comparison.realTime = true;

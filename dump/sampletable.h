@@ -27,6 +27,8 @@ public:
     quint64 const* row(qint64 index) const { return m_data.data() + index * m_words; }
     bool bit(qint64 index, int signal) const { return row(index)[signal / 64] & bitOf(signal); }
 
+    /// Makes room for so many rows in all.
+    void reserve(qint64 rows) { m_data.reserve(std::size_t(rows * m_words)); }
     /// Appends `wordsPerRow` words.
     void append(quint64 const* row)
     {

@@ -3,6 +3,7 @@
 #include "model/bits.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace VEK::Simulator {
 
@@ -39,30 +40,58 @@ std::vector<quint64> lastPositions(QBitArray const& field, int count)
     return words;
 }
 
-void putPositions(QBitArray& bits, qint64 start, quint64 word, int count)
-{
-    if (start < 0) {
-        word = start > -64 ? word << -start : 0;
-        count = int(std::max<qint64>(0, count + start));
-        start = 0;
-    }
-    count = int(std::min<qint64>(count, bits.size() - start));
-    if (count <= 0)
-        return;
-    quint64 rest = mirrored(word & ~quint64(0) << (64 - count)); // the first position lowest
-    char* byte = storageOf(bits) + start / 8;
-    int const shift = int(start % 8);
-    *byte |= char(rest << shift);
-    for (rest >>= 8 - shift; rest; rest >>= 8)
-        *++byte |= char(rest);
-}
-
 QBitArray numberField(quint32 number, int size)
 {
     QBitArray field(size);
     for (int i = size - 1; i >= 0 && number; --i, number >>= 1)
         field.setBit(i, number & 1);
     return field;
+}
+
+BitWriter::BitWriter(QBitArray& bits, qint64 at)
+    : m_filled(at > 0 ? int(at % 8) : 0), m_dropped(std::max<qint64>(0, -at))
+{
+    m_place = storageOf(bits) + std::max<qint64>(0, at) / 8;
+}
+
+BitWriter::~BitWriter()
+{
+    quint64 const word = qToLittleEndian(m_pending);
+    std::memcpy(m_place, &word, std::size_t(m_filled + 7) / 8);
+}
+
+void BitWriter::put(quint64 word, int count)
+{
+    if (m_dropped > 0) {
+        int const dropped = int(std::min<qint64>(m_dropped, count));
+        m_dropped -= dropped;
+        count -= dropped;
+        word = count > 0 ? word << dropped : 0;
+    }
+    if (count < 1)
+        return;
+    quint64 const bits = mirrored(word) & ~quint64(0) >> (64 - count);
+    m_pending |= bits << m_filled;
+    if (m_filled + count < 64) {
+        m_filled += count;
+        return;
+    }
+    qToLittleEndian(m_pending, m_place);
+    m_place += sizeof m_pending;
+    m_pending = m_filled > 0 ? bits >> (64 - m_filled) : 0;
+    m_filled += count - 64;
+}
+
+void BitWriter::putRow(quint64 const* words, int count)
+{
+    for (; count > 0; count -= 64)
+        put(*words++, std::min(count, 64));
+}
+
+void BitWriter::fill(bool bit, int count)
+{
+    for (; count > 0; count -= 64)
+        put(bit ? ~quint64(0) : 0, std::min(count, 64));
 }
 
 } // namespace VEK::Simulator

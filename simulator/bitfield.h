@@ -21,11 +21,32 @@ quint32 registerNumber(QBitArray const& field);
 /// Zeros for what the field doesn't have, and behind the last one.
 std::vector<quint64> lastPositions(QBitArray const& field, int count);
 
-/// Sets those of `count` positions (1 to 64) from `start` on that are 1 in `word`, whose highest
-/// bit is the first of them. Positions outside the vector are passed over.
-void putPositions(QBitArray& bits, qint64 start, quint64 word, int count);
-
 /// A number as a field of `size` bits, zeros in front.
 QBitArray numberField(quint32 number, int size);
+
+/// Fills a vector from a position on, 64 bits at a time.
+class BitWriter
+{
+public:
+    /// `bits` was just made, has room for all that is put, and is complete when this object is
+    /// gone. `at` may be negative: what would lie in front of the vector is dropped.
+    BitWriter(QBitArray& bits, qint64 at);
+    ~BitWriter();
+
+    /// The `count` highest bits of a word, up to 64, the highest first.
+    void put(quint64 word, int count);
+    /// The same for a row of `count` bits.
+    void putRow(quint64 const* words, int count);
+    /// So many times the bit.
+    void fill(bool bit, int count);
+
+private:
+    Q_DISABLE_COPY(BitWriter)
+
+    char* m_place = nullptr; ///< Of the pending bits.
+    quint64 m_pending = 0;   ///< The first of them lowest, as the vector keeps them.
+    int m_filled = 0;
+    qint64 m_dropped; ///< Bits to come that lie in front of the vector.
+};
 
 } // namespace VEK::Simulator

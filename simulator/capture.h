@@ -14,19 +14,28 @@ class SampleMemory
 public:
     explicit SampleMemory(int depth) : m_records(std::size_t(depth)) {}
 
+    struct Record
+    {
+        qint64 row; ///< -1: it was never stored.
+        bool mark;
+    };
+
     /// Addresses count modulo the depth.
     void store(quint64 address, qint64 row, bool mark)
     {
-        m_records[std::size_t(address % m_records.size())] = (row + 1) * 2 + mark;
+        m_records[place(address)] = (row + 1) * 2 + mark;
     }
-    /// The row of a record, -1 for one that was never stored.
-    qint64 row(quint64 address) const { return record(address) / 2 - 1; }
-    bool mark(quint64 address) const { return record(address) & 1; }
+    Record record(quint64 address) const
+    {
+        qint64 const content = m_records[place(address)];
+        return {content / 2 - 1, bool(content & 1)};
+    }
 
 private:
-    qint64 record(quint64 address) const
+    /// Most addresses lie within the depth: a division would be most of the work.
+    std::size_t place(quint64 address) const
     {
-        return m_records[std::size_t(address % m_records.size())];
+        return std::size_t(address < m_records.size() ? address : address % m_records.size());
     }
 
     std::vector<qint64> m_records;

@@ -12,7 +12,8 @@ class Chip
 public:
     virtual ~Chip();
 
-    /// Memory, registers and tables become 0 and the stimulus goes to its first sample.
+    /// Memory, registers and tables become 0 and the stimulus goes to its first sample. Comes
+    /// before anything else.
     virtual void powerUp() = 0;
     /// Takes one word off the chain. What makes no sense is dropped.
     virtual void write(QBitArray const& word) = 0;

@@ -4,7 +4,6 @@
 #include "jtag/protocol.h"
 #include "model/capturecore.h"
 #include "model/litefile.h"
-#include "simulator/bitfield.h"
 #include "simulator/devices.h"
 #include "simulator/log.h"
 
@@ -113,30 +112,32 @@ QBitArray LiteChip::read(int size)
 QBitArray LiteChip::burst(int size)
 {
     QBitArray bits(size);
-    qint64 const count = std::max(0, size - Protocol::RamTailBits) / width();
-    if (size > 0)
-        bits.setBit(size - 1);
-    for (qint64 i = 0; i < count; ++i)
-        putRecord(bits, size - Protocol::RamTailBits - (i + 1) * width(), m_address + i);
+    if (size < Protocol::RamTailBits)
+        return bits;
+    qint64 const room = size - Protocol::RamTailBits;
+    BitWriter writer(bits, room % width());
+    for (qint64 i = room / width(); i-- > 0;)
+        putRecord(writer, m_address + i);
+    writer.fill(true, Protocol::RamTailBits);
     return bits;
 }
 
 /// Zeros beyond the amount, and for what was never captured.
-void LiteChip::putRecord(QBitArray& bits, qint64 at, qint64 address)
+void LiteChip::putRecord(BitWriter& writer, qint64 address)
 {
-    if (address >= m_core.amount)
-        return;
-    if (m_unread && !m_isRead[std::size_t(address)]) {
+    bool const isThere = address < m_core.amount;
+    if (isThere && m_unread && !m_isRead[std::size_t(address)]) {
         m_isRead[std::size_t(address)] = true;
         m_initFlag = --m_unread == 0 || m_initFlag;
     }
-    if (m_first < 0)
+    if (!isThere || m_first < 0) {
+        writer.fill(false, width());
         return;
+    }
     qint64 const sample =
         m_core.isRotated ? (address + m_core.amount - 1) % m_core.amount : address;
     qint64 const row = std::min(m_first + sample, m_samples.rowCount() - 1);
-    for (int i = 0; i < width(); ++i)
-        bits.setBit(int(at + i), m_samples.bit(row, i));
+    writer.putRow(m_samples.row(row), width());
 }
 
 } // namespace VEK::Simulator

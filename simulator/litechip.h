@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dump/sampletable.h"
+#include "simulator/bitfield.h"
 #include "simulator/chip.h"
 
 #include <QString>
@@ -41,7 +42,7 @@ private:
     int width() const { return m_core.signalNames.size(); }
     void capture();
     QBitArray burst(int size);
-    void putRecord(QBitArray& bits, qint64 at, qint64 address);
+    void putRecord(BitWriter& writer, qint64 address);
 
     BuiltLiteCore m_core;
     Dump::SampleTable m_samples;

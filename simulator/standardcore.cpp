@@ -3,7 +3,6 @@
 #include "image/registermap.h"
 #include "jtag/protocol.h"
 #include "model/capturecore.h"
-#include "simulator/bitfield.h"
 #include "simulator/log.h"
 
 #include <algorithm>
@@ -30,9 +29,7 @@ constexpr quint32 BurstHead = 0xA5A5A5A5;
 StandardCore::StandardCore(BuiltCore const& built, Dump::SampleTable const& samples,
                            bool takesOneMore)
     : m_built(built), m_samples(samples), m_takesOneMore(takesOneMore), m_memory(1)
-{
-    powerUp();
-}
+{}
 
 void StandardCore::powerUp()
 {
@@ -199,32 +196,30 @@ QBitArray StandardCore::registerContent() const
 QBitArray StandardCore::burst(int size) const
 {
     QBitArray bits(size);
-    qint64 at = qint64(size) - 1;
-    if (at >= 0)
-        bits.setBit(int(at), true);
-    for (unsigned i = 0; i < m_burstCount && at > 0; ++i) {
-        at -= m_built.shiftWidth;
-        putRecord(bits, at, m_address + i);
-    }
-    for (int i = 0; i < Protocol::RamHeadBits; ++i) {
-        if (--at >= 0)
-            bits.setBit(int(at), BurstHead >> i & 1);
-    }
+    if (size < Protocol::RamTailBits)
+        return bits;
+    qint64 const width = m_built.shiftWidth;
+    qint64 const room = size - Protocol::RamTailBits;
+    // those that have no room, not even in part, are not looked at
+    qint64 const records = std::min<qint64>(m_burstCount, (room + width - 1) / width);
+    BitWriter writer(bits, room - records * width - Protocol::RamHeadBits);
+    writer.put(quint64(BurstHead) << 32, Protocol::RamHeadBits);
+    for (qint64 i = records; i-- > 0;)
+        putRecord(writer, quint64(m_address + i));
+    writer.fill(true, Protocol::RamTailBits);
     return bits;
 }
 
-/// Filler, mark and signals of one record from position `at` on; what lies below 0 is cut off.
-void StandardCore::putRecord(QBitArray& bits, qint64 at, quint64 address) const
+/// Filler, mark and signals of one record.
+void StandardCore::putRecord(BitWriter& writer, quint64 address) const
 {
-    constexpr int Word = 64;
-    qint64 const row = m_memory.row(address);
-    int const filler = m_built.shiftWidth - m_built.dataCount - 1;
-    for (int i = 0; i < filler; i += Word)
-        putPositions(bits, at + i, ~quint64(0), std::min(Word, filler - i));
-    putPositions(bits, at + filler, quint64(m_memory.mark(address)) << (Word - 1), 1);
-    for (int i = 0; row >= 0 && i < m_built.dataCount; i += Word)
-        putPositions(bits, at + filler + 1 + i, m_samples.row(row)[i / Word],
-                     std::min(Word, m_built.dataCount - i));
+    SampleMemory::Record const record = m_memory.record(address);
+    writer.fill(true, m_built.shiftWidth - m_built.dataCount - 1);
+    writer.fill(record.mark, 1);
+    if (record.row >= 0)
+        writer.putRow(m_samples.row(record.row), m_built.dataCount);
+    else
+        writer.fill(false, m_built.dataCount);
 }
 
 } // namespace VEK::Simulator

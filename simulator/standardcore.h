@@ -1,8 +1,8 @@
 #pragma once
 
+#include "simulator/bitfield.h"
 #include "simulator/capture.h"
 
-#include <QBitArray>
 #include <QHash>
 
 #include <memory>
@@ -34,7 +34,7 @@ private:
     QBitArray field(unsigned address) const;
     QBitArray registerContent() const;
     QBitArray burst(int size) const;
-    void putRecord(QBitArray& bits, qint64 at, quint64 address) const;
+    void putRecord(BitWriter& writer, quint64 address) const;
 
     BuiltCore const& m_built;
     Dump::SampleTable const& m_samples;

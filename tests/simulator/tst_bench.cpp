@@ -255,11 +255,11 @@ private slots:
         QCOMPARE(text({Pattern::Counter, 1, 3}, 66).right(66), QByteArray(64, '0') + "10");
         QCOMPARE(text({Pattern::WalkingOne, 1, 4}, 3), QByteArray("100010001100"));
         // A bit of the noise is the sum of four earlier ones.
-        QByteArray const noise = text({Pattern::Lfsr, 0x12345678, 100}, 7);
+        QByteArray const noise = text({Pattern::Lfsr, 0x12345678, 400}, 7);
         for (int i = 32; i < noise.size(); ++i)
             QCOMPARE(noise.at(i) & 1,
                      (noise.at(i - 32) ^ noise.at(i - 22) ^ noise.at(i - 2) ^ noise.at(i - 1)) & 1);
-        QVERIFY(noise != text({Pattern::Lfsr, 0x12345679, 100}, 7));
+        QVERIFY(noise != text({Pattern::Lfsr, 0x12345679, 400}, 7));
     }
 };
 
