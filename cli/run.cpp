@@ -108,8 +108,7 @@ void Run::prepare()
     if (m_capture.liteCore() && m_settings.capture.force >= 0)
         throw Failure{Status::Usage, QStringLiteral("--force-after: a Lite core can't be forced")};
     for (int const place : qAsConst(m_places))
-        m_manifest.addCore(place, indexOf(place),
-                           m_capture.liteCore() ? 1 : m_capture.cores().at(place)->windowNum);
+        m_manifest.addCore(place, indexOf(place), windowsOf(place));
 }
 
 void Run::connectCapture()
@@ -131,9 +130,10 @@ void Run::connectCapture()
             [this](int place) { m_manifest.noteStopped(place); });
     connect(&m_capture, &Capture::readProgress, this,
             [this](int place, int window, int received, int total) {
-                m_progress.figure(QStringLiteral("%1reading window %2, %3 %")
+                m_progress.figure(QStringLiteral("%1reading window %2 of %3, %4 %")
                                       .arg(coreName(place))
-                                      .arg(window)
+                                      .arg(window + 1)
+                                      .arg(windowsOf(place))
                                       .arg(100LL * received / std::max(1, total)));
             });
     connect(&m_capture, &Capture::windowArrived, this, &Run::onWindow);
@@ -297,6 +297,11 @@ QString Run::coreName(int place) const
 int Run::indexOf(int place) const
 {
     return m_capture.liteCore() ? 0 : m_capture.cores().at(place)->index;
+}
+
+int Run::windowsOf(int place) const
+{
+    return m_capture.liteCore() ? 1 : m_capture.cores().at(place)->windowNum;
 }
 
 int Run::triggerOf(int place) const

@@ -58,6 +58,7 @@ private:
     void warn(QString const& message);
     QString coreName(int place) const;
     int indexOf(int place) const;
+    int windowsOf(int place) const;
     int triggerOf(int place) const;
 
     RunSettings m_settings;

@@ -17,6 +17,8 @@ from desk import SOURCE, until
 
 SCHEMA = json.loads((SOURCE / "docs/manifest.schema.json").read_text())
 NEVER = lambda text: text.replace("M0&amp;(M1^M2)|M5&amp;!(M1|M2)", "M0&amp;!M0")
+LITE = """<?xml version="1"?><VEK_CONFIG><Version>3.0</Version><Mode>Lite</Mode>
+    <SxCore_Lite index="0" sample_clock="clk" capture_amount="100"/></VEK_CONFIG>"""
 ALL = ["bus-stall_core0_window0.csv", "bus-stall_core0_window1.csv", "run.json"]
 
 
@@ -80,6 +82,7 @@ def test_cause(desk, name):
     (["--cable", "USB"], None, 2, "USB"),
     ([], put("capture_amount", 0), 3, "below 1"),
     ([], put("window_num", 0), 3, "below 1"),
+    ([], lambda text: LITE, 3, "no signals"),
     ([], edit("<SxCore", "<Core"), 3, ""),
     ([], edit(">3.0<", ">9.1<"), 3, "version of Vek config file is too high"),
     ([], edit(">3.0<", ">x<"), 3, "Invalid Vek"),
@@ -92,6 +95,15 @@ def test_refused_before_the_server_is_started(desk, arguments, change, status, w
     got, out, err = desk.run(*arguments)
     assert (got, out, desk.files()) == (status, "", [])
     assert word in err and len(err.splitlines()) == 1
+
+
+def test_paced_as_the_batch_tool(desk):
+    desk.lay()
+    assert desk.run("--paced")[0] == 0
+    batch = desk.start("-cable", "FT2CH", "-vek", desk.configuration, program="Analyzer/bin/veksh")
+    assert batch.wait() == 0
+    for name in desk.files():
+        assert (desk.out / name).read_bytes() == (desk.folder / name).read_bytes()
 
 
 def test_no_server_program(desk):
