@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -232,24 +233,27 @@ private slots:
                                             "stimulus": {"vcd": "pipe.vcd"}})"));
         QCOMPARE(::mkfifo(qPrintable(desk.program("run/pipe.vcd")), 0600), 0);
         QStringList const arguments{"-vek", "setup.vek"};
-        auto const killAfter = [&](int milliseconds) {
-            desk.bench = endless;
-            QProcess run;
-            desk.start(run, arguments);
-            QVERIFY(run.waitForStarted());
-            QTest::qSleep(milliseconds);
-            run.kill();
-            QVERIFY(run.waitForFinished());
-        };
-        for (int wait = 1; wait < 60; wait += 1 + wait / 4) {
-            killAfter(wait);
-            QTRY_VERIFY2_WITH_TIMEOUT(desk.processes().isEmpty(),
-                                      qPrintable(QString("killed after %1 ms").arg(wait)), 1000);
-        }
-        for (int wait : {8, 15, 600}) {
-            killAfter(wait);
-            desk.bench = sound;
-            QCOMPARE(desk.problem(arguments, m_whole[false]), QString());
+        auto const forks = [&](QProcess&) { return desk.processes().size() > 1; };
+        auto const serves = [&](QProcess&) { return desk.processes().join(' ').contains("scanb"); };
+        auto const listens = [&](QProcess&) { return QFile::exists(desk.program("tmp/vek1")); };
+        auto const prints = [](QProcess& run) { return run.waitForReadyRead(1000); };
+        auto const starts = [](QProcess& run) { return run.waitForStarted(); };
+        using Step = std::function<bool(QProcess&)>;
+        for (Step const& step : QVector<Step>{starts, forks, serves, listens, prints}) {
+            for (bool hasNext : {false, true}) {
+                QFile::remove(desk.program("tmp/vek1"));
+                desk.bench = endless;
+                QProcess run;
+                desk.start(run, arguments);
+                for (QDeadlineTimer end(5000); !step(run);) // not a moment later
+                    QVERIFY(!end.hasExpired());
+                run.kill();
+                QVERIFY(run.waitForFinished());
+                desk.bench = sound;
+                if (hasNext)
+                    QCOMPARE(desk.problem(arguments, m_whole[false]), QString());
+                QTRY_VERIFY_WITH_TIMEOUT(desk.processes().isEmpty(), 1000);
+            }
         }
     }
 

@@ -4,6 +4,7 @@
 #include <QtTest>
 
 #include "jtag/protocol.h"
+#include "simulator/bridge.h"
 #include "tests/support/bittext.h"
 #include "tests/support/tempfolder.h"
 
@@ -83,4 +84,28 @@ public:
         }
         return digits.mid(marked) + digits.left(marked);
     }
+};
+
+/// A bridge over a bench with these members, beside the design d.vek and the dump s.vcd.
+class Desk
+{
+public:
+    explicit Desk(QByteArray const& members, QByteArray const& vek = DeskFiles::vek(),
+                  int samples = 40)
+    {
+        files.write("d.vek", vek);
+        files.write("s.vcd", DeskFiles::vcd(samples));
+        VEK::Simulator::Bench bench;
+        if (!parseBench('{' + members + '}', files.path(""), bench, error))
+            qFatal("%s", qPrintable(error));
+        bridge.reset(new VEK::Simulator::Bridge(bench, QStringList{"FT2CH", "TR7QZ", "WINUSB"}));
+        isSound = bridge->load(error);
+    }
+    bool serve(CmdPack const& request) { return bridge->serve(request, reply); }
+
+    DeskFiles files;
+    QScopedPointer<VEK::Simulator::Bridge> bridge;
+    bool isSound = false;
+    QString error;
+    CmdPack reply;
 };

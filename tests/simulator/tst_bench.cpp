@@ -1,6 +1,5 @@
 #include "deskfiles.h"
 
-#include "simulator/bridge.h"
 #include "simulator/loader.h"
 #include "simulator/patterns.h"
 
@@ -11,32 +10,7 @@ using namespace VEK::Simulator;
 
 namespace {
 
-QStringList const Usb{"FT2CH", "TR7QZ", "WINUSB"};
-
 QByteArray const Members = R"("device": "D", "design": "d.vek")";
-
-/// A bridge over a bench with these members, beside d.vek and s.vcd.
-struct Desk
-{
-    explicit Desk(QByteArray const& members = Members, QByteArray const& vek = DeskFiles::vek())
-    {
-        QByteArray const text = '{' + members + '}';
-        files.write("d.vek", vek);
-        files.write("s.vcd", DeskFiles::vcd(40));
-        Bench bench;
-        if (!parseBench(text, files.path(""), bench, error))
-            qFatal("%s", qPrintable(error));
-        bridge.reset(new Bridge(bench, Usb));
-        isSound = bridge->load(error);
-    }
-    bool serve(CmdPack const& request) { return bridge->serve(request, reply); }
-
-    DeskFiles files;
-    QScopedPointer<Bridge> bridge;
-    bool isSound = false;
-    QString error;
-    CmdPack reply;
-};
 
 } // namespace
 
@@ -187,7 +161,7 @@ private slots:
     /// What is answered, with what, and when nothing is.
     void requests()
     {
-        Desk desk;
+        Desk desk(Members);
         CmdPack read = DeskFiles::request("READ", "READ_START_REG", "", 5);
         QVERIFY(!desk.serve(read)); // the chain is not open
         for (CmdPack const& request : DeskFiles::capture())
