@@ -2,51 +2,8 @@
 
 #include "model/alert.h"
 
-#include <utility>
-
 namespace VEK {
 namespace {
-
-using Protocol::Key::DataRequestId;
-using Protocol::Key::RequestId;
-
-/// Stores a callback under the lowest id that is free. The ids in the map are always `firstId` and
-/// those behind it, as many as tasks were ever in flight together, so the lowest free one is either
-/// that of an empty entry or the next one.
-template <typename Callback>
-unsigned int store(QMap<unsigned int, Callback>& callbacks, FreeIds& freeIds, unsigned int firstId,
-                   Callback callback)
-{
-    unsigned int id = firstId + unsigned(callbacks.size());
-    if (!freeIds.empty()) {
-        id = freeIds.top();
-        freeIds.pop();
-    }
-    callbacks[id] = std::move(callback);
-    return id;
-}
-
-/// Moves a callback out, leaving an empty one. An id that is not there leaves the map as it is: a
-/// new entry would change the ids to come.
-template <typename Callback>
-Callback release(QMap<unsigned int, Callback>& callbacks, FreeIds& freeIds, unsigned int id)
-{
-    auto const entry = callbacks.find(id);
-    if (entry == callbacks.end() || !entry.value())
-        return Callback();
-    freeIds.push(id);
-    return std::exchange(entry.value(), Callback());
-}
-
-CmdPack without(QString const& key, CmdPack const& pack)
-{
-    CmdPack rest;
-    for (auto entry = pack.begin(); entry != pack.end(); ++entry) {
-        if (entry.key() != key)
-            rest.insert(rest.cend(), entry.key(), entry.value());
-    }
-    return rest;
-}
 
 /// The first connection that serves a cable, or null.
 template <typename Session>
@@ -89,25 +46,12 @@ JtagSession* JtagSession::shared()
 
 void JtagSession::createTask(JtagRequest const& request, TaskCallback const& callback)
 {
-    CmdPack pack = request.pack;
-    noteRequest(bool(callback));
-    if (TaskCallback stored = callback) {
-        QMutexLocker const locker(&taskLock);
-        pack.insert(RequestId, store(taskCallbacks, freeTaskIds, firstTaskId, std::move(stored)));
-    }
-    send(pack);
+    send(router.numbered(request.pack, callback));
 }
 
 void JtagSession::createDataTask(JtagRequest const& request, DataTaskCallback const& callback)
 {
-    CmdPack pack = request.pack;
-    noteRequest(bool(callback));
-    if (DataTaskCallback stored = callback) {
-        QMutexLocker const locker(&dataTaskLock);
-        pack.insert(DataRequestId,
-                    store(dataTaskCallbacks, freeDataTaskIds, firstDataTaskId, std::move(stored)));
-    }
-    send(pack);
+    send(router.numbered(request.pack, callback));
 }
 
 void JtagSession::send(CmdPack const& pack)
@@ -122,100 +66,22 @@ void JtagSession::send(CmdPack const& pack)
 
 void JtagSession::cancelAll()
 {
-    forgetAll(false);
+    router.forgetAll(false);
 }
 
 void JtagSession::abandonAll()
 {
-    forgetAll(true);
-}
-
-void JtagSession::forgetAll(bool idsGoOn)
-{
-    // The old maps die outside the locks, since a callback may own objects with any destructor.
-    QMap<unsigned int, TaskCallback> tasks;
-    QMap<unsigned int, DataTaskCallback> dataTasks;
-    {
-        QMutexLocker const locker(&taskLock);
-        tasks.swap(taskCallbacks);
-        firstTaskId = idsGoOn ? firstTaskId + unsigned(tasks.size()) : 0;
-        freeTaskIds = {};
-    }
-    QMutexLocker const locker(&dataTaskLock);
-    dataTasks.swap(dataTaskCallbacks);
-    firstDataTaskId = idsGoOn ? firstDataTaskId + unsigned(dataTasks.size()) : 0;
-    freeDataTaskIds = {};
-    ++cancelCount;
-}
-
-int JtagSession::owedReplies() const
-{
-    int owed = 0;
-    {
-        QMutexLocker const locker(&taskLock);
-        owed = taskCallbacks.size() - int(freeTaskIds.size());
-    }
-    QMutexLocker const locker(&dataTaskLock);
-    return owed + dataTaskCallbacks.size() - int(freeDataTaskIds.size());
-}
-
-void JtagSession::noteRequest(bool hasReply)
-{
-    if (!hasReply)
-        ++writesSinceReply;
-    else if (owedReplies() == 0)
-        silence.start();
+    router.forgetAll(true);
 }
 
 JtagSession::ReplyDebt JtagSession::replyDebt() const
 {
-    int const owed = owedReplies();
-    return {owed, writesSinceReply, owed > 0 ? silence.elapsed() : 0};
+    return router.debt();
 }
 
 void JtagSession::dataReturned(CmdPack const& pack)
 {
-    writesSinceReply = 0;
-    silence.start();
-    auto const task = pack.constFind(RequestId);
-    if (task != pack.constEnd())
-        return returnToTask(task->toUInt(), pack);
-    auto const dataTask = pack.constFind(DataRequestId);
-    if (dataTask != pack.constEnd())
-        returnToDataTask(dataTask->toUInt(), pack);
-}
-
-void JtagSession::returnToTask(unsigned int id, CmdPack const& pack)
-{
-    TaskCallback callback;
-    {
-        QMutexLocker const locker(&taskLock);
-        callback = release(taskCallbacks, freeTaskIds, id);
-    }
-    if (callback)
-        callback(without(RequestId, pack));
-}
-
-void JtagSession::returnToDataTask(unsigned int id, CmdPack const& pack)
-{
-    DataTaskCallback callback; // a copy: the entry stays for further replies
-    unsigned int cancelsBefore = 0;
-    {
-        QMutexLocker const locker(&dataTaskLock);
-        callback = dataTaskCallbacks.value(id);
-        cancelsBefore = cancelCount;
-    }
-    if (!callback)
-        return;
-    bool finished = false;
-    callback(without(DataRequestId, pack), &finished);
-    if (!finished)
-        return;
-    DataTaskCallback done; // dies outside the lock
-    QMutexLocker const locker(&dataTaskLock);
-    // After a cancelAll from inside the callback the id is gone, or is another request's by now.
-    if (cancelCount == cancelsBefore)
-        done = release(dataTaskCallbacks, freeDataTaskIds, id);
+    router.route(pack);
 }
 
 bool JtagSession::connectServer(QString const& name)
@@ -244,13 +110,13 @@ bool JtagSession::connectServerForNlc(QString const& name)
 
 void JtagSession::switchSession(_Session const& session)
 {
-    writesSinceReply = 0;
+    router.forgetWrites();
     select(this, client, session.client);
 }
 
 void JtagSession::switchSessionForNlc(_SessionNlc const& session)
 {
-    writesSinceReply = 0;
+    router.forgetWrites();
     select(this, nlcClient, session.client);
 }
 

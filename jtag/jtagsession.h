@@ -2,24 +2,15 @@
 
 #include "jtag/jtagclient.h"
 #include "jtag/jtagserver.h"
-#include "jtag/jtagtask.h"
+#include "jtag/requestrouter.h"
 
-#include <QElapsedTimer>
 #include <QList>
 #include <QMap>
-#include <QMutex>
 #include <QPair>
-
-#include <functional>
-#include <queue>
-#include <vector>
 
 class QProcess;
 
 namespace VEK {
-
-/// Ids of requests that may be given again, the lowest on top.
-using FreeIds = std::priority_queue<unsigned int, std::vector<unsigned int>, std::greater<>>;
 
 /// The one object through which the program talks to JTAG servers. It keeps the live connections,
 /// selects the one that requests go to, numbers the requests and routes each reply to the callback
@@ -67,14 +58,8 @@ public:
     /// is never taken for the reply to another one.
     void abandonAll();
 
-    /// What the server owes. Servers answer in order, so one that is alive answers after at most
-    /// some time and the time that the writes take it.
-    struct ReplyDebt
-    {
-        int replies = 0;   ///< Requests that a reply is awaited to.
-        int writes = 0;    ///< Requests without one that went out since the last reply.
-        qint64 waited = 0; ///< ms since the last reply or, if later, since a reply is owed; else 0.
-    };
+    /// What the server owes.
+    using ReplyDebt = RequestRouter::Debt;
     ReplyDebt replyDebt() const;
 
     // Connections
@@ -202,26 +187,10 @@ private:
     void send(CmdPack const& pack);
     template <typename Session, typename Client>
     void tellLoss(QList<Session> const& connections, Client const* closed);
-    void forgetAll(bool idsGoOn);
-    int owedReplies() const;
-    void noteRequest(bool hasReply);
-    void returnToTask(unsigned int id, CmdPack const& pack);
-    void returnToDataTask(unsigned int id, CmdPack const& pack);
     void startServer(QString const& program, QStringList const& arguments, JtagServer const& server,
                      QList<JtagServer>& started);
 
-    // Neither lock is held over a call out, nor while the other one is taken.
-    mutable QMutex taskLock;
-    mutable QMutex dataTaskLock;
-    QMap<unsigned int, TaskCallback> taskCallbacks; // a finished task leaves an empty function
-    QMap<unsigned int, DataTaskCallback> dataTaskCallbacks;
-    FreeIds freeTaskIds; // ids of the empty functions
-    FreeIds freeDataTaskIds;
-    unsigned int firstTaskId = 0; // of the ids in the map
-    unsigned int firstDataTaskId = 0;
-    unsigned int cancelCount = 0; // guarded by dataTaskLock
-    int writesSinceReply = 0;
-    QElapsedTimer silence; // runs once a reply was owed
+    RequestRouter router;
     JtagClient* client = nullptr;
     JtagClientNlc* nlcClient = nullptr;
     QList<_Session> connections;
