@@ -2,10 +2,9 @@
 
 #include "jtag/cablereport.h"
 #include "jtag/jtagsession.h"
+#include "programmer/programmerprocess.h"
 #include "programmer/vekprogrammermodel.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QPointer>
 #include <QRegExp>
 #include <QSet>
@@ -15,14 +14,6 @@ namespace VEK {
 namespace {
 
 constexpr int RemoteConnection = 1;
-constexpr int MostOutput = 4 * 1024 * 1024; // of a run; what it said last counts
-
-QString programmerPath()
-{
-    QString const folder =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../../Programmer/bin/");
-    return QDir::toNativeSeparators(QDir::cleanPath(folder) + QStringLiteral("/loader_cli"));
-}
 
 bool failed(int code, QProcess::ExitStatus status)
 {
@@ -33,11 +24,6 @@ bool failed(int code, QProcess::ExitStatus status)
 QString valueOf(QString const& line)
 {
     return line.section(QLatin1Char(':'), 1, 1).simplified();
-}
-
-bool tellsError(QByteArray const& output)
-{
-    return output.contains("Error") || output.contains("error");
 }
 
 /// Up to three lines that describe a device, behind the line that announces it.
@@ -65,7 +51,7 @@ void takeDeviceInfo(QStringList const& block, DeviceItem& row)
 
 bool VekProgrammerModel::isBusy() const
 {
-    return m_run != Run::None || m_process->state() != QProcess::NotRunning;
+    return m_run != Run::None || m_process->isRunning();
 }
 
 int VekProgrammerModel::cabletoProgrammerCableIdx(int cable)
@@ -89,12 +75,8 @@ void VekProgrammerModel::start(Run run, QStringList const& arguments, FinishSlot
 {
     m_run = run;
     Q_EMIT TargetEnable(false);
-    m_output.clear();
-    m_droppedError = false;
-    m_finish = connect(m_process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
-                       this, finish);
-    m_process->start(m_programmer.isEmpty() ? programmerPath() : m_programmer, arguments,
-                     QIODevice::ReadWrite);
+    m_finish = connect(m_process, &ProgrammerProcess::finished, this, finish);
+    m_process->start(arguments);
 }
 
 /// What every finish slot does first, since the process is used again.
@@ -102,7 +84,6 @@ void VekProgrammerModel::endRun(Run run)
 {
     m_run = run;
     disconnect(m_finish);
-    collectOutput();
 }
 
 /// What every run does last. The next one may start in answer.
@@ -117,41 +98,11 @@ void VekProgrammerModel::giveBack()
         Q_EMIT cableInitFinsh();
 }
 
-/// Keeps the pipe of the process empty, and the memory bounded.
-void VekProgrammerModel::collectOutput()
-{
-    if (m_process->isOpen())
-        m_output += m_process->readAllStandardOutput();
-    if (m_output.size() > 2 * MostOutput)
-        dropOutput();
-}
-
-/// Keeps the tail of the output, from the begin of a line if there is one. The programmer goes on:
-/// it may be writing a flash.
-void VekProgrammerModel::dropOutput()
-{
-    int cut = m_output.size() - MostOutput;
-    int const line = m_output.indexOf('\n', cut) + 1;
-    if (line > 0 && line < m_output.size())
-        cut = line;
-    m_droppedError = m_droppedError || tellsError(m_output.left(cut + 4)); // one that is cut, too
-    m_output.remove(0, cut);
-}
-
-QByteArray VekProgrammerModel::takeOutput()
-{
-    if (m_output.size() > MostOutput)
-        dropOutput();
-    QByteArray output;
-    output.swap(m_output);
-    return output;
-}
-
 void VekProgrammerModel::onProgramError()
 {
     // a crash finishes the process too, but is told once
     bool const hadRun = disconnect(m_finish);
-    m_output.clear();
+    m_process->dropOutput();
     Q_EMIT statusChanged(ProgrammerFailed, {QStringLiteral("Error: Call Programmer failed!")});
     // not yet: the process tidies up behind this signal, and with it a run that was started here
     if (hadRun)
@@ -191,7 +142,7 @@ void VekProgrammerModel::scanCablesForWINUSB(Run run, FinishSlot finish, int cod
 
 void VekProgrammerModel::addCables(int code, QProcess::ExitStatus status)
 {
-    QString const output = QString::fromUtf8(takeOutput());
+    QString const output = QString::fromUtf8(m_process->takeOutput());
     if (!failed(code, status))
         m_cables += cableRows(output.split(QRegExp(QStringLiteral("[\r\n]")), Qt::SkipEmptyParts));
 }
@@ -256,7 +207,7 @@ void VekProgrammerModel::scanDevices(int cable, int location)
 void VekProgrammerModel::onScanFinish(int code, QProcess::ExitStatus status)
 {
     endRun(Run::Devices);
-    QString const output = QString::fromUtf8(takeOutput());
+    QString const output = QString::fromUtf8(m_process->takeOutput());
     if (failed(code, status)) {
         replaceRows({});
         Q_EMIT statusChanged(ProgrammerNothingFound,
@@ -359,7 +310,7 @@ void VekProgrammerModel::programFs(int cable, int location, QString const& frequ
 void VekProgrammerModel::onDownloadFinish(int code, QProcess::ExitStatus status)
 {
     endRun(Run::Devices);
-    QByteArray const output = takeOutput();
+    QByteArray const output = m_process->takeOutput();
     for (DeviceItem* const row : qAsConst(m_rows))
         row->status = ProgrammerIdle;
     if (!activeDevice()) {
@@ -374,12 +325,13 @@ void VekProgrammerModel::onDownloadFinish(int code, QProcess::ExitStatus status)
     QByteArray const shown(output.constData()); // up to the first NUL
     QRegExp const progressBar(QStringLiteral("\\[#+ ?\\]"));
     QStringList lines;
-    if (m_droppedError)
+    bool const droppedError = m_process->hasDroppedError();
+    if (droppedError)
         lines << QStringLiteral("Error: The programmer told of one in output too long to keep.");
     for (QString const& line : QString::fromUtf8(shown).split(QLatin1Char('\n')))
         if (!line.contains(progressBar))
             lines << line;
-    bool const clean = !m_droppedError && !tellsError(shown);
+    bool const clean = !droppedError && !tellsError(shown);
     Q_EMIT statusChanged(clean ? ProgrammerDownloaded : ProgrammerFailed, lines);
     giveBack();
 }

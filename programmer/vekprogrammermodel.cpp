@@ -2,6 +2,7 @@
 
 #include "model/alert.h"
 #include "programmer/deviceselector.h"
+#include "programmer/programmerprocess.h"
 
 #include <QApplication>
 #include <QFileSystemWatcher>
@@ -31,14 +32,11 @@ bool refuse(QString const& text)
 } // namespace
 
 VekProgrammerModel::VekProgrammerModel(QObject* parent)
-    : QAbstractTableModel(parent), m_process(new QProcess(this)),
+    : QAbstractTableModel(parent), m_process(new ProgrammerProcess(this)),
       m_watcher(new QFileSystemWatcher(this))
 {
     qRegisterMetaType<ProgrammerStatus>("ProgrammerStatus");
-    m_process->setStandardErrorFile(QProcess::nullDevice());
-    connect(m_process, &QProcess::errorOccurred, this, &VekProgrammerModel::onProgramError);
-    connect(m_process, &QProcess::readyReadStandardOutput, this,
-            &VekProgrammerModel::collectOutput);
+    connect(m_process, &ProgrammerProcess::failed, this, &VekProgrammerModel::onProgramError);
     // queued: the answer runs the event loop, where the watcher may go with this object
     connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &VekProgrammerModel::onFileChanged,
             Qt::QueuedConnection);
@@ -48,13 +46,13 @@ VekProgrammerModel::VekProgrammerModel(QObject* parent)
 
 VekProgrammerModel::~VekProgrammerModel()
 {
-    // ending the process must not call back into what is going
-    m_process->disconnect(this);
-    if (m_process->state() != QProcess::NotRunning) {
-        m_process->kill();
-        m_process->waitForFinished();
-    }
+    delete m_process; // before the rows, which its end must not look at
     qDeleteAll(m_rows);
+}
+
+void VekProgrammerModel::setProgrammer(QString const& path)
+{
+    m_process->setProgram(path);
 }
 
 int VekProgrammerModel::rowCount(QModelIndex const& parent) const

@@ -13,6 +13,7 @@
 class QFileSystemWatcher;
 
 namespace VEK {
+class ProgrammerProcess;
 
 /// The devices of a scan chain, one a row, and what the command-line programmer does with them: it
 /// finds cables, scans the chain and downloads Fs files. One run at a time: a run that is asked for
@@ -113,7 +114,7 @@ public:
 
     /// Path of the programmer in the place of "../../Programmer/bin/loader_cli" beside the
     /// application, for tests only.
-    void setProgrammer(QString const& path) { m_programmer = path; }
+    void setProgrammer(QString const& path);
 
 Q_SIGNALS:
     void statusChanged(ProgrammerStatus status, QStringList const& messages);
@@ -164,9 +165,6 @@ private:
     void start(Run run, QStringList const& arguments, FinishSlot finish);
     void endRun(Run run);
     void giveBack();
-    QByteArray takeOutput();
-    void collectOutput();
-    void dropOutput();
     QStringList remoteArguments() const;
     QStringList downloadArguments(DeviceItem const& target, int cable, int location,
                                   QString const& frequency) const;
@@ -177,15 +175,12 @@ private:
     void checkCableAndChannel();
     bool chooseDevices(QList<DeviceItem*> const& rows);
 
-    QProcess* m_process;
+    ProgrammerProcess* m_process;
     QList<DeviceItem*> m_rows;
     QFileSystemWatcher* m_watcher;
     QHash<QString, FileState> m_seen; ///< By path: the file when it was read.
     QString m_crc;
     QList<QStringList> m_cables;
-    QString m_programmer;
-    QByteArray m_output;
-    bool m_droppedError = false; ///< What was dropped of the output told of an error.
     QMetaObject::Connection m_finish;
     Run m_run = Run::None;
     bool m_refreshing = false; ///< The watcher's paths are being replaced.
