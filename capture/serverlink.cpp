@@ -5,7 +5,11 @@
 
 #include <QDir>
 
+#include <csignal>
 #include <utility>
+
+#include <sys/prctl.h>
+#include <unistd.h>
 
 namespace VEK {
 namespace {
@@ -27,6 +31,18 @@ QString programOf(JtagServer const& server)
 {
     return server.cable == CableLPT ? Server::LptProgram : Server::UsbProgram;
 }
+
+/// A server that ends with its host, however that ends, but not by the interrupt of a terminal: the
+/// host has to tell the chip first.
+class ServerProcess : public QProcess
+{
+protected:
+    void setupChildProcess() override
+    {
+        ::setpgid(0, 0);
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    }
+};
 
 /// Later: one of its signals may have led here.
 template <typename Client>
@@ -132,7 +148,7 @@ void ServerLink::awaitFreeSocket()
 
 void ServerLink::startServer()
 {
-    m_process = std::make_unique<QProcess>();
+    m_process = std::make_unique<ServerProcess>();
     // Nobody reads what a server prints; unread, it would pile up in the process object.
     m_process->setStandardOutputFile(QProcess::nullDevice());
     m_process->setStandardErrorFile(QProcess::nullDevice());

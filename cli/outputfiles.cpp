@@ -114,7 +114,8 @@ void OutputFiles::refuseInTheWay(QList<int> const& places) const
 /// Whether the file at the session's path was written by a run, and by nobody since.
 bool OutputFiles::isOurSession() const
 {
-    if (!isRegular(QFileInfo(sessionPath())))
+    QFileInfo const session(sessionPath());
+    if (!isRegular(session) || session == QFileInfo(m_settings.configuration))
         return false;
     QFile file(sessionPath());
     QByteArray const note = "<!--" + SessionNote.toLatin1() + "-->";
@@ -138,7 +139,8 @@ void OutputFiles::removeEarlier(QStringList const& earlier) const
     QString const start = prefix.absoluteFilePath();
     for (QString const& path : earlier) {
         QFileInfo const file(path);
-        if (file.absoluteFilePath().startsWith(start) && isRegular(file))
+        if (file.absoluteFilePath().startsWith(start) && isRegular(file) &&
+            file != QFileInfo(m_settings.configuration))
             remove(path);
     }
 }

@@ -18,10 +18,11 @@ namespace VEK::Cli {
 /// What a run writes, and where.
 struct OutputSettings
 {
-    QString prefix;      ///< Of all names, with their folder.
-    QStringList formats; ///< Of "csv", "vcd", "rsx", "raw".
-    bool plain = false;  ///< The profiles for other tools.
-    SampleClock clock;   ///< For the times of plain profiles; may be unknown.
+    QString prefix;        ///< Of all names, with their folder.
+    QString configuration; ///< The file that is read, and never replaced.
+    QStringList formats;   ///< Of "csv", "vcd", "rsx", "raw".
+    bool plain = false;    ///< The profiles for other tools.
+    SampleClock clock;     ///< For the times of plain profiles; may be unknown.
 };
 
 /// A file that was written.

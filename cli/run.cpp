@@ -75,8 +75,8 @@ QString sha256Of(QString const& path)
 
 OutputSettings outputOf(RunSettings const& settings)
 {
-    return {OutputFiles::prefixFor(settings.output, settings.configuration), settings.formats,
-            settings.plain, settings.clock};
+    return {OutputFiles::prefixFor(settings.output, settings.configuration), settings.configuration,
+            settings.formats, settings.plain, settings.clock};
 }
 
 } // namespace

@@ -132,6 +132,8 @@ def test_signal(desk, number):
                      preexec_fn=lambda: signal.signal(number, signal.SIG_DFL))  # jobs ignore INT
     until(lambda: "waiting for the trigger" in run.stderr.readline(), "an armed core")
     assert desk.manifest()["state"] == "running"
+    server, = desk.processes("scanbridge")  # a terminal's interrupt must not reach it
+    assert os.getpgid(server) != os.getpgid(run.pid)
     jsonschema.validate(desk.manifest(), SCHEMA)
     run.send_signal(number)
     got, _, _ = desk.finish(run)
@@ -235,6 +237,10 @@ def test_overrides_and_names(desk):
     assert desk.manifest()["warnings"]
     assert desk.files() == ["bus-stall.rsx", ALL[0], "bus-stall_core0_window0.vcd", "run.json"]
     assert desk.run("--format", "rsx")[0] == 0  # replaces its own session
+    desk.configuration = desk.out / "bus-stall.rsx"  # a run from its own session keeps that
+    before = desk.configuration.read_bytes()
+    assert desk.run("--format", "rsx")[0] == 12 and desk.configuration.read_bytes() == before
+    desk.configuration = desk.folder / "bus-stall.vek"
     (desk.out / "bus-stall.rsx").write_text("<KVX/>")
     assert desk.run("--format", "rsx")[0] == 12  # and nobody else's
 
