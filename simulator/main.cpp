@@ -53,7 +53,9 @@ int main(int argc, char* argv[])
     if (!isAlone && HostWatch::isHostGone())
         return refuse(
             QStringLiteral("standard input is a pipe that nobody holds: no host to serve"));
-    if (!isAlone)
+    if (isAlone)
+        std::signal(SIGHUP, SIG_IGN);
+    else
         HostWatch::start();
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);

@@ -7,11 +7,14 @@
 #include <QHostInfo>
 #include <QLocalSocket>
 #include <QTcpSocket>
+#include <QTimer>
 
 #include <cstdio>
 
 namespace VEK::Simulator {
 namespace {
+
+constexpr int LeavingTime = 100; ///< ms that a client has to make room for the next one.
 
 /// For those who started the server, at once also where that is a pipe.
 void say(QString const& text)
@@ -86,17 +89,27 @@ bool BridgeServer::listenAlone(QString const& where, QString& error)
 void BridgeServer::onTcpConnection()
 {
     while (QTcpSocket* socket = m_tcp.nextPendingConnection()) {
-        QString const peer = addressText(socket->peerAddress(), socket->peerPort());
-        if (m_isAlone && m_client) {
-            say(QStringLiteral("refused %1: there is a client already").arg(peer));
-            socket->abort();
-            socket->deleteLater();
-            continue;
-        }
-        m_client = new Connection(socket, *this);
-        if (m_isAlone)
-            say(QStringLiteral("serving %1").arg(peer));
+        if (!m_isAlone)
+            new Connection(socket, *this);
+        else if (m_client) // which may be leaving: its end comes round with the events
+            QTimer::singleShot(LeavingTime, socket, [this, socket] { serveAlone(socket); });
+        else
+            serveAlone(socket);
     }
+}
+
+void BridgeServer::serveAlone(QTcpSocket* socket)
+{
+    QString const peer = addressText(socket->peerAddress(), socket->peerPort());
+    if (m_client) {
+        say(QStringLiteral("refused %1: there is a client already").arg(peer));
+        socket->abort();
+        socket->deleteLater();
+        return;
+    }
+    say(QStringLiteral("serving %1").arg(peer));
+    socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1); // its machine may vanish
+    m_client = new Connection(socket, *this);
 }
 
 bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)

@@ -38,6 +38,7 @@ public:
 
 private:
     void onTcpConnection();
+    void serveAlone(QTcpSocket* socket);
 
     Bridge& m_bridge;
     Faults const m_faults;

@@ -254,13 +254,14 @@ def test_server_elsewhere(desk, address, host):
     board = desk.start("--listen", f"{address}:0", program="Programmer/bin/scanbridge")
     port = int(board.stdout.readline().rsplit(":", 1)[1])
     server = ("--server", f"{host}:{port}", "--manifest", desk.out / "run.json")
-    run = desk.start(*server)
-    assert (run.wait(), len(run.stdout.readlines())) == (0, 2)
+    for _ in range(5):  # one right behind the other
+        run = desk.start(*server)
+        assert (run.wait(), len(run.stdout.readlines())) == (0, 2)
     assert {name: (desk.out / name).read_bytes() for name in local} == local
     assert desk.manifest()["server"] == f"{host}:{port}"
 
     connection = socket.create_connection((address.strip("[]"), port))
-    assert all("serving" in board.stdout.readline() for _ in range(2))
+    assert all("serving" in board.stdout.readline() for _ in range(6))
     busy = desk.start(*server)
     assert busy.wait() == 6 and "another client" in busy.stderr.read()
     connection.close()
@@ -270,6 +271,9 @@ def test_server_elsewhere(desk, address, host):
     board.kill()
     board.wait()
     assert waiting.wait() == 11 and desk.manifest()["outcome"]["cause"] == "server-lost"
+    for wrong in ("here", f"{address}:99999"):
+        server_ = desk.start("--listen", wrong, program="Programmer/bin/scanbridge")
+        assert server_.wait() == 1 and wrong in server_.stderr.read()
     refused = desk.run(*server, "--reply-timeout", "200ms")
     assert refused[0] == 5 and "refused" in refused[2]
 
