@@ -278,7 +278,8 @@ void ServerLink::dropConnection()
     session->setNlcMode(false);
     if (m_remote && m_remote->state() == QAbstractSocket::ConnectedState) {
         m_remote->disconnectFromHost(); // once all is written
-        m_remote->waitForDisconnected(TerminatePatience);
+        if (m_remote->state() != QAbstractSocket::UnconnectedState)
+            m_remote->waitForDisconnected(TerminatePatience);
     }
     if (m_local && m_local->state() == QLocalSocket::ConnectedState)
         m_local->waitForBytesWritten(TerminatePatience);

@@ -256,7 +256,7 @@ def test_server_elsewhere(desk, address, host):
     server = ("--server", f"{host}:{port}", "--manifest", desk.out / "run.json")
     for _ in range(5):  # one right behind the other
         run = desk.start(*server)
-        assert (run.wait(), len(run.stdout.readlines())) == (0, 2)
+        assert (run.wait(), len(run.stdout.readlines()), run.stderr.read()) == (0, 2, "")
     assert {name: (desk.out / name).read_bytes() for name in local} == local
     assert desk.manifest()["server"] == f"{host}:{port}"
 
