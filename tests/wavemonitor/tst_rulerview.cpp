@@ -176,20 +176,9 @@ private Q_SLOTS:
         QCOMPARE(times(*m_ruler).first(), 0);
     }
 
-    void timesStayWithinTheLength()
+    /// A cursor that is set before any data has come.
+    void keepsItsCursor()
     {
-        m_ruler->createMarker(1000);
-        m_ruler->createMarker(-1);
-        QCOMPARE(times(*m_ruler), (QList<int>{0, 99}));
-        m_ruler->cursorItem()->setTime(100);
-        QCOMPARE(m_ruler->cursorItem()->time(), 99);
-        QCOMPARE(m_ruler->cursorItem()->x(), 4950.0);
-        m_ruler->setLength(50);
-        QCOMPARE(times(*m_ruler), (QList<int>{0, 49}));
-        QCOMPARE(m_ruler->timeMarkers().at(1)->item()->x(), 2450.0);
-        QCOMPARE(m_ruler->cursorItem()->time(), 49);
-
-        // a cursor that is set before any data has come is kept
         RulerView empty;
         empty.cursorItem()->setTime(70);
         empty.setLength(100);
