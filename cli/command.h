@@ -13,6 +13,7 @@ using Command = std::function<int()>;
 
 /// Adds the command to the program's command line: one such function a file. When the command was
 /// chosen `chosen` is set.
+void addCheckCommand(CLI::App& program, Command& chosen);
 void addRunCommand(CLI::App& program, Command& chosen);
 
 /// A text of the command line.

@@ -1,6 +1,6 @@
 #include "cli/configuration.h"
 
-#include "acquire/datamanager.h"
+#include "check/capturelimits.h"
 #include "cli/exitstatus.h"
 #include "model/vekfile.h"
 
@@ -9,8 +9,6 @@
 
 namespace VEK::Cli {
 namespace {
-
-constexpr int CoreSelects = 16; ///< Cores that a chain can tell apart.
 
 Failure invalid(QString const& message)
 {
@@ -43,35 +41,12 @@ void checkAmounts(QString const& core, int amount, int windows)
 QStringList warningsOf(SxCore const& core)
 {
     QStringList warnings;
-    QString const name = QStringLiteral("core %1: ").arg(core.index);
-    int const amount = core.captureAmount;
-    if (readSamples(amount) < amount)
-        warnings << name + QStringLiteral("of %1 samples only %2 are read, a multiple of %3")
-                               .arg(amount)
-                               .arg(readSamples(amount))
-                               .arg(DataManager::SectionSamples);
-    int const share = core.storageDepth / int(fixedWindowNum(unsigned(core.windowNum)));
-    if (amount > share)
-        warnings << name + QStringLiteral("%1 samples are more than the %2 of a window's memory")
-                               .arg(amount)
-                               .arg(share);
-    if (core.triggerPos < 0 || core.triggerPos >= amount)
-        warnings << name + QStringLiteral("trigger position %1 lies outside of %2 samples")
-                               .arg(core.triggerPos)
-                               .arg(amount);
-    if (core.index < 0 || core.index >= CoreSelects)
-        warnings << name + QStringLiteral("the chain tells only the cores 0 to %1 apart")
-                               .arg(CoreSelects - 1);
+    for (LimitProblem const& problem : limitProblems(core))
+        warnings << QStringLiteral("core %1: %2").arg(core.index).arg(problem.message);
     return warnings;
 }
 
 } // namespace
-
-int readSamples(int captureAmount)
-{
-    int const section = DataManager::SectionSamples;
-    return captureAmount <= section ? captureAmount : captureAmount / section * section;
-}
 
 void openConfiguration(QString const& path, Capture& capture)
 {

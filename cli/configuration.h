@@ -14,7 +14,4 @@ void openConfiguration(QString const& path, Capture& capture);
 /// captured; gives warnings about what will not come as the configuration says.
 QStringList checkCores(Capture const& capture, QList<int> const& places);
 
-/// Samples of a window that are read: Standard cores are read in whole sections.
-int readSamples(int captureAmount);
-
 } // namespace VEK::Cli

@@ -47,6 +47,7 @@ int main(int argc, char* argv[])
     program.footer(statusHelp().toStdString());
     Command command;
     addRunCommand(program, command);
+    addCheckCommand(program, command);
     try {
         program.parse(argc, argv);
         return command();

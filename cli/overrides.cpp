@@ -1,7 +1,7 @@
 #include "cli/overrides.h"
 
+#include "check/triggercheck.h"
 #include "cli/exitstatus.h"
-#include "image/expression.h"
 #include "image/matchvalue.h"
 
 #include <QJsonArray>
@@ -43,15 +43,6 @@ void setSizes(Overrides const& overrides, SxCore& core)
                 .arg(core.triggerPos));
 }
 
-QStringList tokensOf(QString const& expression)
-{
-    static QRegularExpression const token(QStringLiteral("M\\d+|\\S"));
-    QStringList tokens;
-    for (auto found = token.globalMatch(expression); found.hasNext();)
-        tokens << found.next().captured();
-    return tokens;
-}
-
 void setExpression(QString const& text, SxCore& core)
 {
     QString const option = QStringLiteral("--expression");
@@ -59,20 +50,10 @@ void setExpression(QString const& text, SxCore& core)
         throw refusal(option, core,
                       QStringLiteral("is static: its expressions are built into the design"));
     QString const expression = text.toUpper().remove(QLatin1Char(' '));
-    QStringList const tokens = tokensOf(expression);
-    for (QString const& token : tokens) {
-        MatchUnit const* const unit = core.matchUnit(token.midRef(1).toInt());
-        bool const isOperand = token.size() > 1;
-        if (!isOperand && !QStringLiteral("!&^|()").contains(token))
-            throw refusal(option, core,
-                          QStringLiteral("can't take \"%1\": an expression holds M0 to M15, "
-                                         "! & ^ | and brackets")
-                              .arg(token));
-        if (isOperand && (!unit || !unit->enabled || !unit->trigger))
-            throw refusal(option, core, QStringLiteral("has no unit %1 in use").arg(token));
-    }
-    if (!isOk(tokens))
-        throw refusal(option, core, QStringLiteral("can't take \"%1\": it is not valid").arg(text));
+    QString const problem = expressionProblem(expression, core);
+    if (!problem.isEmpty())
+        throw Failure{Status::Usage,
+                      QStringLiteral("%1: core %2: %3").arg(option).arg(core.index).arg(problem)};
     core.expressions = QStringList{expression};
     core.expressionEnabled.clear(); // as in a file: all count
 }

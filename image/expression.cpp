@@ -1,6 +1,7 @@
 #include "image/expression.h"
 
 #include <QDebug>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -51,6 +52,15 @@ bool leavesOneValue(QStringList const& postfix)
 }
 
 } // namespace
+
+QStringList tokensOf(QString const& expression)
+{
+    static QRegularExpression const token(QStringLiteral("M\\d+|\\S"));
+    QStringList tokens;
+    for (auto found = token.globalMatch(expression); found.hasNext();)
+        tokens << found.next().captured();
+    return tokens;
+}
 
 int priority(QString const& token)
 {

@@ -14,6 +14,9 @@ inline const QString OP_NOT = QStringLiteral("!");
 inline const QString LEFT_BRACKET = QStringLiteral("(");
 inline const QString RIGHT_BRACKET = QStringLiteral(")");
 
+/// The tokens of a text. What is none comes as single characters, blanks left out.
+QStringList tokensOf(QString const& expression);
+
 /// 1 for or, 2 for exclusive or, 3 for and, 4 for not, 0 for anything else.
 int priority(QString const& token);
 

@@ -4,7 +4,7 @@ _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check --help --version" -- "$word")
         return
     fi
     case $before in
@@ -15,7 +15,7 @@ _vek() {
         mapfile -t COMPREPLY < <(compgen -P "$done" -W "csv vcd rsx raw" -- "${word##*,}")
         return
         ;;
-    -o | --output | --manifest)
+    -o | --output | --manifest | --bench)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return
         ;;
@@ -26,9 +26,12 @@ _vek() {
     esac
     case $word in
     -*)
-        list="--output --format --plain --clock --manifest --label --attempt --wait --force-after
+        case ${COMP_WORDS[1]} in
+        check) list="--bench --json --help" ;;
+        run) list="--output --format --plain --clock --manifest --label --attempt --wait --force-after
             --reply-timeout --queue --paced --progress --core --position --amount --windows
-            --expression --match --cable --location --server --device --help"
+            --expression --match --cable --location --server --device --help" ;;
+        esac
         ;;
     esac
     if [ -n "$list" ]; then

@@ -70,47 +70,67 @@ bool sampleStimulus(Bench const& bench, std::vector<WatchedCore> const& cores,
     return Dump::sampleVcdFile(bench.vcd, requests, stimulus, error);
 }
 
-std::unique_ptr<Chip> buildLiteChip(Bench const& bench, QString& warning, QString& error)
+/// A design, and what its cores see.
+struct LoadedBench
 {
-    BuiltLiteCore core;
+    bool isLite = false;
+    BuiltLiteCore liteCore;
+    std::vector<BuiltCore> cores;
     Dump::SampledStimulus stimulus;
-    if (!readLiteDesign(bench.design, bench.device, core, error) ||
-        !sampleStimulus(bench, {{core.signalNames, core.sampleClock}}, stimulus, error))
-        return nullptr;
-    warning = stimulus.warning;
-    return std::make_unique<LiteChip>(std::move(core), std::move(stimulus.tables.front()));
+};
+
+bool readDesign(Bench const& bench, LoadedBench& loaded, QString& error)
+{
+    switch (vekModeFromVekConfigFile(bench.design)) {
+    case VekModeStandard:
+        return readStandardDesign(bench.design, loaded.cores, error);
+    case VekModeLite:
+        loaded.isLite = true;
+        return readLiteDesign(bench.design, bench.device, loaded.liteCore, error);
+    case VekModeUnknown:
+        break;
+    }
+    error = QStringLiteral("%1: this is no configuration file that can be read").arg(bench.design);
+    return false;
 }
 
-std::unique_ptr<Chip> buildStandardChip(Bench const& bench, QString& warning, QString& error)
+bool loadBench(Bench const& bench, LoadedBench& loaded, QString& error)
 {
-    std::vector<BuiltCore> cores;
+    if (!readDesign(bench, loaded, error))
+        return false;
     std::vector<WatchedCore> watched;
-    Dump::SampledStimulus stimulus;
-    if (!readStandardDesign(bench.design, cores, error))
-        return nullptr;
-    for (BuiltCore const& core : cores)
+    if (loaded.isLite)
+        watched.push_back({loaded.liteCore.signalNames, loaded.liteCore.sampleClock});
+    for (BuiltCore const& core : loaded.cores)
         watched.push_back({core.signalNames, core.sampleClock});
-    if (!sampleStimulus(bench, watched, stimulus, error))
-        return nullptr;
-    warning = stimulus.warning;
-    return std::make_unique<StandardChip>(std::move(cores), std::move(stimulus.tables),
-                                          takesOneMore(bench.device));
+    return sampleStimulus(bench, watched, loaded.stimulus, error);
 }
 
 } // namespace
 
 std::unique_ptr<Chip> buildChip(Bench const& bench, QString& warning, QString& error)
 {
-    switch (vekModeFromVekConfigFile(bench.design)) {
-    case VekModeStandard:
-        return buildStandardChip(bench, warning, error);
-    case VekModeLite:
-        return buildLiteChip(bench, warning, error);
-    case VekModeUnknown:
-        break;
-    }
-    error = QStringLiteral("%1: this is no configuration file that can be read").arg(bench.design);
-    return nullptr;
+    LoadedBench loaded;
+    if (!loadBench(bench, loaded, error))
+        return nullptr;
+    warning = loaded.stimulus.warning;
+    if (loaded.isLite)
+        return std::make_unique<LiteChip>(std::move(loaded.liteCore),
+                                          std::move(loaded.stimulus.tables.front()));
+    return std::make_unique<StandardChip>(
+        std::move(loaded.cores), std::move(loaded.stimulus.tables), takesOneMore(bench.device));
+}
+
+bool countSamples(Bench const& bench, std::vector<qint64>& samples, QString& warning,
+                  QString& error)
+{
+    LoadedBench loaded;
+    if (!loadBench(bench, loaded, error))
+        return false;
+    warning = loaded.stimulus.warning;
+    for (Dump::SampleTable const& table : loaded.stimulus.tables)
+        samples.push_back(table.rowCount());
+    return true;
 }
 
 } // namespace VEK::Simulator

@@ -78,6 +78,7 @@ private:
     // its files (mainwindowfiles.cpp)
     void chooseFile(QString const& recent = QString());
     void follow(QString const& file);
+    void tellFindings(QString const& path);
     QStringList unsavedWork();
     void noteSaved();
     void updateTitle();

@@ -1,5 +1,6 @@
 // The main window's files: configurations, sessions and exports.
 
+#include "check/configurationcheck.h"
 #include "model/litefile.h"
 #include "model/standardfile.h"
 #include "results/csvexport.h"
@@ -61,8 +62,21 @@ bool MainWindow::open(QString const& path)
     showSession(file);
     noteSaved();
     updateActions();
+    tellFindings(file);
     statusBar()->showMessage(QStringLiteral("Opened %1.").arg(file));
     return true;
+}
+
+/// What the readers have put up with.
+void MainWindow::tellFindings(QString const& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return; // it was there a moment ago: the banner tells
+    QString const name = QFileInfo(path).fileName();
+    for (Finding const& finding : checkConfiguration(file.readAll()))
+        say(QStringLiteral("%1:%2: %3").arg(name).arg(finding.line).arg(finding.text()),
+            finding.severity == Severity::Error);
 }
 
 /// Makes a file the open one.

@@ -51,8 +51,8 @@ class Desk:
         self.environment["VEK_BENCH"] = str(path)
         return self
 
-    def start(self, *arguments, program="Analyzer/bin/vek", **options):
-        if program.endswith("vek"):
+    def start(self, *arguments, program="Analyzer/bin/vek", command="run", **options):
+        if command and program.endswith("vek"):
             arguments = ("run", "-o", f"{self.out}/", *arguments, self.configuration)
         return subprocess.Popen([self.folder / program, *map(str, arguments)], text=True,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder,
