@@ -11,7 +11,6 @@
 #include <QDomDocument>
 #include <QDomElement>
 #include <QMap>
-#include <QPointer>
 #include <QStringList>
 
 #include <functional>
@@ -21,15 +20,19 @@ class QTreeView;
 
 namespace WaveMonitor {
 
-struct BusLayoutNode;
 struct LayoutNode;
 struct Notification;
+class LayoutEditor;
 class ModelLayout;
+class RowDisplay;
+class SignalStore;
+class TreeLink;
 class WaveViewDataSource;
 
 /// The data of one monitor and its arrangement, as an item model for the tree and as the data
-/// source of the wave view. Column 0 is a row's name, column 1 its value at the current time; the
-/// internal pointer of an index is its `LayoutNode`. Times count in samples.
+/// source of the wave view. It joins what others do: the captured signals and the arrangement are
+/// kept apart, and each edit is handed on. Column 0 is a row's name, column 1 its value at the
+/// current time; the internal pointer of an index is its `LayoutNode`. Times count in samples.
 ///
 /// Operations on indexes ignore invalid ones and those of other models.
 class SignalTreeModel : public QAbstractItemModel,
@@ -45,7 +48,7 @@ public:
     explicit SignalTreeModel(QObject* parent = nullptr);
     ~SignalTreeModel() override;
 
-    int columnCount(QModelIndex const& parent = QModelIndex()) const override;
+    int columnCount(QModelIndex const& = QModelIndex()) const override { return ColumnCount; }
     int rowCount(QModelIndex const& parent = QModelIndex()) const override;
     QModelIndex index(int row, int column,
                       QModelIndex const& parent = QModelIndex()) const override;
@@ -54,8 +57,11 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(QModelIndex const& index) const override;
-    Qt::DropActions supportedDropActions() const override;
-    Qt::DropActions supportedDragActions() const override;
+    Qt::DropActions supportedDropActions() const override
+    {
+        return Qt::CopyAction | Qt::MoveAction;
+    }
+    Qt::DropActions supportedDragActions() const override { return supportedDropActions(); }
     QVariant data(QModelIndex const& index, int role = Qt::DisplayRole) const override;
 
     /// Renames a row; an empty text is refused. Sends no signal: the editing view repaints itself.
@@ -107,7 +113,7 @@ public:
 
     /// The default format of the monitor.
     void setDataFormat(DataFormat::Type type);
-    DataFormat::Type dataFormat() const;
+    DataFormat::Type dataFormat() const { return m_dataFormatter.formatType(); }
 
     /// Sample of the trigger within one window. It becomes the current time, too.
     void setTriggerPosition(int time);
@@ -135,7 +141,7 @@ public:
                                      std::function<void(SignalElement*)> const& visit = {}) const;
 
     /// All elements by id. They stay the model's.
-    QMap<int, SignalElement*> const& signalElements() const { return m_elements; }
+    QMap<int, SignalElement*> const& signalElements() const;
 
     /// Replaces the samples of the signals 0 to n - 1. Ignored unless there is an array for each
     /// signal; ids without signal are skipped.
@@ -198,35 +204,24 @@ Q_SIGNALS:
     void layoutEdited();
 
 private:
-    friend class ModelLayout; // announces rows
+    friend class LayoutEditor; // announces edits
+    friend class ModelLayout;  // announces rows
 
     void post(quint32 type);
-    bool isOwn(QModelIndex const& index) const;
-    SignalElement* storeElement(SignalElement const& element);
-
-    QVariant nameFont(LayoutNode const* node) const;
-    QString valueText(LayoutNode const* node) const;
-    QBitArray busValue(LayoutNode const* bus) const;
-
-    bool haveOneLength(QList<QModelIndex> const& rows) const;
-    void setShortName(LayoutNode* signal);
-    void setLongName(LayoutNode* signal);
-    void setShortNames(BusLayoutNode* bus);
-    void setLongNames(BusLayoutNode* bus);
-    void dropEmptyBus(LayoutNode* parent);
-
-    QList<QModelIndex> moveRows(QList<QModelIndex> const& indexes, LayoutNode* parent, int from);
+    void removeAllRows();
 
     QStringList m_headers{QString(), QString()};
-    QMap<int, SignalElement*> m_elements; // owned
     int m_triggerPosition = 0;
     int m_currentTime = 0;
     int m_windowsNum = 1;
+    std::unique_ptr<SignalStore> m_store;
     // Wave items borrow the formatters of the nodes: they go before the layout.
     std::unique_ptr<ModelLayout> m_layout;
+    std::unique_ptr<LayoutEditor> m_editor;
+    std::unique_ptr<RowDisplay> m_display;
     DataFormatter m_dataFormatter{DataFormat::Hexadecimal};
     std::unique_ptr<WaveViewDataSource> m_dataSource;
-    QPointer<QTreeView> m_treeView;
+    std::unique_ptr<TreeLink> m_treeLink;
 };
 
 } // namespace WaveMonitor

@@ -13,6 +13,12 @@ LayoutNode::~LayoutNode()
     removeAll();
 }
 
+void LayoutNode::append(LayoutNode* child)
+{
+    child->parent = this;
+    children.append(child);
+}
+
 void LayoutNode::removeAll()
 {
     delete formatter;

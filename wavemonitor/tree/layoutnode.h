@@ -32,6 +32,9 @@ struct LayoutNode
     /// document but not placed in it.
     virtual QDomElement domElement(QDomDocument& document) const;
 
+    /// Makes a node without a parent the last child.
+    void append(LayoutNode* child);
+
     /// Deletes the formatter and all children.
     void removeAll();
 

@@ -4,6 +4,7 @@
 #include "wavemonitor/signalelement.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/tree/busnaming.h"
+#include "wavemonitor/tree/layoutreader.h"
 #include "wavemonitor/waves/waveviewdatasource.h"
 
 #include <algorithm>
@@ -17,12 +18,6 @@ LayoutNode* signalNode(SignalElement const* element)
     auto* node = new SignalLayoutNode;
     node->id = element->id;
     return node;
-}
-
-void append(LayoutNode* parent, LayoutNode* child)
-{
-    child->parent = parent;
-    parent->children.append(child);
 }
 
 } // namespace
@@ -41,6 +36,11 @@ QModelIndex ModelLayout::index(int row, int column, QModelIndex const& parent) c
     if (!m_model->hasIndex(row, column, parent))
         return QModelIndex();
     return m_model->createIndex(row, column, nodeAt(parent)->children.at(row));
+}
+
+bool ModelLayout::owns(QModelIndex const& index) const
+{
+    return index.isValid() && index.model() == m_model;
 }
 
 LayoutNode* ModelLayout::nodeAt(QModelIndex const& index) const
@@ -72,7 +72,7 @@ LayoutNode* ModelLayout::appendBus(QString const& name, QString const& text,
         bus->name = name;
     bus->text = text;
     for (SignalElement const* element : elements)
-        append(bus, signalNode(element));
+        bus->append(signalNode(element));
     insert(m_root, m_root->children.size(), {bus});
     return bus;
 }
@@ -111,6 +111,25 @@ void ModelLayout::insert(LayoutNode* parent, int row, QList<LayoutNode*> const& 
     m_model->endInsertRows();
 }
 
+void ModelLayout::reverse(LayoutNode* parent)
+{
+    QList<QPersistentModelIndex> const parents{indexOf(parent)};
+    Q_EMIT m_model->layoutAboutToBeChanged(parents);
+    std::reverse(parent->children.begin(), parent->children.end());
+    QModelIndexList from;
+    QModelIndexList to;
+    for (QModelIndex const& kept : m_model->persistentIndexList()) {
+        LayoutNode* const node = nodeAt(kept);
+        if (node->parent != parent)
+            continue;
+        from.append(kept);
+        to.append(
+            m_model->createIndex(parent->children.size() - 1 - kept.row(), kept.column(), node));
+    }
+    m_model->changePersistentIndexList(from, to);
+    Q_EMIT m_model->layoutChanged(parents);
+}
+
 LayoutNode* ModelLayout::group(QList<QModelIndex> const& rows)
 {
     if (rows.isEmpty())
@@ -143,7 +162,7 @@ LayoutNode* ModelLayout::group(QList<QModelIndex> const& rows)
     for (LayoutNode* node : qAsConst(nodes))
         node->children.clear();
     for (LayoutNode* member : qAsConst(members))
-        append(bus, member);
+        bus->append(member);
     insert(m_root, row, {bus});
     for (LayoutNode* node : qAsConst(nodes)) {
         if (node->type == LayoutNode::Bus)
@@ -210,6 +229,23 @@ void ModelLayout::releaseNode(LayoutNode* node)
 void ModelLayout::removeAll()
 {
     m_root->removeAll();
+}
+
+QDomElement ModelLayout::exportDomElement(QDomDocument& document) const
+{
+    QDomElement layout = m_root->domElement(document);
+    for (LayoutNode const* node : qAsConst(m_root->children)) {
+        QDomElement element = node->domElement(document);
+        for (LayoutNode const* child : node->children)
+            element.appendChild(child->domElement(document));
+        layout.appendChild(element);
+    }
+    return layout;
+}
+
+void ModelLayout::restoreLayout(QDomElement const& layout)
+{
+    readRows(layout, *m_root);
 }
 
 } // namespace WaveMonitor

@@ -27,6 +27,9 @@ public:
     /// The model's index, invalid where there is no row.
     QModelIndex index(int row, int column = 0, QModelIndex const& parent = QModelIndex()) const;
 
+    /// Whether an index is valid and the model's.
+    bool owns(QModelIndex const& index) const;
+
     /// The node behind an index of the model, the root for an invalid one.
     LayoutNode* nodeAt(QModelIndex const& index) const;
 
@@ -45,6 +48,9 @@ public:
     /// Puts nodes without a parent into the arrangement, which owns them from then on. The row is
     /// held within those of the parent.
     void insert(LayoutNode* parent, int row, QList<LayoutNode*> const& nodes);
+
+    /// Reverses the order of a node's children; the model's persistent indexes follow them.
+    void reverse(LayoutNode* parent);
 
     /// Replaces top-level rows by one bus at the place of the first. Signals and dividers become
     /// its members, selected buses give theirs and are released. `rows` stand in the order of their

@@ -41,7 +41,6 @@ public:
     WaveItem* itemForNode(LayoutNode* node) const { return m_items.value(node); }
     /// The node of an item, null for none of ours.
     LayoutNode* nodeForItem(QGraphicsItem const* item) const;
-    int itemCount() const { return m_items.size(); }
 
     /// Takes the highlight off all rows.
     void clearSelection();

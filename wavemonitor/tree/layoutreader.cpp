@@ -1,8 +1,8 @@
-// The arrangement as the element "Layout".
+#include "wavemonitor/tree/layoutreader.h"
 
 #include "results/windowdocument.h"
 #include "wavemonitor/mlog.h"
-#include "wavemonitor/tree/modellayout.h"
+#include "wavemonitor/tree/layoutnode.h"
 
 #include <memory>
 
@@ -64,12 +64,6 @@ std::unique_ptr<Node> readNode(QDomElement const& element)
     return node;
 }
 
-void attach(LayoutNode& parent, std::unique_ptr<LayoutNode> node)
-{
-    node->parent = &parent;
-    parent.children.append(node.release());
-}
-
 /// A signal or a divider; false for any other kind.
 bool readLeaf(LayoutNode& parent, QDomElement const& element)
 {
@@ -77,11 +71,11 @@ bool readLeaf(LayoutNode& parent, QDomElement const& element)
     if (kind == VEK::DOM_VAL_NODE_T_SIG) {
         auto node = readNode<SignalLayoutNode>(element);
         MLog() << "sigNode: type(" << node->type << ") id(" << node->id << ")";
-        attach(parent, std::move(node));
+        parent.append(node.release());
         return true;
     }
     if (kind == VEK::DOM_VAL_NODE_T_DIVIDER) {
-        attach(parent, readNode<DividerLayoutNode>(element));
+        parent.append(readNode<DividerLayoutNode>(element).release());
         return true;
     }
     return false;
@@ -97,22 +91,10 @@ void forEachNode(QDomElement const& parent, Visit visit)
 
 } // namespace
 
-QDomElement ModelLayout::exportDomElement(QDomDocument& document) const
+void readRows(QDomElement const& layout, LayoutNode& root)
 {
-    QDomElement layout = m_root->domElement(document);
-    for (LayoutNode const* node : qAsConst(m_root->children)) {
-        QDomElement element = node->domElement(document);
-        for (LayoutNode const* child : node->children)
-            element.appendChild(child->domElement(document));
-        layout.appendChild(element);
-    }
-    return layout;
-}
-
-void ModelLayout::restoreLayout(QDomElement const& layout)
-{
-    forEachNode(layout, [this](QDomElement const& element) {
-        if (readLeaf(*m_root, element) ||
+    forEachNode(layout, [&root](QDomElement const& element) {
+        if (readLeaf(root, element) ||
             element.attribute(VEK::DOM_ATTR_NODE_TYPE) != VEK::DOM_VAL_NODE_T_BUS)
             return;
         auto bus = readNode<BusLayoutNode>(element);
@@ -120,7 +102,7 @@ void ModelLayout::restoreLayout(QDomElement const& layout)
         readFormat(*bus->formatter, element);
         MLog() << "BusNode: type(" << bus->type << ") id(" << bus->id << ")";
         forEachNode(element, [&bus](QDomElement const& child) { readLeaf(*bus, child); });
-        attach(*m_root, std::move(bus));
+        root.append(bus.release());
     });
 }
 
