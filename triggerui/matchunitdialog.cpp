@@ -1,36 +1,20 @@
 #include "triggerui/matchunitdialog.h"
 
+#include "triggerui/matchvalueeditor.h"
 #include "widgets/messagebox.h"
 
 #include "ui_matchunitdialog.h"
 
-#include <QRegExpValidator>
 #include <QSignalBlocker>
 
 namespace VEK {
 
-namespace {
-
-/// A value of a file in the width of a port, as the chip gets it: a short one is preceded by zeros,
-/// a long one keeps its head. Characters that the editors would refuse are zeros.
-QString fittedValue(QString const& value, int width, QString const& letters)
-{
-    QString fitted = value.rightJustified(width, QLatin1Char('0'), true);
-    for (QChar& bit : fitted) {
-        if (bit != QLatin1Char('1') && !letters.contains(bit))
-            bit = QLatin1Char('0');
-    }
-    return fitted;
-}
-
-} // namespace
-
 MatchUnitDialog::MatchUnitDialog(MatchUnit* unit, bool fixedStructure, QWidget* parent)
-    : QDialog(parent), ui(new Ui_MatchUnitDialog), fixedStructure(fixedStructure),
-      validator(new QRegExpValidator(this)), unit(unit), core(unit->core),
-      matchType(unit->matchType), func(unit->func)
+    : QDialog(parent), ui(new Ui_MatchUnitDialog), fixedStructure(fixedStructure), unit(unit),
+      core(unit->core), matchType(unit->matchType), func(unit->func)
 {
     ui->setupUi(this);
+    values = std::make_unique<MatchValueEditor>(ui->treeSignals0, ui->treeSignals1, this);
     initialize();
     if (!fixedStructure)
         return;
@@ -39,10 +23,7 @@ MatchUnitDialog::MatchUnitDialog(MatchUnit* unit, bool fixedStructure, QWidget* 
     ui->spinBoxCounterWidth->setEnabled(false);
 }
 
-MatchUnitDialog::~MatchUnitDialog()
-{
-    clearTrees();
-}
+MatchUnitDialog::~MatchUnitDialog() = default;
 
 void MatchUnitDialog::initialize()
 {
@@ -61,14 +42,9 @@ void MatchUnitDialog::initialize()
 
     ui->rbtnBin->setChecked(true);
     showRangeRows();
-    ui->groupBoxValue0->setEnabled(port);
+    values->setKind(func, matchType);
     fillTrees();
-    if (port) {
-        int const width = port->singleSignals().size();
-        QString const letters = lettersAllowed(radix, func, matchType);
-        setEditor(fittedValue(unit->value0, width, letters), ui->treeSignals0);
-        setEditor(fittedValue(unit->value1, width, letters), ui->treeSignals1);
-    }
+    values->loadValues({unit->value0, unit->value1});
     initializeCounter();
     connectForm();
 }
@@ -123,33 +99,44 @@ void MatchUnitDialog::showRangeRows()
     ui->treeSignals1->setVisible(isRange());
 }
 
-void MatchUnitDialog::onTriggerChanged()
+/// The rows of the port chosen; without one there is nothing to edit.
+void MatchUnitDialog::fillTrees()
 {
-    Values values = readValues(false);
-    bool const chosen = ui->comboBoxTrigger->currentIndex() >= 0;
-    port = chosen ? core->getTrigger(ui->comboBoxTrigger->currentData().toInt()) : nullptr;
-    clearTrees();
+    ui->treeSignals->clear();
+    values->clear();
     ui->groupBoxValue0->setEnabled(port);
     if (!port)
         return;
+    for (SignalItem const& item : qAsConst(port->signalList))
+        Signal2treeItem(ui->treeSignals, item);
+    values->fill(port->signalList);
+}
+
+void MatchUnitDialog::onTriggerChanged()
+{
+    MatchValueEditor::Values const old = values->readValues(false);
+    bool const chosen = ui->comboBoxTrigger->currentIndex() >= 0;
+    port = chosen ? core->getTrigger(ui->comboBoxTrigger->currentData().toInt()) : nullptr;
     fillTrees();
+    if (!port)
+        return;
     int const width = port->singleSignals().size();
-    applyValues({BitWidthAdjust(values.first, width), BitWidthAdjust(values.second, width)});
+    values->applyValues({BitWidthAdjust(old.first, width), BitWidthAdjust(old.second, width)});
 }
 
 void MatchUnitDialog::onTypeChanged()
 {
     if (ui->comboBoxType->currentIndex() < 0)
         return;
-    Values const values = readValues(false);
+    MatchValueEditor::Values const old = values->readValues(false);
     matchType = ui->comboBoxType->currentData().toInt();
     QList<MatchFunc> const allowed = optionalFunctions(MatchType(matchType));
     if (!allowed.contains(MatchFunc(func)))
         func = allowed.first();
     fillFunctions();
     showRangeRows();
-    resetTrees();
-    applyValues(values);
+    values->setKind(func, matchType);
+    values->applyValues(old);
 }
 
 void MatchUnitDialog::onFuncChanged()
@@ -157,11 +144,11 @@ void MatchUnitDialog::onFuncChanged()
     if (ui->comboBoxFunc->currentIndex() < 0)
         return;
     int const chosen = ui->comboBoxFunc->currentData().toInt();
-    Values const values = readValues(chosen > FuncNotEqual);
+    MatchValueEditor::Values const old = values->readValues(chosen > FuncNotEqual);
     func = chosen;
     showRangeRows();
-    resetTrees();
-    applyValues(values);
+    values->setKind(func, matchType);
+    values->applyValues(old);
 }
 
 void MatchUnitDialog::onBaseChanged()
@@ -170,14 +157,11 @@ void MatchUnitDialog::onBaseChanged()
                        : ui->rbtnDec->isChecked() ? 10
                        : ui->rbtnOct->isChecked() ? 8
                                                   : 2;
-    if (chosen == radix)
+    if (chosen == values->radix())
         return;
-    Values const values = readValues(true);
-    radix = chosen;
-    resetTrees();
-    applyValues(values);
-    toolTipValueChanged(ui->treeSignals0);
-    toolTipValueChanged(ui->treeSignals1);
+    MatchValueEditor::Values const old = values->readValues(true);
+    values->setRadix(chosen);
+    values->applyValues(old);
 }
 
 void MatchUnitDialog::onCounterWidthChanged()
@@ -191,18 +175,18 @@ void MatchUnitDialog::accept()
         QDialog::accept();
         return;
     }
-    Values const values = readValues(false);
-    if (isRange() && QString::compare(values.first, values.second) > 0) {
+    auto const [value0, value1] = values->readValues(false);
+    if (isRange() && QString::compare(value0, value1) > 0) {
         warn(QStringLiteral("Maximum value is less than minimum value."));
         return;
     }
     // Deliberate: the masks alone keep the width. Against an empty text this never fails.
-    if (!checkExcessBitWidth(QString(), values.first.size()) ||
-        !checkExcessBitWidth(QString(), values.second.size())) {
+    if (!checkExcessBitWidth(QString(), value0.size()) ||
+        !checkExcessBitWidth(QString(), value1.size())) {
         warn(QStringLiteral("value is more than effective width."));
         return;
     }
-    writeUnit(values);
+    writeUnit(value0, value1);
     QDialog::accept();
 }
 
@@ -211,7 +195,7 @@ void MatchUnitDialog::warn(QString const& text)
     showMessage(QMessageBox::Warning, QStringLiteral("Value Invalid"), text, this);
 }
 
-void MatchUnitDialog::writeUnit(Values const& values)
+void MatchUnitDialog::writeUnit(QString const& value0, QString const& value1)
 {
     if (!fixedStructure) {
         unit->trigger = port;
@@ -222,8 +206,68 @@ void MatchUnitDialog::writeUnit(Values const& values)
     unit->func = MatchFunc(func);
     unit->counter = ui->spinBoxCounter->value();
     unit->continuous = ui->checkBoxContinuous->isChecked();
-    unit->value0 = values.first;
-    unit->value1 = values.second;
+    unit->value0 = value0;
+    unit->value1 = value1;
+}
+
+int MatchUnitDialog::calculatedBitwidth(int width)
+{
+    return values->calculatedBitwidth(width);
+}
+
+void MatchUnitDialog::toolTipValueChanged(QTreeWidget* tree)
+{
+    values->toolTipValueChanged(tree);
+}
+
+void MatchUnitDialog::onEditMenu(QPoint position)
+{
+    values->openMenu(qobject_cast<TreeLineEdit*>(sender()), position);
+}
+
+void MatchUnitDialog::onBusEditChange()
+{
+    values->spread(qobject_cast<TreeLineEdit*>(sender()));
+}
+
+void MatchUnitDialog::onSubEditChange()
+{
+    values->spread(qobject_cast<TreeLineEdit*>(sender()));
+}
+
+void MatchUnitDialog::onChangeX()
+{
+    values->changeAll(QLatin1Char('X'));
+}
+
+void MatchUnitDialog::onChange0()
+{
+    values->changeAll(QLatin1Char('0'));
+}
+
+void MatchUnitDialog::onChange1()
+{
+    values->changeAll(QLatin1Char('1'));
+}
+
+void MatchUnitDialog::onChangeR()
+{
+    values->changeAll(QLatin1Char('R'));
+}
+
+void MatchUnitDialog::onChangeF()
+{
+    values->changeAll(QLatin1Char('F'));
+}
+
+void MatchUnitDialog::onChangeB()
+{
+    values->changeAll(QLatin1Char('B'));
+}
+
+void MatchUnitDialog::onChangeN()
+{
+    values->changeAll(QLatin1Char('N'));
 }
 
 } // namespace VEK

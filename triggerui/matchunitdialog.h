@@ -5,16 +5,15 @@
 #include "triggerui/treelineedit.h"
 
 #include <QDialog>
-#include <QPointer>
 
 #include <memory>
 
 class QPoint;
-class QRegExpValidator;
 class QTreeWidget;
 
 namespace VEK {
 
+class MatchValueEditor;
 class Ui_MatchUnitDialog;
 
 /// Edits one match unit: the trigger port it watches, type and function, one or two values by
@@ -41,7 +40,11 @@ public Q_SLOTS:
     void onCounterWidthChanged();
     /// The number of digits that a value of `width` bits has in the present radix.
     int calculatedBitwidth(int width);
+    /// Gives each value row of a tree its whole range as its tool tip.
     void toolTipValueChanged(QTreeWidget* tree);
+    /// For the value row that sends the signal, as are `onBusEditChange` and `onSubEditChange`: the
+    /// dialog's own rows need none of the three. The `onChange` slots fill the row that the menu
+    /// was opened on last.
     void onEditMenu(QPoint position);
     void onChangeX();
     void onChange0();
@@ -54,50 +57,24 @@ public Q_SLOTS:
     void onSubEditChange();
 
 private:
-    /// The texts of both values, one character a bit.
-    struct Values
-    {
-        QString first;
-        QString second;
-    };
-
     void initialize();
     void initializeCounter();
     void connectForm();
-    void writeUnit(Values const& values);
+    void fillTrees();
+    void writeUnit(QString const& value0, QString const& value1);
     bool isRange() const;
     void fillFunctions();
     void showRangeRows();
     void warn(QString const& text);
 
-    void fillTrees();
-    void clearTrees();
-    void fillValueTree(QTreeWidget* tree);
-    TreeLineEdit* Signal2treeItemAndEdit(QTreeWidget* tree, SignalItem const& item, int row);
-    void updateValidator();
-    void setEditorType(QLineEdit* edit, int width);
-    void resetTree(QTreeWidget* tree);
-    void resetTrees();
-    QString getEditor(QTreeWidget* tree, bool replaceLetters) const;
-    void setEditor(QString const& value, QTreeWidget* tree);
-    QString bitsOfRow(TreeLineEdit const* row) const;
-    QString bitOf(TreeLineEdit const* edit) const;
-    void showRow(TreeLineEdit* row, QString const& bits);
-    void spread(TreeLineEdit* edit);
-    void changeAll(QChar to);
-    Values readValues(bool replaceLetters);
-    void applyValues(Values const& values);
-
     std::unique_ptr<Ui_MatchUnitDialog> ui;
+    std::unique_ptr<MatchValueEditor> values; ///< Must go before the trees do.
     bool fixedStructure;
-    QRegExpValidator* validator; ///< Of all value editors.
     MatchUnit* unit;
     SxCore* core;
     TriggerPort* port = nullptr;
     int matchType;
     int func;
-    int radix = 2;
-    QPointer<TreeLineEdit> menuEdit; ///< The editor that the menu was opened on.
 };
 
 } // namespace VEK

@@ -292,6 +292,35 @@ private slots:
         QCOMPARE(dialog.row(0)->toolTip(), QString("0000~1111"));
     }
 
+    /// Without a signal or an opened menu they have no row to act on.
+    void slotsForHosts()
+    {
+        Core core;
+        Dialog dialog(core.unit);
+        dialog.onChange1();
+        dialog.onBusEditChange();
+        dialog.onEditMenu(QPoint());
+        QCOMPARE(dialog.shown(), QString("0 00000000:00000000 0"));
+
+        TreeLineEdit* const bus = dialog.row(1);
+        connect(bus, &QLineEdit::textChanged, &dialog, &MatchUnitDialog::onBusEditChange);
+        bus->setText("10000001"); // sends no signal of an edit
+        QCOMPARE(dialog.shown(), QString("0 10000001:10000001 0"));
+        bus->disconnect(&dialog);
+        dialog.menu(bus, 'X');
+        QString shown;
+        for (auto const change :
+             {&MatchUnitDialog::onChange0, &MatchUnitDialog::onChange1, &MatchUnitDialog::onChangeX,
+              &MatchUnitDialog::onChangeR, &MatchUnitDialog::onChangeF, &MatchUnitDialog::onChangeB,
+              &MatchUnitDialog::onChangeN}) {
+            (dialog.*change)();
+            shown += bus->displayText()[7];
+        }
+        QCOMPARE(shown, QString("01XRFBN"));
+        dialog.press("HEX");
+        QCOMPARE(dialog.calculatedBitwidth(9), 3);
+    }
+
     void unfoldsByKeyboard()
     {
         Core core;
