@@ -4,6 +4,7 @@
 #include "jtag/protocol.h"
 #include "model/capturecore.h"
 #include "model/litefile.h"
+#include "simulator/chainword.h"
 #include "simulator/devices.h"
 #include "simulator/log.h"
 
@@ -13,7 +14,6 @@
 namespace VEK::Simulator {
 namespace {
 
-constexpr int HeadBits = Opcode::Bits + Opcode::AddressBits;
 constexpr int MaxAmount = 1 << 22;
 constexpr int MaxSignals = 1 << 16;
 
@@ -72,18 +72,15 @@ void LiteChip::powerUp()
 
 void LiteChip::write(QBitArray const& word)
 {
-    int const rest = word.size() - HeadBits;
-    quint64 const opcode = rest < 0 ? 0 : fieldNumber(word, 0, Opcode::Bits);
-    unsigned const address =
-        rest < 0 ? 0 : unsigned(fieldNumber(word, Opcode::Bits, Opcode::AddressBits));
-    if (opcode == opcodeNumber(Opcode::Select) && rest == 0) {
-        m_address = address;
+    ChainWord const head(word);
+    if (head.is(Opcode::Select, 0)) {
+        m_address = head.address;
         m_isBurst = false;
-    } else if (opcode == opcodeNumber(Opcode::Burst) && rest == width()) {
-        m_address = address;
+    } else if (head.is(Opcode::Burst, width())) {
+        m_address = head.address;
         m_isBurst = true;
-    } else if (opcode == opcodeNumber(Opcode::Write) && rest == width()) {
-        if (address != Register::Start)
+    } else if (head.is(Opcode::Write, width())) {
+        if (head.address != Register::Start)
             return; // there is no other register to write
         m_initFlag = true;
         if (fieldNumber(word, word.size() - std::min(width(), 64), std::min(width(), 64)))

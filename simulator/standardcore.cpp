@@ -3,6 +3,7 @@
 #include "image/registermap.h"
 #include "jtag/protocol.h"
 #include "model/capturecore.h"
+#include "simulator/chainword.h"
 #include "simulator/log.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 namespace VEK::Simulator {
 namespace {
 
-constexpr int HeadBits = Opcode::Bits + Opcode::AddressBits;
 constexpr int CountBits = 16;
 
 /// Registers lie below this address, tables above.
@@ -47,22 +47,20 @@ void StandardCore::powerUp()
 
 void StandardCore::write(QBitArray const& word)
 {
-    int const rest = word.size() - HeadBits;
-    quint64 const opcode = rest < 0 ? 0 : fieldNumber(word, 0, Opcode::Bits);
-    unsigned const address =
-        rest < 0 ? 0 : unsigned(fieldNumber(word, Opcode::Bits, Opcode::AddressBits));
-    if (opcode == opcodeNumber(Opcode::Select) && rest == 0) {
-        m_address = address;
+    ChainWord const head(word);
+    int const width = m_built.shiftWidth;
+    if (head.is(Opcode::Select, 0)) {
+        m_address = head.address;
         m_isBurst = false;
-    } else if (opcode == opcodeNumber(Opcode::Burst) && rest == CountBits) {
-        m_address = address;
+    } else if (head.is(Opcode::Burst, CountBits)) {
+        m_address = head.address;
         m_isBurst = true;
-        m_burstCount = unsigned(fieldNumber(word, HeadBits, CountBits));
-    } else if (opcode == opcodeNumber(Opcode::Write) && rest == m_built.shiftWidth) {
-        QBitArray field(rest);
-        for (int i = 0; i < rest; ++i)
-            field.setBit(i, word.testBit(HeadBits + i));
-        writeRegister(address, field);
+        m_burstCount = unsigned(fieldNumber(word, word.size() - CountBits, CountBits));
+    } else if (head.is(Opcode::Write, width)) {
+        QBitArray field(width);
+        for (int i = 0; i < width; ++i)
+            field.setBit(i, word.testBit(word.size() - width + i));
+        writeRegister(head.address, field);
     } else {
         qCDebug(lcSimulator) << "core" << m_built.index << "drops the word" << word;
     }
