@@ -33,31 +33,6 @@ void writeDocument(QXmlStreamWriter& writer, QList<SXCore_Lite*> const& cores)
     writer.writeEndDocument();
 }
 
-/// All child nodes, whatever they are: deliberately unlike the standard form.
-QList<QDomElement> memberNodes(QDomElement const& bus)
-{
-    QList<QDomElement> nodes;
-    for (QDomNode node = bus.firstChild(); !node.isNull(); node = node.nextSibling())
-        nodes.append(node.toElement());
-    return nodes;
-}
-
-void readSignals(QDomElement const& list, SXCore_Lite& core)
-{
-    for (QDomElement const& element : childElements(list)) {
-        SignalItem item;
-        if (element.tagName() == QLatin1String("Signal"))
-            item = readSignal(element, isCaptured(element));
-        else if (element.tagName() == QLatin1String("Bus"))
-            item = readBus(element, memberNodes(element), isCaptured(element));
-        else
-            continue;
-        core.allSignalList.append(item);
-        if (item.captureEnable)
-            core.dataSignalList.append(item);
-    }
-}
-
 SXCore_Lite* readCore(QDomElement const& element)
 {
     SXCore_Lite* core = new SXCore_Lite;
@@ -71,22 +46,10 @@ SXCore_Lite* readCore(QDomElement const& element)
         number(element, QStringLiteral("capture_init_data_enabled")) != 0;
     if (element.hasAttribute(QStringLiteral("module_name")))
         core->moduleName = element.attribute(QStringLiteral("module_name"));
-    readSignals(element.firstChildElement(QStringLiteral("SignalList")), *core);
+    core->allSignalList =
+        readSignalList(element.firstChildElement(QStringLiteral("SignalList")), ListForm::Lite);
+    core->dataSignalList = capturedItems(core->allSignalList);
     return core;
-}
-
-/// An empty text when the version can be read, else the error.
-QString versionError(QDomElement const& version)
-{
-    if (version.isNull())
-        return QStringLiteral("Unknown Vek version.");
-    try {
-        if (compareVersion(version.text(), LATEST_VERSION) == VersionHigher)
-            return VersionTooHigh;
-    } catch (CompareException const& exception) {
-        return exception.message;
-    }
-    return QString();
 }
 
 } // namespace
@@ -102,7 +65,7 @@ QString writeVekConfigToString_Lite(QList<SXCore_Lite*> const& cores)
 bool writeVEKConfigToXml_Lite(QList<SXCore_Lite*> const& cores, QString const& path)
 {
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
+    if (!openVekFile(file, QIODevice::WriteOnly | QIODevice::Truncate))
         return false;
     QXmlStreamWriter writer(&file);
     writeDocument(writer, cores);
@@ -112,32 +75,29 @@ bool writeVEKConfigToXml_Lite(QList<SXCore_Lite*> const& cores, QString const& p
 QList<SXCore_Lite*> readVEKConfigFromXml_Lite(QString const& path, QString& id, bool* ok,
                                               QString* error)
 {
-    QList<SXCore_Lite*> cores;
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!openVekFile(file, QIODevice::ReadOnly)) {
         reportFailure(QStringLiteral("Open file failed"), ok, error);
-        return cores;
+        return {};
     }
     QByteArray const bytes = file.readAll();
-    if (!bytes.isEmpty()) {
-        ParsedDocument const parsed = parseVekDocument(bytes);
-        QDomElement const config = parsed.config();
-        QString const message =
-            parsed.isOk() ? versionError(config.firstChildElement(QStringLiteral("Version")))
-                          : parsed.error;
-        if (!message.isEmpty()) {
-            reportFailure(message, ok, error);
-            return cores;
-        }
-        for (QDomElement const& element : childElements(config, QStringLiteral("SxCore_Lite")))
-            cores.append(readCore(element));
-        // here the identifier belongs to the configuration, wrapped or not
-        QDomElement const vekId = config.firstChildElement(QStringLiteral("VEK_ID"));
-        if (!vekId.isNull())
-            id = vekId.text();
+    if (bytes.isEmpty()) {
+        if (ok)
+            *ok = true;
+        return {};
     }
-    if (ok)
-        *ok = true;
+    ParsedDocument const parsed = parseVekDocument(bytes);
+    if (!acceptDocument(parsed, {LATEST_VERSION}, QStringLiteral("Unknown Vek version."), ok,
+                        error))
+        return {};
+    QDomElement const config = parsed.config();
+    QList<SXCore_Lite*> cores;
+    for (QDomElement const& element : childElements(config, QStringLiteral("SxCore_Lite")))
+        cores.append(readCore(element));
+    // here the identifier belongs to the configuration, wrapped or not
+    QDomElement const vekId = config.firstChildElement(QStringLiteral("VEK_ID"));
+    if (!vekId.isNull())
+        id = vekId.text();
     return cores;
 }
 

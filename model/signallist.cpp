@@ -2,16 +2,24 @@
 
 #include <QXmlStreamWriter>
 
+#include <algorithm>
+#include <utility>
+
 namespace VEK {
 namespace {
 
-void writeSignal(QXmlStreamWriter& writer, SignalItem const& item, CaptureFlag flag)
+void writeFlag(QXmlStreamWriter& writer, SignalItem const& item, CaptureFlag flag)
 {
-    writer.writeStartElement(QStringLiteral("Signal"));
     if (flag == CaptureFlag::Written)
         writer.writeAttribute(QStringLiteral("capture_enable"), item.captureEnable
                                                                     ? QStringLiteral("true")
                                                                     : QStringLiteral("false"));
+}
+
+void writeSignal(QXmlStreamWriter& writer, SignalItem const& item, CaptureFlag flag)
+{
+    writer.writeStartElement(QStringLiteral("Signal"));
+    writeFlag(writer, item, flag);
     if (!item.text.isEmpty())
         writer.writeAttribute(QStringLiteral("text"), item.text);
     writer.writeCharacters(item.name);
@@ -21,16 +29,52 @@ void writeSignal(QXmlStreamWriter& writer, SignalItem const& item, CaptureFlag f
 void writeBus(QXmlStreamWriter& writer, SignalItem const& item, CaptureFlag flag)
 {
     writer.writeStartElement(QStringLiteral("Bus"));
-    if (flag == CaptureFlag::Written)
-        writer.writeAttribute(QStringLiteral("capture_enable"), item.captureEnable
-                                                                    ? QStringLiteral("true")
-                                                                    : QStringLiteral("false"));
+    writeFlag(writer, item, flag);
     if (!item.text.isEmpty())
         writer.writeAttribute(QStringLiteral("name"), item.text);
     writer.writeAttribute(QStringLiteral("restorename"), item.name);
     for (SignalItem const& member : item.signalList)
         writeSignal(writer, member, CaptureFlag::None);
     writer.writeEndElement();
+}
+
+/// An absent attribute, and an empty one, mean captured.
+bool isCaptured(QString const& enable)
+{
+    return enable.isEmpty() || enable == QLatin1String("true");
+}
+
+SignalItem readSignal(QDomElement const& element, bool captured)
+{
+    SignalItem item;
+    item.name = element.text();
+    item.text = element.attribute(QStringLiteral("text"));
+    item.captureEnable = captured;
+    return item;
+}
+
+/// The nodes of a bus that are its members.
+QList<QDomElement> memberElements(QDomElement const& bus, ListForm form)
+{
+    if (form != ListForm::Lite)
+        return childElements(bus, QStringLiteral("Signal"));
+    QList<QDomElement> nodes;
+    for (QDomNode node = bus.firstChild(); !node.isNull(); node = node.nextSibling())
+        nodes.append(node.toElement());
+    return nodes;
+}
+
+SignalItem readBus(QDomElement const& element, ListForm form, bool captured)
+{
+    SignalItem bus;
+    bus.name = element.attribute(QStringLiteral("restorename"));
+    bus.text = element.attribute(QStringLiteral("name"));
+    if (bus.name.isEmpty()) // older files have one name only
+        std::swap(bus.name, bus.text);
+    bus.captureEnable = captured;
+    for (QDomElement const& member : memberElements(element, form))
+        bus.signalList.append(readSignal(member, captured));
+    return bus;
 }
 
 } // namespace
@@ -47,34 +91,6 @@ void writeSignalList(QXmlStreamWriter& writer, QList<SignalItem> const& items, C
     writer.writeEndElement();
 }
 
-bool isCaptured(QDomElement const& element)
-{
-    QString const enable = element.attribute(QStringLiteral("capture_enable"));
-    return enable.isEmpty() || enable == QLatin1String("true");
-}
-
-SignalItem readSignal(QDomElement const& element, bool captured)
-{
-    SignalItem item;
-    item.name = element.text();
-    item.text = element.attribute(QStringLiteral("text"));
-    item.captureEnable = captured;
-    return item;
-}
-
-SignalItem readBus(QDomElement const& element, QList<QDomElement> const& members, bool captured)
-{
-    SignalItem bus;
-    bus.name = element.attribute(QStringLiteral("restorename"));
-    bus.text = element.attribute(QStringLiteral("name"));
-    if (bus.name.isEmpty()) // older files have one name only
-        std::swap(bus.name, bus.text);
-    bus.captureEnable = captured;
-    for (QDomElement const& member : members)
-        bus.signalList.append(readSignal(member, captured));
-    return bus;
-}
-
 QList<QDomElement> childElements(QDomElement const& parent, QString const& tag)
 {
     QList<QDomElement> elements;
@@ -84,16 +100,27 @@ QList<QDomElement> childElements(QDomElement const& parent, QString const& tag)
     return elements;
 }
 
-QList<SignalItem> readPortSignals(QDomElement const& list)
+QList<SignalItem> readSignalList(QDomElement const& list, ListForm form)
 {
     QList<SignalItem> items;
     for (QDomElement const& element : childElements(list)) {
-        if (element.tagName() == QLatin1String("Signal"))
-            items.append(readSignal(element, true));
-        else if (element.tagName() == QLatin1String("Bus"))
-            items.append(readBus(element, childElements(element, QStringLiteral("Signal")), true));
+        QString const enable = element.attribute(QStringLiteral("capture_enable"));
+        bool const captured = form == ListForm::Port || isCaptured(enable);
+        if (element.tagName() == QLatin1String("Bus"))
+            items.append(readBus(element, form, captured));
+        else if (element.tagName() == QLatin1String("Signal") &&
+                 (captured || form == ListForm::Lite || enable == QLatin1String("false")))
+            items.append(readSignal(element, captured));
     }
     return items;
+}
+
+QList<SignalItem> capturedItems(QList<SignalItem> const& items)
+{
+    QList<SignalItem> captured;
+    std::copy_if(items.begin(), items.end(), std::back_inserter(captured),
+                 [](SignalItem const& item) { return item.captureEnable; });
+    return captured;
 }
 
 } // namespace VEK

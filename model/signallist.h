@@ -15,19 +15,20 @@ enum class CaptureFlag { None, Written };
 /// Writes a whole `SignalList` element.
 void writeSignalList(QXmlStreamWriter& writer, QList<SignalItem> const& items, CaptureFlag flag);
 
-/// Whether "capture_enable" of a signal or bus says captured, as it does when it says nothing.
-bool isCaptured(QDomElement const& element);
+/// What the readers make of a `SignalList`, deliberately unlike each other.
+enum class ListForm {
+    Standard, ///< Of a core; a signal whose "capture_enable" says neither yes nor no is dropped.
+    Lite, ///< Of a lite core; such a signal is not captured, and all nodes of a bus are members.
+    Port  ///< Of a trigger port; everything is captured.
+};
 
-/// One `Signal` element, its name and text.
-SignalItem readSignal(QDomElement const& element, bool captured);
+/// The signals and buses of a `SignalList`. A "capture_enable" that says nothing says captured.
+QList<SignalItem> readSignalList(QDomElement const& list, ListForm form);
 
-/// One `Bus` element, its names and those `members` that are its signals.
-SignalItem readBus(QDomElement const& element, QList<QDomElement> const& members, bool captured);
+/// Those that are captured.
+QList<SignalItem> capturedItems(QList<SignalItem> const& items);
 
 /// The child elements of `parent` with that tag, or all of them.
 QList<QDomElement> childElements(QDomElement const& parent, QString const& tag = QString());
-
-/// The `SignalList` of a trigger port: everything in it is captured.
-QList<SignalItem> readPortSignals(QDomElement const& list);
 
 } // namespace VEK

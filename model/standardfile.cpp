@@ -102,43 +102,14 @@ void readAttributes(QDomElement const& element, SxCore& core)
         core.moduleName = element.attribute(QStringLiteral("module_name"));
 }
 
-void readListedSignal(QDomElement const& element, SxCore& core)
-{
-    bool const captured = isCaptured(element);
-    if (!captured && element.attribute(QStringLiteral("capture_enable")) != QLatin1String("false"))
-        return; // any other text drops the signal, deliberately unlike the lite form
-    SignalItem const item = readSignal(element, captured);
-    core.allSignalList.append(item);
-    if (captured)
-        core.dataSignalList.append(item);
-}
-
-void readListedBus(QDomElement const& element, SxCore& core)
-{
-    SignalItem const bus =
-        readBus(element, childElements(element, QStringLiteral("Signal")), isCaptured(element));
-    core.allSignalList.append(bus);
-    if (bus.captureEnable)
-        core.dataSignalList.append(bus);
-}
-
-void readSignals(QDomElement const& list, SxCore& core)
-{
-    for (QDomElement const& element : childElements(list)) {
-        if (element.tagName() == QLatin1String("Signal"))
-            readListedSignal(element, core);
-        else if (element.tagName() == QLatin1String("Bus"))
-            readListedBus(element, core);
-    }
-}
-
 void readTriggers(QDomElement const& triggers, int captureSource, SxCore& core)
 {
     for (QDomElement const& element : childElements(triggers, QStringLiteral("Trigger"))) {
         TriggerPort* port = core.getTrigger(number(element, QStringLiteral("index")));
         if (!port)
             continue;
-        port->signalList = readPortSignals(element.firstChildElement(QStringLiteral("SignalList")));
+        port->signalList =
+            readSignalList(element.firstChildElement(QStringLiteral("SignalList")), ListForm::Port);
         if (captureSource == CapturePorts)
             core.dataSignalList += port->signalList;
     }
@@ -195,27 +166,13 @@ SxCore* readCore(QDomElement const& element)
     readAttributes(element, *core);
     int const captureSource = number(element, QStringLiteral("capture_from_trigger"));
     if (captureSource == CaptureListed)
-        readSignals(element.firstChildElement(QStringLiteral("SignalList")), *core);
+        core->allSignalList = readSignalList(
+            element.firstChildElement(QStringLiteral("SignalList")), ListForm::Standard);
+    core->dataSignalList = capturedItems(core->allSignalList);
     readTriggers(element.firstChildElement(QStringLiteral("Triggers")), captureSource, *core);
     readMatchUnits(element.firstChildElement(QStringLiteral("MatchUnits")), *core);
     readExpressions(element.firstChildElement(QStringLiteral("Expressions")), *core);
     return core;
-}
-
-/// An empty text when the version can be read, else the error.
-QString versionError(QDomElement const& version)
-{
-    if (version.isNull())
-        return QStringLiteral("Unknown Vek Version.");
-    try {
-        if (compareVersion(version.text(), LowestVersion) & (VersionLower | VersionEqual))
-            return QString();
-        if (compareVersion(version.text(), LATEST_VERSION) == VersionHigher)
-            return VersionTooHigh;
-    } catch (CompareException const& exception) {
-        return exception.message;
-    }
-    return QString();
 }
 
 } // namespace
@@ -234,7 +191,7 @@ QString writeVekConfigToString(QList<SxCore*> const& cores)
 bool writeVEKConfigToXml(QList<SxCore*> const& cores, QString const& path)
 {
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
+    if (!openVekFile(file, QIODevice::WriteOnly | QIODevice::Truncate))
         return false;
     file.write(writeVekConfigToString(cores).toLatin1().constData());
     return true;
@@ -243,22 +200,16 @@ bool writeVEKConfigToXml(QList<SxCore*> const& cores, QString const& path)
 QList<SxCore*> readVEKConfigFromString(QString const& text, QString& id, bool* ok, QString* error)
 {
     ParsedDocument const parsed = parseVekDocument(text);
-    QString const message =
-        parsed.isOk() ? versionError(parsed.config().firstChildElement(QStringLiteral("Version")))
-                      : parsed.error;
-    if (!message.isEmpty()) {
-        reportFailure(message, ok, error);
+    if (!acceptDocument(parsed, {LowestVersion, LATEST_VERSION},
+                        QStringLiteral("Unknown Vek Version."), ok, error))
         return {};
-    }
-    if (ok)
-        *ok = true;
     return read_VER_2000(parsed.document, id);
 }
 
 QList<SxCore*> readVEKConfigFromXml(QString const& path, QString& id, bool* ok, QString* error)
 {
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!openVekFile(file, QIODevice::ReadOnly)) {
         reportFailure(QStringLiteral("Open file failed."), ok, error);
         return {};
     }

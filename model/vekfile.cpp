@@ -1,7 +1,6 @@
 #include "model/vekfile.h"
 
 #include <QFile>
-#include <QStringList>
 #include <QXmlInputSource>
 #include <QXmlStreamWriter>
 
@@ -148,6 +147,23 @@ QString modeText(VekMode mode)
     return mode == VekModeLite ? QStringLiteral("Lite") : QString();
 }
 
+/// An empty text when the version can be read, else the error.
+QString versionError(QDomElement const& version, QStringList const& limits,
+                     QString const& noVersion)
+{
+    if (version.isNull())
+        return noVersion;
+    try {
+        for (QString const& limit : limits) {
+            if (compareVersion(version.text(), limit) & (VersionLower | VersionEqual))
+                return QString();
+        }
+    } catch (CompareException const& exception) {
+        return exception.message;
+    }
+    return QStringLiteral("The version of Vek config file is too high.");
+}
+
 } // namespace
 
 int compareVersion(QString const& a, QString const& b)
@@ -172,12 +188,31 @@ QDomElement ParsedDocument::config() const
     return root;
 }
 
+bool openVekFile(QFile& file, QIODevice::OpenMode mode)
+{
+    return !file.fileName().isEmpty() && file.open(mode | QIODevice::Text);
+}
+
 void reportFailure(QString const& message, bool* ok, QString* error)
 {
     if (ok)
         *ok = false;
     if (error)
         *error = message;
+}
+
+bool acceptDocument(ParsedDocument const& parsed, QStringList const& limits,
+                    QString const& noVersion, bool* ok, QString* error)
+{
+    QString const message =
+        parsed.isOk() ? versionError(parsed.config().firstChildElement(QStringLiteral("Version")),
+                                     limits, noVersion)
+                      : parsed.error;
+    if (!message.isEmpty())
+        reportFailure(message, ok, error);
+    else if (ok)
+        *ok = true;
+    return message.isEmpty();
 }
 
 int number(QDomElement const& element, QString const& attribute)
@@ -203,8 +238,7 @@ ParsedDocument parseVekDocument(QByteArray const& bytes)
 VekMode vekModeFromVekConfigFile(QString const& path)
 {
     QFile file(path);
-    // an empty path would draw a warning from Qt
-    if (path.isEmpty() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!openVekFile(file, QIODevice::ReadOnly))
         return VekModeUnknown;
     ParsedDocument const parsed = parseVekDocument(file.readAll());
     if (!parsed.isOk())
@@ -230,7 +264,7 @@ void startVekDocument(QXmlStreamWriter& writer, QString const& mode)
 void fillInfoForEmptyVekConfig(QString const& path, VekMode mode)
 {
     QFile file(path);
-    if (path.isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
+    if (!openVekFile(file, QIODevice::WriteOnly | QIODevice::Truncate))
         return;
     QXmlStreamWriter writer(&file);
     startVekDocument(writer, modeText(mode));

@@ -3,8 +3,11 @@
 #include "model/capturecore.h"
 
 #include <QDomDocument>
+#include <QIODevice>
 #include <QString>
+#include <QStringList>
 
+class QFile;
 class QXmlStreamWriter;
 
 /// What the two forms of the configuration file share.
@@ -45,10 +48,18 @@ struct ParsedDocument
     QDomElement config() const;
 };
 
-inline const QString VersionTooHigh = QStringLiteral("The version of Vek config file is too high.");
+/// Opens a configuration file; false when it can't be, and without a word of Qt's for an empty
+/// path.
+bool openVekFile(QFile& file, QIODevice::OpenMode mode);
 
 /// Fills in what a reader reports on failure; both may be null.
 void reportFailure(QString const& message, bool* ok, QString* error);
+
+/// Whether the cores of a document may be read, which `ok` and `error` tell too: it was parsed and
+/// its version is at or below one of `limits`, with which it is compared in turn. `noVersion` is
+/// the error of one that has none.
+bool acceptDocument(ParsedDocument const& parsed, QStringList const& limits,
+                    QString const& noVersion, bool* ok, QString* error);
 
 /// A decimal attribute; a missing one, and one that is no number, gives 0.
 int number(QDomElement const& element, QString const& attribute);
