@@ -16,14 +16,26 @@ constexpr int TimeStep = 1;
 
 } // namespace
 
-bool hasRunEnding(QString const& path)
+bool mayOpen(DataManager const& manager, QString const& path)
 {
-    return path.endsWith(QStringLiteral(".vek")) || path.endsWith(QStringLiteral(".rsx"));
+    return manager.status() == AnalyzerIdle &&
+           (path.endsWith(QStringLiteral(".vek")) || path.endsWith(QStringLiteral(".rsx")));
 }
 
-void printInvalidFile(QString const& path)
+bool startRun(DataManager& manager, QString const& announcement, QString const& serverName,
+              QString const& cable, QString const& location)
 {
-    printLine(QStringLiteral("Error: Invalid VEK file ") + path + QLatin1Char('.'));
+    printLine(announcement);
+    if (!JtagSession::shared()->connectServer(serverName)) {
+        printLine(QStringLiteral("Error: Can not connect with JTAG server."));
+        return false;
+    }
+    QList<QVariant> const chain{0};
+    if (cable.isEmpty() || location.isEmpty())
+        manager.initDeviceChain(chain);
+    else
+        manager.initDeviceChainandLocation(chain, cable, location);
+    return true;
 }
 
 void printResult(int status)
@@ -43,14 +55,6 @@ void printResult(int status)
     }
 }
 
-bool connectToServer(QString const& serverName)
-{
-    if (JtagSession::shared()->connectServer(serverName))
-        return true;
-    printLine(QStringLiteral("Error: Can not connect with JTAG server."));
-    return false;
-}
-
 QString outputPrefix(QString const& outputBase, QString const& vekFile)
 {
     if (!outputBase.isEmpty())
@@ -59,22 +63,22 @@ QString outputPrefix(QString const& outputBase, QString const& vekFile)
     return name.split(QLatin1Char('.')).first();
 }
 
-void openChain(DataManager& manager, QString const& cable, QString const& location)
+bool BatchRun::noteLoaded(QString const& path, bool ok)
 {
-    QList<QVariant> const chain{0};
-    if (cable.isEmpty() || location.isEmpty())
-        manager.initDeviceChain(chain);
+    if (ok)
+        m_vekFile = path;
     else
-        manager.initDeviceChainandLocation(chain, cable, location);
+        printLine(QStringLiteral("Error: Invalid VEK file ") + path + QLatin1Char('.'));
+    return ok;
 }
 
-void exportWindow(QString const& prefix, int triggerPos, QList<SignalItem> const& layout,
-                  QList<WaveMonitor::SignalData> const& decoded)
+void BatchRun::exportWindow(QString const& suffix, int triggerPos, QList<SignalItem> const& layout,
+                            QList<WaveMonitor::SignalData> const& decoded) const
 {
     QDomDocument document;
     document.appendChild(document.createElement(DOM_TAG_WAVE_DATA));
     QDomElement const window = windowElement(document, triggerPos, layout, decoded);
-    QString const name = prefix + QStringLiteral(".csv");
+    QString const name = outputPrefix(m_outputBase, m_vekFile) + suffix + QStringLiteral(".csv");
     printLine(QStringLiteral("Export ") + name);
     exportCSV(name, TimeUnit, TimeStep, window);
 }

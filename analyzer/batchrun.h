@@ -6,34 +6,52 @@
 #include <QList>
 #include <QString>
 
-/// What the runs of both core kinds share: what they say, how they start and what they write.
 namespace VEK {
 
 class DataManager;
 
-/// True for a path that a run takes: it ends in ".vek" or ".rsx", in lower case.
-bool hasRunEnding(QString const& path);
+/// What the runs of both core kinds share: how they load and start, what they say and write.
+class BatchRun
+{
+public:
+    /// See `outputPrefix`.
+    void setOutputBase(QString const& base) { m_outputBase = base; }
 
-/// "Error: Invalid VEK file ..."
-void printInvalidFile(QString const& path);
+    /// Loads a file into a manager of either kind; says so when that fails.
+    template <typename Manager>
+    bool load(Manager& manager, QString const& path)
+    {
+        QString error;
+        return noteLoaded(path, manager.readVekFile(path, error));
+    }
 
-/// The closing line for a result of the manager.
-void printResult(int status);
+    /// Announces and writes the CSV file of one window, one sample a microsecond whatever the clock
+    /// was; its name is the prefix and `suffix`. A file that can't be written does not end the run.
+    /// `layout` is the core's list of captured signals and buses, `decoded` the signals of its flat
+    /// list.
+    void exportWindow(QString const& suffix, int triggerPos, QList<SignalItem> const& layout,
+                      QList<WaveMonitor::SignalData> const& decoded) const;
 
-/// Connects the session to that server; says so when there is none.
-bool connectToServer(QString const& serverName);
+private:
+    bool noteLoaded(QString const& path, bool ok);
+
+    QString m_vekFile;
+    QString m_outputBase;
+};
 
 /// The prefix of the result files: `outputBase`, or without one the file's name up to its first
 /// dot, which has no directory.
 QString outputPrefix(QString const& outputBase, QString const& vekFile);
 
-/// Opens the chain of one device, on the located cable if both texts are given.
-void openChain(DataManager& manager, QString const& cable, QString const& location);
+/// Whether an idle manager takes the path: it ends in ".vek" or ".rsx", in lower case.
+bool mayOpen(DataManager const& manager, QString const& path);
 
-/// Announces and writes the CSV file of one window, one sample a microsecond whatever the clock
-/// was. A file that can't be written does not end the run. `layout` is the core's list of captured
-/// signals and buses, `decoded` the signals of its flat list.
-void exportWindow(QString const& prefix, int triggerPos, QList<SignalItem> const& layout,
-                  QList<WaveMonitor::SignalData> const& decoded);
+/// Announces the run, connects the session to that server and opens the chain of one device, on the
+/// located cable if both texts are given. False, with a message, when there is no such server.
+bool startRun(DataManager& manager, QString const& announcement, QString const& serverName,
+              QString const& cable, QString const& location);
+
+/// The closing line for a result of the manager.
+void printResult(int status);
 
 } // namespace VEK

@@ -2,8 +2,6 @@
 
 #include "acquire/litedatamanager.h"
 #include "acquire/samples.h"
-#include "analyzer/batchrun.h"
-#include "analyzer/console.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 
@@ -24,24 +22,15 @@ VekCmdLiteAnalyzer::~VekCmdLiteAnalyzer()
 
 bool VekCmdLiteAnalyzer::open(QString const& path)
 {
-    if (m_manager->status() != AnalyzerIdle || !hasRunEnding(path))
-        return false;
-    QString error;
-    bool const ok = m_manager->readVekFile(path, error);
-    if (ok)
-        m_vekFile = path;
-    else
-        printInvalidFile(path);
-    return ok;
+    return mayOpen(*m_manager, path) && m_run.load(*m_manager, path);
 }
 
 void VekCmdLiteAnalyzer::start(QString const& serverName, QString const& cable,
                                QString const& location)
 {
-    printLine(QStringLiteral("Start running VEK Lite analyzer."));
-    if (!connectToServer(serverName))
+    QString const announcement = QStringLiteral("Start running VEK Lite analyzer.");
+    if (!startRun(*m_manager, announcement, serverName, cable, location))
         return;
-    openChain(*m_manager, cable, location);
     m_manager->startDataTrigger(0);
 }
 
@@ -58,8 +47,7 @@ void VekCmdLiteAnalyzer::onReadRamComplete()
     QList<WaveMonitor::SignalData> const decoded = handleTdoData(tdo);
     if (decoded.isEmpty())
         return;
-    exportWindow(outputPrefix(m_outputBase, m_vekFile), 0, m_manager->core()->dataSignalList,
-                 decoded);
+    m_run.exportWindow(QString(), 0, m_manager->core()->dataSignalList, decoded);
 }
 
 QList<WaveMonitor::SignalData> VekCmdLiteAnalyzer::handleTdoData(QBitArray const& tdo) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analyzer/batchrun.h"
 #include "results/signaldata.h"
 
 #include <QBitArray>
@@ -27,7 +28,7 @@ public:
 
     /// Name of the result file without its ending, used as it stands; when empty it is made of
     /// the configuration file's name.
-    void setOutputBase(QString const& base) { m_outputBase = base; }
+    void setOutputBase(QString const& base) { m_run.setOutputBase(base); }
     /// Model name of the target device: on some the first row is one sample ahead.
     void setDeviceName(QString const& name) { m_deviceName = name; }
 
@@ -48,8 +49,7 @@ public Q_SLOTS:
     void onReadRamComplete();
 
 private:
-    QString m_vekFile;
-    QString m_outputBase;
+    BatchRun m_run;
     QString m_deviceName;
     std::unique_ptr<VekLiteDataManager> m_manager;
 };

@@ -2,8 +2,6 @@
 
 #include "acquire/samples.h"
 #include "acquire/standarddatamanager.h"
-#include "analyzer/batchrun.h"
-#include "analyzer/console.h"
 #include "jtag/jtagsession.h"
 #include "model/bits.h"
 
@@ -24,29 +22,20 @@ VekCmdStandardAnalyzer::~VekCmdStandardAnalyzer()
 
 bool VekCmdStandardAnalyzer::open(QString const& path)
 {
-    if (m_manager->status() != AnalyzerIdle || !hasRunEnding(path))
-        return false;
-    return loadVekFile(path);
+    return mayOpen(*m_manager, path) && loadVekFile(path);
 }
 
 bool VekCmdStandardAnalyzer::loadVekFile(QString const& path)
 {
-    QString error;
-    bool const ok = m_manager->readVekFile(path, error);
-    if (ok)
-        m_vekFile = path;
-    else
-        printInvalidFile(path);
-    return ok;
+    return m_run.load(*m_manager, path);
 }
 
 void VekCmdStandardAnalyzer::start(QString const& serverName, QString const& cable,
                                    QString const& location)
 {
-    printLine(QStringLiteral("Start running VEK analyzer."));
-    if (!connectToServer(serverName))
+    QString const announcement = QStringLiteral("Start running VEK analyzer.");
+    if (!startRun(*m_manager, announcement, serverName, cable, location))
         return;
-    openChain(*m_manager, cable, location);
     QList<int> indexes;
     for (SxCore const* core : m_manager->cores())
         indexes.append(core->index);
@@ -66,10 +55,9 @@ void VekCmdStandardAnalyzer::onReadRamComplete(int core, int window)
     SxCore const* captured = m_manager->getCore(core);
     if (!captured)
         return;
-    // appended, not filled in: a prefix may hold a place marker of its own
     QString const suffix = QStringLiteral("_core%1_window%2").arg(core).arg(window);
-    exportWindow(outputPrefix(m_outputBase, m_vekFile) + suffix, captured->triggerPos,
-                 captured->dataSignalList, handleTdoData(captured, tdo));
+    m_run.exportWindow(suffix, captured->triggerPos, captured->dataSignalList,
+                       handleTdoData(captured, tdo));
 }
 
 QList<WaveMonitor::SignalData> VekCmdStandardAnalyzer::handleTdoData(SxCore const* core,

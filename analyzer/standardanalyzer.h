@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analyzer/batchrun.h"
 #include "results/signaldata.h"
 
 #include <QBitArray>
@@ -28,7 +29,7 @@ public:
     bool loadVekFile(QString const& path);
 
     /// Prefix of the result files, used as it stands; when empty it is made of the file's name.
-    void setOutputBase(QString const& base) { m_outputBase = base; }
+    void setOutputBase(QString const& base) { m_run.setOutputBase(base); }
 
     /// Connects to the server of that name, opens the chain and arms every core. Without that
     /// server the run says so and never finishes.
@@ -49,8 +50,7 @@ public Q_SLOTS:
     void onReadRamComplete(int core, int window);
 
 private:
-    QString m_vekFile;
-    QString m_outputBase;
+    BatchRun m_run;
     std::unique_ptr<VekStandardDataManager> m_manager;
 };
 
