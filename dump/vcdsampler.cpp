@@ -10,13 +10,13 @@ namespace {
 /// One core's view of the dump while it is read.
 struct Tap
 {
-    SampleTable table;
     std::vector<quint64> before; ///< Values at the end of the last time.
     std::vector<quint64> now;
     bool changed = false;
     bool clockBefore = false;
     bool clockNow = false;
     bool clockKnown = false;
+    bool hasRow = false;
 };
 
 /// Where the bit of a variable goes.
@@ -32,21 +32,18 @@ struct Target
 class Sampler
 {
 public:
-    Sampler(QIODevice& device, std::vector<SampleRequest> const& requests)
-        : m_reader(device), m_requests(requests)
+    Sampler(QIODevice& device, std::vector<SampleRequest> const& requests, RowSink const& take)
+        : m_reader(device), m_requests(requests), m_take(take)
     {}
 
-    bool run(SampledStimulus& stimulus, QString& error)
+    bool run(QString& warning, QString& error)
     {
         bool const ok = prepare() && readValues() && checkRows();
         if (m_isCut)
-            stimulus.warning =
-                QStringLiteral("%1; its last time is left out").arg(m_reader.error());
+            warning = QStringLiteral("%1; its last time is left out").arg(m_reader.error());
         QStringList problems{m_error, m_reader.error()};
         problems.removeAll(QString());
         error = ok ? QString() : problems.join(QStringLiteral("; "));
-        for (Tap& tap : m_taps)
-            stimulus.tables.push_back(std::move(tap.table));
         return ok;
     }
 
@@ -60,9 +57,9 @@ private:
 
     VcdReader m_reader;
     std::vector<SampleRequest> const& m_requests;
+    RowSink const& m_take;
     std::vector<Tap> m_taps;
     std::vector<std::vector<Target>> m_targets; ///< By identifier code.
-    qint64 m_bytes = 0;
     bool m_suspended = false;
     bool m_isCut = false;
     QString m_error;
@@ -81,8 +78,7 @@ bool Sampler::prepare()
             wanted.push_back({tap, i, 0});
         }
         m_taps.emplace_back();
-        m_taps.back().table = SampleTable(request.signalNames.size());
-        m_taps.back().before.resize(std::size_t(m_taps.back().table.wordsPerRow()));
+        m_taps.back().before.resize(std::size_t(SampleTable::wordsFor(request.signalNames.size())));
         m_taps.back().now = m_taps.back().before;
     }
     if (!m_reader.readHeader([&names](VcdVariable const& variable) { names.visit(variable); }))
@@ -159,14 +155,12 @@ void Sampler::changeClock(Tap& tap, bool value)
 
 bool Sampler::endOfTime()
 {
-    for (Tap& tap : m_taps) {
+    for (std::size_t i = 0; i < m_taps.size(); ++i) {
+        Tap& tap = m_taps[i];
         if (tap.clockKnown && !tap.clockBefore && tap.clockNow) {
-            m_bytes += qint64(tap.table.wordsPerRow()) * 8;
-            if (m_bytes > MaxTableBytes) {
-                m_error = QStringLiteral("more than %1 bytes of samples").arg(MaxTableBytes);
+            tap.hasRow = true;
+            if (!m_take(int(i), tap.before.data()))
                 return false;
-            }
-            tap.table.append(tap.before.data());
         }
         tap.clockBefore = tap.clockNow;
         if (tap.changed)
@@ -179,7 +173,7 @@ bool Sampler::endOfTime()
 bool Sampler::checkRows()
 {
     for (std::size_t i = 0; i < m_taps.size(); ++i) {
-        if (m_taps[i].table.rowCount() == 0) {
+        if (!m_taps[i].hasRow) {
             m_error = QStringLiteral("the clock %1 has no rising edge").arg(m_requests[i].clock);
             return false;
         }
@@ -187,29 +181,68 @@ bool Sampler::checkRows()
     return true;
 }
 
-} // namespace
-
-bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
-               SampledStimulus& stimulus, QString& error)
-{
-    stimulus = SampledStimulus();
-    return Sampler(device, requests).run(stimulus, error);
-}
-
-bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
-                   SampledStimulus& stimulus, QString& error)
+/// Opens a file for `read`, and names it in what that tells.
+bool readFile(QString const& path, std::function<bool(QIODevice&)> const& read, QString& warning,
+              QString& error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("%1: %2").arg(path, file.errorString());
         return false;
     }
-    bool const ok = sampleVcd(file, requests, stimulus, error);
-    for (QString* text : {&stimulus.warning, &error}) {
+    bool const ok = read(file);
+    for (QString* text : {&warning, &error}) {
         if (!text->isEmpty())
             *text = QStringLiteral("%1: %2").arg(path, *text);
     }
     return ok;
+}
+
+} // namespace
+
+bool streamVcd(QIODevice& device, std::vector<SampleRequest> const& requests, RowSink const& take,
+               QString& warning, QString& error)
+{
+    warning.clear();
+    return Sampler(device, requests, take).run(warning, error);
+}
+
+bool streamVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
+                   RowSink const& take, QString& warning, QString& error)
+{
+    auto const stream = [&](QIODevice& device) {
+        return streamVcd(device, requests, take, warning, error);
+    };
+    return readFile(path, stream, warning, error);
+}
+
+bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
+               SampledStimulus& stimulus, QString& error)
+{
+    stimulus = SampledStimulus();
+    for (SampleRequest const& request : requests)
+        stimulus.tables.emplace_back(request.signalNames.size());
+    qint64 bytes = 0;
+    RowSink const append = [&](int request, quint64 const* row) {
+        SampleTable& table = stimulus.tables[std::size_t(request)];
+        bytes += qint64(table.wordsPerRow()) * 8;
+        if (bytes <= MaxTableBytes)
+            table.append(row);
+        return bytes <= MaxTableBytes;
+    };
+    bool const ok = streamVcd(device, requests, append, stimulus.warning, error);
+    if (bytes > MaxTableBytes)
+        error = QStringLiteral("more than %1 bytes of samples").arg(MaxTableBytes);
+    return ok;
+}
+
+bool sampleVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
+                   SampledStimulus& stimulus, QString& error)
+{
+    auto const sample = [&](QIODevice& device) {
+        return sampleVcd(device, requests, stimulus, error);
+    };
+    return readFile(path, sample, stimulus.warning, error);
 }
 
 } // namespace VEK::Dump

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <vector>
 
 class QIODevice;
@@ -17,14 +18,26 @@ struct SampleRequest
     QString clock;
 };
 
-/// Samples a value change dump, all requests in one pass.
+/// Takes the next row of a request: `SampleTable::wordsFor` its signals words, valid for the call.
+/// False ends the reading.
+using RowSink = std::function<bool(int request, quint64 const* row)>;
+
+/// Samples a value change dump, all requests in one pass, and keeps nothing of it.
 ///
 /// A row holds the values just before a rising edge of the request's clock: those at the end of
 /// the last time before the edge's time. An edge is a clock of 0 at the end of one time and of 1
 /// at the end of the next; the first value of a clock, at the start or after $dumpoff, is none.
-/// A dump that was cut is sampled up to its last whole time, with a warning in `stimulus`.
+/// A dump that was cut is sampled up to its last whole time, with a `warning`.
 /// False, with an `error` that names the line or the signals, for a dump that is broken, misses
-/// signals or has no edge of a clock.
+/// signals or has no edge of a clock; with an empty one where `take` has ended the reading.
+bool streamVcd(QIODevice& device, std::vector<SampleRequest> const& requests, RowSink const& take,
+               QString& warning, QString& error);
+
+/// The same from a file.
+bool streamVcdFile(QString const& path, std::vector<SampleRequest> const& requests,
+                   RowSink const& take, QString& warning, QString& error);
+
+/// The same into tables. False as well for more samples than a bench may have.
 bool sampleVcd(QIODevice& device, std::vector<SampleRequest> const& requests,
                SampledStimulus& stimulus, QString& error);
 

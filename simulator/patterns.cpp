@@ -81,14 +81,13 @@ private:
 
 } // namespace
 
-Dump::SampleTable samplePattern(Pattern const& pattern, int signalCount)
+void streamPattern(Pattern const& pattern, int signalCount,
+                   std::function<bool(quint64 const* row)> const& take)
 {
-    Dump::SampleTable table(signalCount);
     if (signalCount < 1)
-        return table;
-    table.reserve(pattern.samples);
+        return;
     Noise noise(pattern.seed);
-    std::vector<quint64> row(std::size_t(table.wordsPerRow()));
+    std::vector<quint64> row(std::size_t(Dump::SampleTable::wordsFor(signalCount)));
     for (qint64 k = 0; k < pattern.samples; ++k) {
         std::fill(row.begin(), row.end(), 0);
         if (pattern.kind == Pattern::Counter)
@@ -98,8 +97,19 @@ Dump::SampleTable samplePattern(Pattern const& pattern, int signalCount)
                 Dump::SampleTable::bitOf(int(k % signalCount));
         for (int i = 0; pattern.kind == Pattern::Lfsr && i < signalCount; i += WordBits)
             row[std::size_t(i / WordBits)] = noise.take(std::min(signalCount - i, WordBits));
-        table.append(row.data());
+        if (!take(row.data()))
+            return;
     }
+}
+
+Dump::SampleTable samplePattern(Pattern const& pattern, int signalCount)
+{
+    Dump::SampleTable table(signalCount);
+    table.reserve(signalCount < 1 ? 0 : pattern.samples);
+    streamPattern(pattern, signalCount, [&table](quint64 const* row) {
+        table.append(row);
+        return true;
+    });
     return table;
 }
 

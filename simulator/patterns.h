@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace VEK::Simulator {
 
 /// A stimulus without a file.
@@ -20,9 +22,14 @@ struct Pattern
     qint64 samples = 65536;
 };
 
-/// The rows of a pattern for `signalCount` signals; an empty table for none. The noise takes one
+/// Hands out the rows of a pattern for `signalCount` signals, none for none; `take` ends it with
+/// false. The noise takes one
 /// bit a signal, first signal first, from a 32-bit shift register that starts at the given
 /// value: each bit is the sum of the 1st, 2nd, 22nd and 32nd before it.
+void streamPattern(Pattern const& pattern, int signalCount,
+                   std::function<bool(quint64 const* row)> const& take);
+
+/// The same as a table.
 Dump::SampleTable samplePattern(Pattern const& pattern, int signalCount);
 
 } // namespace VEK::Simulator
