@@ -14,36 +14,34 @@ constexpr quint64 AddressMask = 0xFFFF;
 
 } // namespace
 
-Capture::Capture(BuiltCore const& core, CaptureSetup const& setup, TriggerLogic trigger,
-                 Stimulus& stimulus, SampleMemory& memory)
-    : m_core(core), m_setup(setup), m_trigger(std::move(trigger)), m_stimulus(stimulus),
+Capture::Capture(CaptureSetup const& setup, TriggerLogic trigger, Stimulus& stimulus,
+                 SampleMemory& memory)
+    : m_setup(setup), m_flow(setup), m_trigger(std::move(trigger)), m_stimulus(stimulus),
       m_memory(memory)
 {
-    beginWindow();
+    restartTrigger();
 }
 
 bool Capture::run(bool force)
 {
-    while (m_window < m_setup.windows) {
+    while (!m_flow.isDone()) {
         if (m_standing > MaxStanding) {
             qCDebug(lcSimulator) << "a capture past any size was given up";
             return false;
         }
         if (!findTrigger(force))
             return false;
-        if (m_core.isDynamic)
-            store(true); // the tables take one sample to answer
-        for (quint64 i = 0; i < m_setup.after && m_standing <= MaxStanding; ++i)
-            store(false);
-        ++m_window;
-        beginWindow();
+        bool isMarked = m_setup.answersLate;
+        while (!m_flow.isWaiting() && m_standing <= MaxStanding) {
+            store(false, isMarked);
+            isMarked = false;
+        }
     }
     return true;
 }
 
-void Capture::beginWindow()
+void Capture::restartTrigger()
 {
-    m_count = 0;
     m_place = 0;
     m_trigger.restart(rowBefore());
 }
@@ -51,14 +49,13 @@ void Capture::beginWindow()
 bool Capture::findTrigger(bool force)
 {
     if (force) {
-        store(!m_core.isDynamic);
+        store(true, !m_setup.answersLate);
         return true;
     }
     Dump::SampleTable const& samples = *m_stimulus.samples;
     while (m_stimulus.next < samples.rowCount()) {
-        bool const isLooking = m_window > 0 || !m_setup.holdsOff || m_count >= m_setup.lead;
-        bool const fires = m_trigger.sample(samples.row(m_stimulus.next), isLooking);
-        store(fires && !m_core.isDynamic);
+        bool const fires = m_trigger.sample(samples.row(m_stimulus.next), m_flow.isLooking());
+        store(fires, fires && !m_setup.answersLate);
         if (fires)
             return true;
     }
@@ -66,18 +63,19 @@ bool Capture::findTrigger(bool force)
 }
 
 /// Takes the next sample into the memory; past the end of the stimulus its last row stands.
-void Capture::store(bool mark)
+void Capture::store(bool fires, bool mark)
 {
-    quint64 const base = quint64(m_setup.share) * m_window & AddressMask;
+    quint64 const base = quint64(m_setup.share) * m_flow.window() & AddressMask;
     qint64 const last = m_stimulus.samples->rowCount() - 1;
     m_memory.store(base + m_place, std::min(m_stimulus.next, last), mark);
     if (m_stimulus.next <= last)
         ++m_stimulus.next;
     else
         ++m_standing;
-    ++m_count;
     if (++m_place == m_setup.ring)
         m_place = 0;
+    if (m_flow.take(fires))
+        restartTrigger();
 }
 
 /// The row that edges of the next sample count against: its own for the first one of all.

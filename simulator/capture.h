@@ -55,8 +55,47 @@ struct CaptureSetup
     quint64 after = 0; ///< Records behind the marked one.
     quint64 lead = 0;  ///< Samples in front of the trigger's in a whole window.
     quint32 windows = 1;
-    quint32 share = 1;     ///< Addresses between two windows.
-    bool holdsOff = false; ///< The first window does not look for its trigger before `lead`.
+    quint32 share = 1;        ///< Addresses between two windows.
+    bool holdsOff = false;    ///< The first window does not look for its trigger before `lead`.
+    bool answersLate = false; ///< The tables of a dynamic core take one sample to answer.
+};
+
+/// How far a capture has come, sample by sample: what it waits for, and in which window.
+class CaptureFlow
+{
+public:
+    explicit CaptureFlow(CaptureSetup const& setup) : m_setup(setup) {}
+
+    quint32 window() const { return m_window; }
+    bool isDone() const { return m_window == m_setup.windows; }
+    /// For the window's trigger; else for the samples behind it.
+    bool isWaiting() const { return m_left == 0; }
+    /// Whether a trigger would be taken yet.
+    bool isLooking() const { return m_window > 0 || !m_setup.holdsOff || m_count >= m_setup.lead; }
+
+    /// Takes the next sample, before it is done; `fires`: it is the trigger's for which the window
+    /// waits. True when the window is whole with it.
+    bool take(bool fires)
+    {
+        ++m_count;
+        if (m_left > 0)
+            --m_left;
+        else if (fires)
+            m_left = m_setup.after + m_setup.answersLate;
+        else
+            return false;
+        if (m_left > 0)
+            return false;
+        ++m_window;
+        m_count = 0;
+        return true;
+    }
+
+private:
+    CaptureSetup m_setup;
+    quint32 m_window = 0;
+    quint64 m_count = 0; ///< Samples of the window so far.
+    quint64 m_left = 0;  ///< Samples that the window takes behind its trigger's.
 };
 
 /// One arming of a core: fills the sample memory until the last window is whole.
@@ -64,30 +103,28 @@ class Capture
 {
 public:
     /// All references must outlive this object.
-    Capture(BuiltCore const& core, CaptureSetup const& setup, TriggerLogic trigger,
-            Stimulus& stimulus, SampleMemory& memory);
+    Capture(CaptureSetup const& setup, TriggerLogic trigger, Stimulus& stimulus,
+            SampleMemory& memory);
 
     /// Goes on until all windows are whole, true, or the stimulus has ended, false. `force` makes
     /// the next sample the trigger's, and in each further window the first one.
     bool run(bool force);
 
-    quint32 windowsDone() const { return m_window; }
+    quint32 windowsDone() const { return m_flow.window(); }
     quint32 windows() const { return m_setup.windows; }
 
 private:
-    void beginWindow();
+    void restartTrigger();
     bool findTrigger(bool force);
-    void store(bool mark);
+    void store(bool fires, bool mark);
     quint64 const* rowBefore() const;
 
-    BuiltCore const& m_core;
     CaptureSetup m_setup;
+    CaptureFlow m_flow;
     TriggerLogic m_trigger;
     Stimulus& m_stimulus;
     SampleMemory& m_memory;
-    quint32 m_window = 0;
-    quint64 m_count = 0;   ///< Samples of the window so far.
-    quint64 m_place = 0;   ///< Of the next one in the ring.
+    quint64 m_place = 0;   ///< Of the next sample in the ring.
     qint64 m_standing = 0; ///< Samples that were taken past the stimulus's end.
 };
 

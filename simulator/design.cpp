@@ -87,6 +87,7 @@ bool buildExpressions(SxCore const& core, BuiltCore& built, QString& error)
             }
         }
         built.expressions.push_back(table);
+        built.expressionTexts.append(text);
         built.expressionUnits |= units;
     }
     return true;

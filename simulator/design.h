@@ -43,6 +43,7 @@ struct BuiltCore
     std::vector<BuiltPort> ports;
     BuiltUnit units[Units];
     std::vector<TruthTable> expressions; ///< Of a static core, by unit number.
+    QStringList expressionTexts;         ///< What they were made of.
     unsigned expressionUnits = 0;        ///< A bit for each unit that they name.
 };
 

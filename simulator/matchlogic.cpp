@@ -5,18 +5,6 @@
 namespace VEK::Simulator {
 namespace {
 
-/// Functions as the control register counts them.
-enum Function : unsigned {
-    Equal,
-    NotEqual,
-    Greater,
-    Less,
-    GreaterEqual,
-    LessEqual,
-    InRange,
-    NotInRange
-};
-
 constexpr int ControlBits = 4;
 
 } // namespace
@@ -55,13 +43,12 @@ MatchLogic::MatchLogic(Registers const& registers, int portWidth, bool hasCounte
 {
     unsigned const control = registerNumber(registers.control) & ((1u << ControlBits) - 1);
     m_isContinuous = control & 8;
-    m_func = control & 7;
+    m_func = Function(control & 7);
     reload();
 }
 
-bool MatchLogic::fires(PortWires const& port)
+bool MatchLogic::count(bool isMatch)
 {
-    bool const isMatch = matches(port);
     if (!m_hasCounter)
         return isMatch;
     if (isMatch && m_count == 0) {
@@ -101,24 +88,12 @@ bool MatchLogic::matches(PortWires const& port) const
 bool MatchLogic::allPositionsMatch(PortWires const& port) const
 {
     for (std::size_t i = 0; i < m_used.size(); ++i) {
-        quint64 const x = port.now()[i];
-        quint64 const before = port.before()[i];
-        quint64 const a = m_a[i];
-        quint64 const b = m_b[i];
-        quint64 const rises = ~before & x;
-        quint64 const falls = before & ~x;
-        quint64 const either = before ^ x;
-        quint64 const level = ~b | ~(x ^ a);
-        quint64 const edge =
-            (~a & ~b & rises) | (a & ~b & falls) | (~a & b & either) | (a & b & ~either);
-        quint64 const ok = (~m_c[i] & level) | (m_c[i] & edge);
-        if (~ok & m_used[i])
+        if (failures(port, i))
             return false;
     }
     return true;
 }
 
-/// Negative, 0 or positive, as a number below, equal to or above the bound.
 int MatchLogic::compare(quint64 const* x, std::vector<quint64> const& bound)
 {
     for (std::size_t i = 0; i < bound.size(); ++i) {

@@ -54,17 +54,57 @@ public:
 
     /// Loads the counter.
     void reload() { m_count = m_reload; }
-    /// Whether the unit fires on a sample; counts.
-    bool fires(PortWires const& port);
+    /// Whether what the unit compares holds on a sample.
+    bool matches(PortWires const& port) const;
+    /// Counts a sample that matched or did not; true when the unit fires on it.
+    bool count(bool isMatch);
+
+    /// As the control register numbers them.
+    enum Function : unsigned {
+        Equal,
+        NotEqual,
+        Greater,
+        Less,
+        GreaterEqual,
+        LessEqual,
+        InRange,
+        NotInRange
+    };
+    Function function() const { return m_func; }
+    /// The values of the positions in words as `PortWires` has them, zeros behind the last one.
+    std::vector<quint64> const& a() const { return m_a; }
+    std::vector<quint64> const& b() const { return m_b; }
+    std::vector<quint64> const& c() const { return m_c; }
+    /// The positions in word `i` that are not as "equal" asks for.
+    quint64 failures(PortWires const& port, std::size_t i) const
+    {
+        quint64 const x = port.now()[i];
+        quint64 const before = port.before()[i];
+        quint64 const a = m_a[i];
+        quint64 const b = m_b[i];
+        quint64 const rises = ~before & x;
+        quint64 const falls = before & ~x;
+        quint64 const either = before ^ x;
+        quint64 const level = ~b | ~(x ^ a);
+        quint64 const edge =
+            (~a & ~b & rises) | (a & ~b & falls) | (~a & b & either) | (a & b & ~either);
+        return ~((~m_c[i] & level) | (m_c[i] & edge)) & m_used[i];
+    }
+    /// Negative, 0 or positive, as the number in `x` is below, equal to or above the bound.
+    static int compare(quint64 const* x, std::vector<quint64> const& bound);
+
+    bool hasCounter() const { return m_hasCounter; }
+    bool isContinuous() const { return m_isContinuous; }
+    /// Matches that the counter takes to fire, and how many it has so far.
+    quint64 needed() const { return quint64(m_reload) + 1; }
+    quint64 counted() const { return m_reload - m_count; }
 
 private:
-    bool matches(PortWires const& port) const;
     bool allPositionsMatch(PortWires const& port) const;
-    static int compare(quint64 const* x, std::vector<quint64> const& bound);
 
     std::vector<quint64> m_a, m_b, m_c;
     std::vector<quint64> m_used; ///< A one for each position of the port.
-    unsigned m_func = 0;
+    Function m_func = Equal;
     bool m_isContinuous = false;
     bool m_hasCounter = false;
     quint32 m_reload = 0;

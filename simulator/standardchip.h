@@ -22,6 +22,9 @@ public:
     QBitArray read(int size) override;
     QString reason() const override;
 
+    /// The core that was selected last; null for none, or one that is not there.
+    StandardCore const* selected() const { return m_selected; }
+
 private:
     void select(QBitArray const& word);
 

@@ -114,13 +114,17 @@ void StandardCore::writeStart(quint32 value)
 
 void StandardCore::arm()
 {
+    m_capture = std::make_unique<Capture>(captureSetup(), trigger(), m_stimulus, m_memory);
+}
+
+TriggerLogic StandardCore::trigger() const
+{
     TriggerSetup trigger;
     trigger.field = [this](unsigned address) { return field(address); };
     trigger.usedUnits = m_usedUnits;
     trigger.tables = &m_tables;
     trigger.stages = quint64(number(Register::ExpressionCount)) + 1;
-    m_capture = std::make_unique<Capture>(m_built, captureSetup(), TriggerLogic(m_built, trigger),
-                                          m_stimulus, m_memory);
+    return TriggerLogic(m_built, trigger);
 }
 
 CaptureSetup StandardCore::captureSetup() const
@@ -144,6 +148,7 @@ CaptureSetup StandardCore::captureSetup() const
                       ? 0
                       : quint32(m_built.storageDepth) / fixedWindowNum(setup.windows);
     setup.holdsOff = m_built.hasCaptureInit;
+    setup.answersLate = m_built.isDynamic;
     return setup;
 }
 

@@ -25,11 +25,16 @@ public:
     /// That the stimulus has ended without a trigger; empty while nobody waits for one.
     QString reason() const;
 
+    BuiltCore const& built() const { return m_built; }
+    /// The capture and the trigger as the registers set them up now. The trigger must not outlive
+    /// this object, nor a further write.
+    CaptureSetup captureSetup() const;
+    TriggerLogic trigger() const;
+
 private:
     void writeRegister(unsigned address, QBitArray const& field);
     void writeStart(quint32 value);
     void arm();
-    CaptureSetup captureSetup() const;
     quint32 number(unsigned address) const;
     QBitArray field(unsigned address) const;
     QBitArray registerContent() const;

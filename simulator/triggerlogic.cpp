@@ -37,7 +37,7 @@ void TriggerLogic::addUnit(int number, unsigned combination, TriggerSetup const&
         setup.field(base + Register::MatchUnitC), setup.field(base + Register::MatchUnitControl),
         setup.field(base + Register::MatchUnitCounter)};
     int const width = m_ports[std::size_t(place)].width();
-    m_units.push_back({MatchLogic(registers, width, built.hasCounter), place, combination});
+    m_units.push_back({MatchLogic(registers, width, built.hasCounter), number, place, combination});
 }
 
 void TriggerLogic::restart(quint64 const* before)
@@ -53,16 +53,20 @@ bool TriggerLogic::sample(quint64 const* row, bool isLooking)
 {
     for (PortWires& port : m_ports)
         port.sample(row);
-    unsigned combination = 0;
+    unsigned matched = 0;
+    unsigned fired = 0;
     for (Unit& unit : m_units) {
-        if (unit.logic.fires(m_ports[std::size_t(unit.port)]))
-            combination |= unit.combination;
+        bool const isMatch = unit.logic.matches(m_ports[std::size_t(unit.port)]);
+        matched |= isMatch ? unit.combination : 0;
+        fired |= unit.logic.count(isMatch) ? unit.combination : 0;
     }
+    m_matched = matched;
+    m_fired = fired;
     if (!isLooking)
         return false;
     if (m_alwaysFires)
         return true;
-    if (!m_table || !m_table->at(combination))
+    if (!m_table || !m_table->at(fired))
         return false;
     enterStage(m_stage + 1);
     return m_stage == m_stages;
@@ -71,15 +75,19 @@ bool TriggerLogic::sample(quint64 const* row, bool isLooking)
 void TriggerLogic::enterStage(quint64 stage)
 {
     m_stage = stage;
-    m_table = nullptr;
+    m_table = table(stage);
+}
+
+TruthTable const* TriggerLogic::table(quint64 stage) const
+{
     if (!m_core.isDynamic) {
-        if (stage < m_core.expressions.size())
-            m_table = &m_core.expressions[std::size_t(stage)];
-    } else if (m_tables) {
-        auto const table = m_tables->find(unsigned(stage));
-        if (table != m_tables->end())
-            m_table = &table->second;
+        bool const isBuilt = stage < m_core.expressions.size();
+        return isBuilt ? &m_core.expressions[std::size_t(stage)] : nullptr;
     }
+    if (!m_tables)
+        return nullptr;
+    auto const table = m_tables->find(unsigned(stage));
+    return table == m_tables->end() ? nullptr : &table->second;
 }
 
 } // namespace VEK::Simulator

@@ -35,14 +35,28 @@ public:
     /// and their counters run.
     bool sample(quint64 const* row, bool isLooking);
 
-private:
     struct Unit
     {
         MatchLogic logic;
-        int port;             ///< Place in `m_ports`.
+        int number;           ///< Of the unit in its core.
+        int port;             ///< Place in `ports`.
         unsigned combination; ///< Bit of the unit in a table's index.
     };
 
+    /// The units that take part, in ascending order of their numbers, and what they watch.
+    std::vector<Unit> const& units() const { return m_units; }
+    std::vector<PortWires> const& ports() const { return m_ports; }
+    /// Of the last sample: units that matched, by their bit in a table's index, and the index.
+    unsigned matched() const { return m_matched; }
+    unsigned fired() const { return m_fired; }
+    /// The stage that is waited for, and how many there are.
+    quint64 stage() const { return m_stage; }
+    quint64 stages() const { return m_stages; }
+    /// The table of a stage; null: it never fires.
+    TruthTable const* table(quint64 stage) const;
+    bool alwaysFires() const { return m_alwaysFires; }
+
+private:
     void addUnit(int number, unsigned combination, TriggerSetup const& setup);
     void enterStage(quint64 stage);
 
@@ -52,6 +66,8 @@ private:
     std::vector<Unit> m_units;
     std::vector<PortWires> m_ports;
     std::vector<int> m_portPlaces; ///< Place in `m_ports` of each built port, or -1.
+    unsigned m_matched = 0;
+    unsigned m_fired = 0;
     quint64 m_stage = 0;
     TruthTable const* m_table = nullptr; ///< Of the stage; null: it never fires.
     bool m_alwaysFires = false;          ///< A static core that was built without an expression.
