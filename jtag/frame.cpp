@@ -298,7 +298,7 @@ bool packFromBody(QByteArray const& body, CmdPack& pack)
     return readPack(body.constData(), body.size(), pack);
 }
 
-FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack)
+FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack, QByteArray* bytes)
 {
     if (blockSize == 0) {
         if (device.bytesAvailable() < LengthBytes)
@@ -317,6 +317,11 @@ FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack)
     QVarLengthArray<char, 1024> body(awaited);
     int const size = int(std::max<qint64>(0, device.read(body.data(), body.size())));
     blockSize = 0;
+    if (bytes) {
+        bytes->resize(LengthBytes);
+        qToBigEndian(quint32(size), bytes->data());
+        bytes->append(body.constData(), size);
+    }
     return readPack(body.constData(), size, pack) ? FrameState::Complete : FrameState::Malformed;
 }
 

@@ -30,7 +30,9 @@ QByteArray frameFromPack(CmdPack const& pack);
 bool packFromBody(QByteArray const& body, CmdPack& pack);
 
 /// Takes one frame off `device`. `blockSize` is the caller's state between calls: 0, or the length
-/// of the body that is awaited.
-FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack);
+/// of the body that is awaited. `bytes`, where it is given, gets the frame that was taken, length
+/// field included, unless the result is Incomplete.
+FrameState takeFrame(QIODevice& device, quint32& blockSize, CmdPack& pack,
+                     QByteArray* bytes = nullptr);
 
 } // namespace VEK

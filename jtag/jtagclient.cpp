@@ -38,7 +38,10 @@ void send(Client* client, CmdPack const& pack)
 {
     if (client->state() != Client::ConnectedState)
         return;
-    client->write(frameFromPack(pack));
+    QByteArray const frame = frameFromPack(pack);
+    if (client->tap)
+        client->tap(WireEvent::Request, frame);
+    client->write(frame);
     client->flush();
     // Only a design with dozens of full trigger tables comes here, if the server takes them slowly.
     // What the server answers meanwhile is delivered later, by the event loop.
@@ -50,11 +53,15 @@ template <typename Client>
 void receive(Client* client)
 {
     CmdPack pack;
-    FrameState const found = takeFrame(*client, client->blockSize, pack);
+    QByteArray frame;
+    FrameState const found =
+        takeFrame(*client, client->blockSize, pack, client->tap ? &frame : nullptr);
     if (client->blockSize > MaxFrameBody)
         qCDebug(jtagLog) << "dropping data behind a frame length of" << client->blockSize;
     if (found == FrameState::Incomplete)
         return;
+    if (client->tap)
+        client->tap(WireEvent::Reply, frame);
     // Bytes that are buffered already raise no readyRead(). Armed before the message goes out, so
     // that a receiver which runs an event loop gets the frames behind it too.
     QTimer::singleShot(0, client, &Client::onDataReady);

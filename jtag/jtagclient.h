@@ -1,6 +1,7 @@
 #pragma once
 
 #include "jtag/protocol.h"
+#include "jtag/wiretap.h"
 
 #include <QLocalSocket>
 #include <QTcpSocket>
@@ -25,6 +26,9 @@ public:
     /// Length of the frame body that is awaited, 0 while the length itself is.
     quint32 blockSize = 0;
 
+    /// Is handed all frames, where it is set.
+    WireTap tap;
+
 public Q_SLOTS:
     /// Takes at most one frame off the socket, arms itself for the next one, and emits its message.
     /// The receiver may run an event loop: later frames then arrive inside it. A frame that holds
@@ -46,6 +50,7 @@ public:
     void sendCmdPack(CmdPack const& pack);
 
     quint32 blockSize = 0;
+    WireTap tap;
 
 public Q_SLOTS:
     void onDataReady();
