@@ -40,19 +40,14 @@ bool isOtherEncoding(QByteArray const& bytes)
     return !isAscii && state.invalidChars == 0 && state.remainingChars == 0;
 }
 
-void checkVersion(QDomElement const& config, FindingList& list)
+void checkVersion(ParsedDocument const& parsed, FindingList& list)
 {
-    QDomElement const version = config.firstChildElement(Version);
-    if (version.isNull()) {
-        list.error(config, QString(), QStringLiteral("Unknown Vek Version."));
-        return;
-    }
-    try {
-        if (compareVersion(version.text(), LATEST_VERSION) == VersionHigher)
-            list.error(version, QString(), VersionTooHigh);
-    } catch (CompareException const& exception) {
-        list.error(version, QString(), exception.message);
-    }
+    bool ok = false;
+    QString error;
+    acceptDocument(parsed, {LATEST_VERSION}, QStringLiteral("Unknown Vek Version."), &ok, &error);
+    QDomElement const version = parsed.config().firstChildElement(Version);
+    if (!ok)
+        list.error(version.isNull() ? parsed.config() : version, QString(), error);
 }
 
 /// Sizes of a core. Where one of them is none at all, nothing follows from it.
@@ -83,7 +78,7 @@ void checkSignals(QDomElement const& element, SxCore const& core, FindingList& l
     QString const source = QStringLiteral("capture_from_trigger");
     QDomElement const listed = element.firstChildElement(SignalListTag);
     if (!listed.isNull())
-        checkSignalList(listed, SignalOwner::StandardCore, list);
+        checkSignalList(listed, ListForm::Standard, list);
     if (element.hasAttribute(source) && !numberOf(element, source, {0, 1}, list))
         return;
     if (!flatSignals(core.dataSignalList).isEmpty())
@@ -153,11 +148,8 @@ void checkLiteCore(QDomElement const& element, FindingList& list)
     flagOf(element, QStringLiteral("capture_init_data_enabled"), list);
     QDomElement const listed = element.firstChildElement(SignalListTag);
     if (!listed.isNull())
-        checkSignalList(listed, SignalOwner::LiteCore, list);
-    bool isCapturing = false;
-    for (QDomElement const& item : childElements(listed))
-        isCapturing |= isCaptured(item);
-    if (!isCapturing)
+        checkSignalList(listed, ListForm::Lite, list);
+    if (capturedItems(readSignalList(listed, ListForm::Lite)).isEmpty())
         list.error(element, QString(), QStringLiteral("the core captures no signals"));
 }
 
@@ -196,7 +188,7 @@ void checkDocument(ParsedDocument const& parsed, FindingList& list)
         lite.value_or(false) ? QStringLiteral("SxCore_Lite") : QStringLiteral("SxCore");
     if (lite)
         checkForm(config, {{}, {}, {coreTag}, {Version, Mode, QStringLiteral("VEK_ID")}}, list);
-    checkVersion(config, list);
+    checkVersion(parsed, list);
     if (!lite)
         return;
     if (childElements(config, coreTag).isEmpty())

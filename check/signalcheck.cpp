@@ -1,7 +1,5 @@
 #include "check/signalcheck.h"
 
-#include "model/signallist.h"
-
 #include <QSet>
 
 namespace VEK {
@@ -12,9 +10,9 @@ QString const Text = QStringLiteral("text");
 QString const Signal = QStringLiteral("Signal");
 
 /// What other texts than "true" and "false" do to a signal or a bus.
-QString strangeFlag(SignalOwner owner, bool isBus)
+QString strangeFlag(ListForm form, bool isBus)
 {
-    if (owner == SignalOwner::StandardCore && !isBus)
+    if (form == ListForm::Standard && !isBus)
         return QStringLiteral("the signal is dropped");
     return QStringLiteral("it is not captured");
 }
@@ -22,18 +20,18 @@ QString strangeFlag(SignalOwner owner, bool isBus)
 class SignalCheck
 {
 public:
-    SignalCheck(SignalOwner owner, FindingList& list) : m_owner(owner), m_list(list) {}
+    SignalCheck(ListForm form, FindingList& list) : m_form(form), m_list(list) {}
 
     void checkItem(QDomElement const& item)
     {
         bool const isBus = item.tagName() == QLatin1String("Bus");
-        if (m_owner != SignalOwner::Port)
-            checkTrueOrFalse(item, CaptureEnable, strangeFlag(m_owner, isBus), m_list);
+        if (m_form != ListForm::Port)
+            checkTrueOrFalse(item, CaptureEnable, strangeFlag(m_form, isBus), m_list);
         if (isBus)
             checkBus(item);
         else
-            checkSignal(item, m_owner == SignalOwner::Port ? QStringList{Text}
-                                                           : QStringList{Text, CaptureEnable});
+            checkSignal(item, m_form == ListForm::Port ? QStringList{Text}
+                                                       : QStringList{Text, CaptureEnable});
     }
 
 private:
@@ -52,7 +50,7 @@ private:
     void checkBus(QDomElement const& bus)
     {
         QStringList attributes{QStringLiteral("name"), QStringLiteral("restorename")};
-        if (m_owner != SignalOwner::Port)
+        if (m_form != ListForm::Port)
             attributes << CaptureEnable;
         checkForm(bus, {{}, attributes, {Signal}, {}}, m_list);
         QString const name = bus.attribute(QStringLiteral("name"));
@@ -66,17 +64,17 @@ private:
             checkSignal(member, {Text});
     }
 
-    SignalOwner m_owner;
+    ListForm m_form;
     FindingList& m_list;
     QSet<QString> m_names;
 };
 
 } // namespace
 
-void checkSignalList(QDomElement const& signalList, SignalOwner owner, FindingList& list)
+void checkSignalList(QDomElement const& signalList, ListForm form, FindingList& list)
 {
     checkForm(signalList, {{}, {}, {Signal, QStringLiteral("Bus")}, {}}, list);
-    SignalCheck check(owner, list);
+    SignalCheck check(form, list);
     for (QDomElement const& item : childElements(signalList))
         if (item.tagName() == Signal || item.tagName() == QLatin1String("Bus"))
             check.checkItem(item);

@@ -41,7 +41,7 @@ void checkPorts(QDomElement const& triggers, FindingList& list)
         numberOf(port, Index, {0, CoreUnitCount - 1}, list);
         QDomElement const wired = port.firstChildElement(QStringLiteral("SignalList"));
         if (!wired.isNull())
-            checkSignalList(wired, SignalOwner::Port, list);
+            checkSignalList(wired, ListForm::Port, list);
     }
 }
 
