@@ -6,60 +6,20 @@
 #include "triggerui/matchunitmodel.h"
 #include "triggerui/matchunittable.h"
 #include "triggerui/muexpressiondialog.h"
-#include "widgets/named.h"
 #include "widgets/viewkeeper.h"
 
-#include <QComboBox>
-#include <QFormLayout>
-#include <QGroupBox>
+#include "ui_dynamicconfigwidget.h"
+
 #include <QKeyEvent>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QSignalBlocker>
-#include <QSpinBox>
-#include <QVBoxLayout>
 
 #include <limits>
 
 namespace VEK {
 
-/// The form.
-class Ui_DynamicConfigWidget
-{
-public:
-    void setupUi(QWidget* widget, MatchUnitModel* model);
-
-    QGroupBox* groupBox = nullptr;
-    QLineEdit* lineEditStorage = nullptr;
-    QComboBox* comboBoxWindow = nullptr;
-    CountingModel* windows = nullptr; ///< The items of `comboBoxWindow`.
-    QComboBox* comboBoxAmount = nullptr;
-    QSpinBox* spinBoxTrPos = nullptr;
-    QGroupBox* groupBox_2 = nullptr;
-    QListWidget* listExpressions = nullptr;
-    QGroupBox* groupBox_3 = nullptr;
-    MatchUnitTable* tableUnit = nullptr;
-
-private:
-    QGroupBox* makeCapture(QWidget* widget);
-    QGroupBox* makeExpressions(QWidget* widget);
-    QGroupBox* makeUnits(QWidget* widget, MatchUnitModel* model);
-};
-
 namespace {
 
 constexpr int MinimumAmount = 4; ///< The least samples that a segment holds.
-
-QComboBox* makeBox(QWidget* parent, char const* name)
-{
-    auto* const box = named(new QComboBox(parent), name);
-    box->setMaxVisibleItems(15);
-    box->setStyleSheet(QStringLiteral("QComboBox{combobox-popup:0;}"));
-    // a width by contents would ask every item for its text
-    box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    box->setMinimumContentsLength(10);
-    return box;
-}
 
 QString expressionLine(int row, QString const& expression)
 {
@@ -83,64 +43,15 @@ QList<bool> filledFlags(QList<bool> flags, int count)
 
 } // namespace
 
-void Ui_DynamicConfigWidget::setupUi(QWidget* widget, MatchUnitModel* model)
-{
-    widget->setWindowTitle(QStringLiteral("Configuration"));
-    auto* const layout = new QVBoxLayout(widget);
-    layout->addWidget(makeCapture(widget));
-    layout->addWidget(makeExpressions(widget), 1);
-    layout->addWidget(makeUnits(widget, model), 2);
-}
-
-QGroupBox* Ui_DynamicConfigWidget::makeCapture(QWidget* widget)
-{
-    groupBox = named(new QGroupBox(QStringLiteral("Capture"), widget), "groupBox");
-    lineEditStorage = named(new QLineEdit(groupBox), "lineEditStorage");
-    lineEditStorage->setReadOnly(true);
-    lineEditStorage->setFocusPolicy(Qt::ClickFocus); // to copy from; the first to edit comes next
-    lineEditStorage->setStyleSheet(QStringLiteral("QLineEdit{background:transparent;border:0;}"));
-
-    comboBoxWindow = makeBox(groupBox, "comboBoxWindow");
-    windows = new CountingModel(comboBoxWindow);
-    comboBoxWindow->setView(new EvenListView(comboBoxWindow));
-    comboBoxWindow->setModel(windows);
-
-    comboBoxAmount = makeBox(groupBox, "comboBoxAmount");
-    spinBoxTrPos = named(new QSpinBox(groupBox), "spinBoxTrPos");
-    spinBoxTrPos->setMinimum(0);
-
-    auto* const form = new QFormLayout(groupBox);
-    form->addRow(QStringLiteral("Storage Size:"), lineEditStorage);
-    form->addRow(QStringLiteral("Segments Number:"), comboBoxWindow);
-    form->addRow(QStringLiteral("Capture Amount:"), comboBoxAmount);
-    form->addRow(QStringLiteral("Trigger Position:"), spinBoxTrPos);
-    return groupBox;
-}
-
-QGroupBox* Ui_DynamicConfigWidget::makeExpressions(QWidget* widget)
-{
-    groupBox_2 = named(new QGroupBox(QStringLiteral("Trigger Expressions"), widget), "groupBox_2");
-    listExpressions = named(new QListWidget(groupBox_2), "listExpressions");
-    auto* const layout = new QVBoxLayout(groupBox_2);
-    layout->addWidget(listExpressions);
-    return groupBox_2;
-}
-
-QGroupBox* Ui_DynamicConfigWidget::makeUnits(QWidget* widget, MatchUnitModel* model)
-{
-    groupBox_3 = named(new QGroupBox(QStringLiteral("Match Units"), widget), "groupBox_3");
-    tableUnit = named(new MatchUnitTable(groupBox_3), "tableUnit");
-    tableUnit->setModel(model);
-    tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
-    auto* const layout = new QVBoxLayout(groupBox_3);
-    layout->addWidget(tableUnit);
-    return groupBox_3;
-}
-
 DynamicConfigWidget::DynamicConfigWidget(QWidget* parent)
     : QWidget(parent), ui(new Ui_DynamicConfigWidget), model(new MatchUnitModel(this))
 {
-    ui->setupUi(this, model);
+    ui->setupUi(this);
+    windows = new CountingModel(ui->comboBoxWindow);
+    ui->comboBoxWindow->setView(new EvenListView(ui->comboBoxWindow));
+    ui->comboBoxWindow->setModel(windows); // the box has a fixed width, to ask no item for its text
+    ui->tableUnit->setModel(model);
+    ui->tableUnit->setColumnHidden(MatchUnitModel::EnabledColumn, true);
     resetUI();
     setEnabled(false);
 
@@ -179,7 +90,7 @@ void DynamicConfigWidget::setWindows()
     QSignalBlocker const blocked(ui->comboBoxWindow);
     int const last = core->storageDepth / MinimumAmount;
     int const chosen = core->windowNum >= 1 && core->windowNum <= last ? core->windowNum : 0;
-    ui->windows->setLast(last);
+    windows->setLast(last);
     ui->comboBoxWindow->setCurrentIndex(chosen - 1);
 }
 
@@ -245,7 +156,7 @@ void DynamicConfigWidget::resetUI()
     QSignalBlocker const windowBlocked(ui->comboBoxWindow);
     QSignalBlocker const amountBlocked(ui->comboBoxAmount);
     ui->lineEditStorage->clear();
-    ui->windows->setLast(0);
+    windows->setLast(0);
     ui->comboBoxAmount->clear();
     ui->listExpressions->clear();
     model->reset();

@@ -12,6 +12,7 @@ class QListWidgetItem;
 
 namespace VEK {
 
+class CountingModel;
 class MatchUnitModel;
 class Ui_DynamicConfigWidget;
 
@@ -66,7 +67,8 @@ private:
     std::unique_ptr<Ui_DynamicConfigWidget> ui;
     SxCore* core = nullptr; ///< Not owned.
     MatchUnitModel* model;
-    QPointer<QDialog> unitDialog; ///< While one of its units is edited.
+    CountingModel* windows = nullptr; ///< The items of the segments' combo box.
+    QPointer<QDialog> unitDialog;     ///< While one of its units is edited.
 };
 
 } // namespace VEK
