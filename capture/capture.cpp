@@ -417,7 +417,7 @@ QString Capture::messageFor(CaptureEnd end) const
     case CaptureEnd::Stopped:
         return QStringLiteral("Stopped.");
     case CaptureEnd::Lost:
-        return m_settings.host.isEmpty()
+        return m_settings.host.isEmpty() && !m_settings.attach
                    ? QStringLiteral("The JTAG server has ended. Run again to start another one.")
                    : QStringLiteral("The connection to the JTAG server was lost.");
     case CaptureEnd::Incomplete:

@@ -2,6 +2,7 @@
 
 #include "acquire/datamanager.h"
 #include "jtag/protocol.h"
+#include "jtag/wiretap.h"
 
 #include <QString>
 
@@ -20,6 +21,11 @@ struct CaptureSettings
     /// server of the cable on this machine, which the run starts and ends.
     QString host;
     int port = Server::RemotePort;
+
+    /// The server of the cable is there already: the run neither starts nor ends one.
+    bool attach = false;
+
+    WireTap tap; ///< Is handed all that the server is sent and sends, where it is set.
 
     QList<int> places; ///< In the list of cores; empty for all.
     bool repeat = false;
@@ -43,7 +49,7 @@ struct CaptureSettings
 enum class CaptureEnd {
     Complete,
     Stopped,     ///< By `stop`.
-    NoServer,    ///< Its program could not be started.
+    NoServer,    ///< Its program could not be started, or the one to attach to is not there.
     Silent,      ///< The server could not be connected to, or owed a reply for too long.
     Busy,        ///< Another run holds the cable, or the server of another machine.
     OpenFailed,  ///< The device could not be opened.

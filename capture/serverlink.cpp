@@ -19,14 +19,6 @@ constexpr int RemoteRetry = 100;
 constexpr int LeftoverPatience = 2000;
 constexpr int TerminatePatience = 1000; ///< For a server to end by itself.
 
-/// The server that the batch tool starts for the cable as well.
-JtagServer localServer(QString const& cable)
-{
-    if (cable == Server::LptName)
-        return {Server::LptName, Server::LptSocket, Server::LptPort, CableLPT, Channel0};
-    return {Server::Ft2chName, Server::UsbSocket, Server::UsbPort, CableFT2CH, Channel0};
-}
-
 QString programOf(JtagServer const& server)
 {
     return server.cable == CableLPT ? Server::LptProgram : Server::UsbProgram;
@@ -76,13 +68,14 @@ ServerLink::~ServerLink()
 {
     if (!isOpen())
         return;
+    m_isClosing = true;
     dropConnection();
     if (m_process) {
         m_process->disconnect(this);
         m_process->kill();
         m_process->waitForFinished(Server::StopTimeout);
     }
-    if (!isRemote())
+    if (startsServer())
         m_hold->removeDeadSocket();
 }
 
@@ -123,6 +116,8 @@ void ServerLink::queue()
     if (m_hold->tryTake()) {
         if (isRemote())
             goTo(&ServerLink::connectRemote, m_settings.patience);
+        else if (m_settings.attach)
+            goTo(&ServerLink::connectLocal, m_settings.patience);
         else
             goTo(&ServerLink::awaitFreeSocket, LeftoverPatience);
         emit held();
@@ -171,13 +166,17 @@ void ServerLink::connectLocal()
 {
     if (!m_local) {
         m_local = std::make_unique<JtagClient>();
+        setTap(*m_local);
         connect(m_local.get(), &JtagClient::connected, this, &ServerLink::onConnected);
     }
     if (m_local->state() == QLocalSocket::UnconnectedState)
         m_local->connectToServer(m_server.address, QIODevice::ReadWrite);
     if (m_local->state() == QLocalSocket::ConnectedState)
         return;
-    if (m_since.hasExpired(m_patience))
+    if (m_settings.attach && m_local->state() == QLocalSocket::UnconnectedState)
+        fail(CaptureEnd::NoServer, QStringLiteral("There is no JTAG server to attach to at %1.")
+                                       .arg(QDir::temp().filePath(m_server.address)));
+    else if (m_since.hasExpired(m_patience))
         fail(CaptureEnd::Silent,
              QStringLiteral("The JTAG server does not answer: it took no connection within %1.")
                  .arg(seconds(m_patience)));
@@ -189,6 +188,7 @@ void ServerLink::connectRemote()
 {
     if (!m_remote) {
         m_remote = std::make_unique<JtagClientNlc>();
+        setTap(*m_remote);
         connect(m_remote.get(), &JtagClientNlc::connected, this, &ServerLink::onConnected);
         connect(m_remote.get(), &JtagClientNlc::cmdReceived, this,
                 [this] { m_hasAnswered = true; });
@@ -206,6 +206,16 @@ void ServerLink::connectRemote()
         m_remote->connectToHost(m_settings.host, quint16(m_settings.port), QIODevice::ReadWrite);
     if (m_remote->state() != QAbstractSocket::ConnectedState)
         m_retry.start(RemoteRetry);
+}
+
+template <typename Client>
+void ServerLink::setTap(Client& client)
+{
+    client.tap = m_settings.tap;
+    connect(&client, &Client::disconnected, this, [this] {
+        if (m_settings.tap && !m_isClosing)
+            m_settings.tap(WireEvent::Lost, {});
+    });
 }
 
 void ServerLink::onConnected()
@@ -290,7 +300,7 @@ void ServerLink::dropConnection()
 void ServerLink::release()
 {
     m_process.reset();
-    if (!isRemote())
+    if (startsServer())
         m_hold->removeDeadSocket();
     m_hold.reset();
     emit closed();

@@ -15,7 +15,8 @@
 namespace VEK {
 
 /// The server of one run: takes the right to its cable, starts it, connects the shared session to
-/// it, and ends it again. One of another machine is only connected to. Nothing blocks.
+/// it, and ends it again. One of another machine, or to attach to, is only connected to. Nothing
+/// blocks.
 class ServerLink : public QObject
 {
     Q_OBJECT
@@ -62,7 +63,10 @@ private:
     void goTo(void (ServerLink::*step)(), int patience);
     void dropConnection();
     void release();
+    template <typename Client>
+    void setTap(Client& client);
     bool isRemote() const { return !m_settings.host.isEmpty(); }
+    bool startsServer() const { return !isRemote() && !m_settings.attach; }
 
     CaptureSettings m_settings;
     JtagServer m_server;

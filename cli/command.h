@@ -15,6 +15,7 @@ using Command = std::function<int()>;
 /// chosen `chosen` is set.
 void addCheckCommand(CLI::App& program, Command& chosen);
 void addRunCommand(CLI::App& program, Command& chosen);
+void addReplayCommand(CLI::App& program, Command& chosen);
 
 /// A text of the command line.
 inline QString textOf(std::string const& argument)

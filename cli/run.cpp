@@ -82,8 +82,8 @@ OutputSettings outputOf(RunSettings const& settings)
 } // namespace
 
 Run::Run(RunSettings const& settings)
-    : m_settings(settings), m_files(outputOf(settings), m_capture), m_manifest(settings.manifest),
-      m_progress(settings.progress)
+    : m_settings(settings), m_recorder(settings.recording), m_files(outputOf(settings), m_capture),
+      m_manifest(settings.manifest), m_progress(settings.progress)
 {}
 
 int Run::exec()
@@ -105,6 +105,8 @@ void Run::prepare()
     for (QString const& warning : checkCores(m_capture, m_places))
         warn(warning);
     m_settings.capture.places = m_places;
+    if (!m_settings.recording.isEmpty())
+        m_settings.capture.tap = m_recorder.tap();
     if (m_capture.liteCore() && m_settings.capture.force >= 0)
         throw Failure{Status::Usage, QStringLiteral("--force-after: a Lite core can't be forced")};
     for (int const place : qAsConst(m_places))
@@ -144,6 +146,9 @@ void Run::connectCapture()
                  .arg(window));
     });
     connect(&m_capture, &Capture::told, this, &Run::warn);
+    connect(
+        &m_recorder, &WireRecorder::failed, this,
+        [this](QString const& error) { fail(unrecorded(error)); }, Qt::QueuedConnection);
     connect(&m_capture, &Capture::ended, this, &Run::onEnded);
 }
 
@@ -162,9 +167,40 @@ void Run::onHeld()
         describe();
         m_manifest.begin();
         m_isBegun = true;
+        startRecording();
     } catch (Failure const& failure) {
         fail(failure);
     }
+}
+
+void Run::startRecording()
+{
+    if (m_settings.recording.isEmpty())
+        return;
+    WireHeader const header{QStringLiteral("vek " VEK_VERSION), QDateTime::currentDateTimeUtc(),
+                            m_settings.capture.cable,
+                            m_settings.capture.host.isEmpty() ? QStringLiteral("local")
+                                                              : QStringLiteral("tcp")};
+    QString error;
+    if (!m_recorder.start(header, error))
+        throw unrecorded(error);
+}
+
+void Run::endRecording()
+{
+    QString error;
+    if (m_settings.recording.isEmpty() || !m_isBegun)
+        return;
+    if (!m_recorder.finish(error))
+        throw unrecorded(error);
+    m_progress.clear();
+    tellPath(m_recorder.path());
+}
+
+Failure Run::unrecorded(QString const& error) const
+{
+    return {Status::Output,
+            QStringLiteral("%1 can't be written: %2").arg(m_settings.recording, error)};
 }
 
 void Run::describe()
@@ -217,10 +253,14 @@ void Run::onWindow(int place, int window, QList<WaveMonitor::SignalData> const& 
 void Run::tellFiles(QList<WrittenFile> const& files)
 {
     m_progress.clear();
-    for (WrittenFile const& file : files) {
-        if (!printLine(file.path))
-            throw Failure{Status::Output, QStringLiteral("standard output can't be written")};
-    }
+    for (WrittenFile const& file : files)
+        tellPath(file.path);
+}
+
+void Run::tellPath(QString const& path)
+{
+    if (!printLine(path))
+        throw Failure{Status::Output, QStringLiteral("standard output can't be written")};
 }
 
 void Run::onSignal(int number)
@@ -248,6 +288,7 @@ void Run::onEnded(CaptureOutcome const& outcome)
             warn(note);
         m_manifest.noteWritten(files);
         tellFiles(files);
+        endRecording();
     } catch (Failure const& failure) {
         if (m_failure.isEmpty())
             m_failure = failure.message;

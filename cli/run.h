@@ -5,6 +5,7 @@
 #include "cli/outputfiles.h"
 #include "cli/overrides.h"
 #include "cli/progress.h"
+#include "jtag/wirerecorder.h"
 
 #include <QList>
 #include <QMap>
@@ -23,6 +24,7 @@ struct RunSettings
     bool plain = false;
     SampleClock clock;
     QString manifest;
+    QString recording; ///< Of the wire; empty for none.
     QMap<QString, QString> labels;
     int attempt = 1;
     QList<int> cores; ///< By their own indexes; empty for all.
@@ -49,12 +51,16 @@ private:
     void begin();
     void onHeld();
     void describe();
+    void startRecording();
+    void endRecording();
+    Failure unrecorded(QString const& error) const;
     void onWindow(int place, int window, QList<WaveMonitor::SignalData> const& samples);
     void onSignal(int number);
     void onEnded(CaptureOutcome const& outcome);
     void fail(Failure const& failure);
     void finish(Status status, QString message, QString const& reason);
     void tellFiles(QList<WrittenFile> const& files);
+    static void tellPath(QString const& path);
     void warn(QString const& message);
     QString coreName(int place) const;
     int indexOf(int place) const;
@@ -62,6 +68,7 @@ private:
     int triggerOf(int place) const;
 
     RunSettings m_settings;
+    WireRecorder m_recorder; ///< Outlives the capture, which hands it frames.
     Capture m_capture;
     QList<int> m_places;
     OutputFiles m_files;

@@ -17,6 +17,7 @@ struct Words
     std::vector<std::string> formats{"csv"};
     std::string clock;
     std::string manifest;
+    std::string recording;
     std::vector<std::string> labels;
     std::vector<int> cores;
     int position = -1;
@@ -34,6 +35,7 @@ struct Words
     std::string queue = "2s";
     int attempt = 1;
     bool plain = false;
+    bool attach = false;
     bool paced = false;
     bool progress = false;
 };
@@ -130,6 +132,9 @@ CaptureSettings captureSettings(Words const& words)
         throw usage(QStringLiteral("--location: \"%1\" is no number.").arg(capture.location));
     capture.device = textOf(words.device);
     setServer(textOf(words.server), capture);
+    capture.attach = words.attach;
+    if (words.attach && !capture.host.isEmpty())
+        throw usage(QStringLiteral("--attach: --server names a server that is there already."));
     capture.wait = milliseconds("--wait", words.wait);
     capture.force = milliseconds("--force-after", words.force);
     capture.patience = milliseconds("--reply-timeout", words.patience);
@@ -146,6 +151,7 @@ RunSettings settingsFrom(Words const& words, CLI::App const& command)
     settings.output = textOf(words.output);
     setFormats(words, settings);
     settings.manifest = textOf(words.manifest);
+    settings.recording = textOf(words.recording);
     setLabels(words.labels, settings);
     settings.attempt = words.attempt;
     for (int const core : words.cores)
@@ -195,6 +201,10 @@ void addOutputOptions(CLI::App& command, Words& words)
         ->type_name("KEY=VALUE")
         ->take_all()
         ->allow_extra_args(false);
+    command
+        .add_option("--record", words.recording,
+                    "All that the server is sent and sends, for vek replay")
+        ->type_name("FILE");
     command.add_option("--attempt", words.attempt, "Number of this attempt, for the manifest")
         ->check(CLI::PositiveNumber);
 }
@@ -250,6 +260,8 @@ void addDeskOptions(CLI::App& command, Words& words)
     command.add_option("--location", words.location, "Location of the cable (default: any)")
         ->envname("VEK_LOCATION")
         ->type_name("NUMBER");
+    command.add_flag("--attach", words.attach,
+                     "Use the server that is at the cable's socket, and start none");
     command
         .add_option("--server", words.server,
                     "JTAG server on another machine (default: one is started here)")

@@ -76,6 +76,11 @@ QString serverProgramPath(QString const& program)
            QLatin1Char('/') + program;
 }
 
+JtagServer localServer(QString const& cable)
+{
+    return cable == Server::LptName ? lptServer(Channel0) : usbServer(Channel0);
+}
+
 QList<JtagServer> initServerList(QMap<QString, QProcess*>& processes, CABLE cable, CHANNEL channel)
 {
     QString program;

@@ -13,6 +13,9 @@ namespace VEK {
 /// Path of a server's program in the install root of the running program.
 QString serverProgramPath(QString const& program);
 
+/// The local server that is started for a cable of this name.
+JtagServer localServer(QString const& cable);
+
 /// Starts the local server of a cable, for a host that keeps its processes itself. Unlike the
 /// session's lists it knows a server of its own for TR7QZ. Waits up to 5 s for the start; on
 /// success the process is put into `processes` under the server's name (the caller deletes it) and

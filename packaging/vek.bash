@@ -1,10 +1,25 @@
 # Completion of vek for bash.
 
+_vek_replay() {
+    [ "$before" != --listen ] || return
+    case $word in
+    -*) mapfile -t COMPREPLY < <(compgen -W "--listen --cut --json --help" -- "$word") ;;
+    *)
+        shopt -q extglob || shopt -s extglob
+        mapfile -t COMPREPLY < <(compgen -f -X '!*.vekwire' -- "$word"; compgen -d -S / -- "$word")
+        ;;
+    esac
+}
+
 _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run check --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check replay --help --version" -- "$word")
+        return
+    fi
+    if [ "${COMP_WORDS[1]}" = replay ]; then
+        _vek_replay
         return
     fi
     case $before in
@@ -15,7 +30,7 @@ _vek() {
         mapfile -t COMPREPLY < <(compgen -P "$done" -W "csv vcd rsx raw" -- "${word##*,}")
         return
         ;;
-    -o | --output | --manifest | --bench)
+    -o | --output | --manifest | --record | --bench)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return
         ;;
@@ -28,9 +43,9 @@ _vek() {
     -*)
         case ${COMP_WORDS[1]} in
         check) list="--bench --json --help" ;;
-        run) list="--output --format --plain --clock --manifest --label --attempt --wait --force-after
+        run) list="--output --format --plain --clock --manifest --record --label --attempt --wait --force-after
             --reply-timeout --queue --paced --progress --core --position --amount --windows
-            --expression --match --cable --location --server --device --help" ;;
+            --expression --match --cable --location --server --attach --device --help" ;;
         esac
         ;;
     esac

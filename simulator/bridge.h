@@ -3,6 +3,7 @@
 #include "jtag/protocol.h"
 #include "simulator/bench.h"
 #include "simulator/chip.h"
+#include "simulator/requesthandler.h"
 
 #include <QStringList>
 
@@ -19,13 +20,13 @@ constexpr int BrokenBench = -100; ///< The bench can't be used; "REASON" tells w
 } // namespace OpenResult
 
 /// What a server makes of requests: it owns the desk and the chip, but no socket.
-class Bridge
+class Bridge : public RequestHandler
 {
 public:
     /// `kinds`: the cable kinds of this server, the usual one first; cables of other kinds are out
     /// of its sight.
     Bridge(Bench const& bench, QStringList const& kinds);
-    ~Bridge();
+    ~Bridge() override;
 
     /// Builds the chip. May take a while for a large stimulus. False with an `error` for a bench
     /// that can't be used; requests are served all the same, and OPEN tells the error.
@@ -36,8 +37,7 @@ public:
     /// Makes every OPEN answer that the bench can't be used, for this reason.
     void setBroken(QString const& reason);
 
-    /// Serves one request. True when there is a `reply`; it carries the ids of the request.
-    bool serve(CmdPack const& request, CmdPack& reply);
+    bool serve(CmdPack const& request, CmdPack& reply) override;
 
 private:
     int open(CmdPack const& request);

@@ -33,14 +33,14 @@ Connection::Connection(QLocalSocket* socket, BridgeServer& server)
     : Connection(static_cast<QIODevice*>(socket), server)
 {
     socket->setReadBufferSize(2 * MaxRequest);
-    connect(socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
+    connect(socket, &QLocalSocket::disconnected, this, &Connection::leave);
 }
 
 Connection::Connection(QAbstractSocket* socket, BridgeServer& server)
     : Connection(static_cast<QIODevice*>(socket), server)
 {
     socket->setReadBufferSize(2 * MaxRequest);
-    connect(socket, &QAbstractSocket::disconnected, this, &QObject::deleteLater);
+    connect(socket, &QAbstractSocket::disconnected, this, &Connection::leave);
 }
 
 Connection::Connection(QIODevice* device, BridgeServer& server)
@@ -77,6 +77,7 @@ void Connection::serve(CmdPack const& request)
 {
     CmdPack reply;
     bool closes = false;
+    m_hasAsked = true;
     if (m_server.serve(request, reply, closes)) {
         if (int const work = m_server.faults().work)
             QThread::msleep(static_cast<unsigned long>(work));
@@ -93,8 +94,16 @@ void Connection::serve(CmdPack const& request)
 void Connection::close()
 {
     m_isClosed = true;
+    m_device->disconnect(this);
     m_device->close();
+    leave();
+}
+
+void Connection::leave()
+{
     deleteLater();
+    if (m_hasAsked)
+        emit m_server.clientLeft();
 }
 
 } // namespace VEK::Simulator

@@ -25,12 +25,14 @@ private:
     void takeRequests();
     void serve(QVariantMap const& request);
     void close();
+    void leave();
 
     QIODevice* m_device;
     BridgeServer& m_server;
     ReplyQueue m_replies;
     quint32 m_blockSize = 0;
     bool m_isClosed = false;
+    bool m_hasAsked = false;
 };
 
 } // namespace VEK::Simulator

@@ -1,3 +1,4 @@
+#include "simulator/bridge.h"
 #include "simulator/hostwatch.h"
 #include "simulator/log.h"
 #include "simulator/server.h"
@@ -6,6 +7,7 @@
 #include <QFileInfo>
 
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 
 using namespace VEK;
@@ -41,6 +43,13 @@ int refuse(QString const& message)
 {
     qCWarning(lcSimulator).noquote() << message;
     return EXIT_FAILURE;
+}
+
+/// On standard output, at once also where that is a pipe.
+void say(QString const& text)
+{
+    std::puts(qPrintable(text));
+    std::fflush(stdout);
 }
 
 } // namespace
@@ -81,6 +90,7 @@ int main(int argc, char* argv[])
 
     Bridge bridge(bench, identity.kinds);
     BridgeServer server(bridge, bench.faults);
+    QObject::connect(&server, &BridgeServer::told, say);
     if (bench.faults.neverListen)
         return QCoreApplication::exec();
     // The host waits for the socket only so long: design and stimulus come afterwards.

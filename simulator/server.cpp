@@ -4,24 +4,16 @@
 #include "simulator/hostwatch.h"
 #include "simulator/listen.h"
 
+#include <QBitArray>
 #include <QHostInfo>
 #include <QLocalSocket>
 #include <QTcpSocket>
 #include <QTimer>
 
-#include <cstdio>
-
 namespace VEK::Simulator {
 namespace {
 
 constexpr int LeavingTime = 100; ///< ms that a client has to make room for the next one.
-
-/// For those who started the server, at once also where that is a pipe.
-void say(QString const& text)
-{
-    std::puts(qPrintable(text));
-    std::fflush(stdout);
-}
 
 QString addressText(QHostAddress const& address, quint16 port)
 {
@@ -33,8 +25,8 @@ QString addressText(QHostAddress const& address, quint16 port)
 
 } // namespace
 
-BridgeServer::BridgeServer(Bridge& bridge, Faults const& faults)
-    : m_bridge(bridge), m_faults(faults)
+BridgeServer::BridgeServer(RequestHandler& handler, Faults const& faults)
+    : m_handler(handler), m_faults(faults)
 {
     connect(&m_local, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* socket = m_local.nextPendingConnection())
@@ -81,8 +73,8 @@ bool BridgeServer::listenAlone(QString const& where, QString& error)
         return false;
     }
     m_isAlone = true;
-    say(QStringLiteral("listening on %1")
-            .arg(addressText(m_tcp.serverAddress(), m_tcp.serverPort())));
+    emit told(QStringLiteral("listening on %1")
+                  .arg(addressText(m_tcp.serverAddress(), m_tcp.serverPort())));
     return true;
 }
 
@@ -102,12 +94,12 @@ void BridgeServer::serveAlone(QTcpSocket* socket)
 {
     QString const peer = addressText(socket->peerAddress(), socket->peerPort());
     if (m_client) {
-        say(QStringLiteral("refused %1: there is a client already").arg(peer));
+        emit told(QStringLiteral("refused %1: there is a client already").arg(peer));
         socket->abort();
         socket->deleteLater();
         return;
     }
-    say(QStringLiteral("serving %1").arg(peer));
+    emit told(QStringLiteral("serving %1").arg(peer));
     socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1); // its machine may vanish
     m_client = new Connection(socket, *this);
 }
@@ -118,9 +110,9 @@ bool BridgeServer::serve(CmdPack const& request, CmdPack& reply, bool& closes)
     QString const word = oprate.isEmpty() ? request.value(Protocol::Key::Cmd).toString() : oprate;
     bool const counts = m_faults.of.isEmpty() || m_faults.of == word;
     m_requests += counts;
-    closes = counts && m_requests == m_faults.closeAfter;
     bool const hasReply =
-        m_bridge.serve(request, reply) && !(counts && m_requests == m_faults.loses);
+        m_handler.serve(request, reply) && !(counts && m_requests == m_faults.loses);
+    closes = m_handler.closes() || (counts && m_requests == m_faults.closeAfter);
     if (counts && m_requests == m_faults.shortens) {
         QBitArray data = reply.value(Protocol::Key::Data).toBitArray();
         data.resize(data.size() / 2);

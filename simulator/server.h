@@ -1,6 +1,7 @@
 #pragma once
 
-#include "simulator/bridge.h"
+#include "simulator/bench.h"
+#include "simulator/requesthandler.h"
 
 #include <QLocalServer>
 #include <QPointer>
@@ -8,14 +9,14 @@
 
 namespace VEK::Simulator {
 
-/// Serves the protocol on a socket, any number of clients. All share the one desk.
+/// Serves the protocol on a socket, any number of clients. All share the one handler.
 class BridgeServer : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The bridge must outlive this object.
-    BridgeServer(Bridge& bridge, Faults const& faults);
+    /// The handler must outlive this object.
+    BridgeServer(RequestHandler& handler, Faults const& faults);
     ~BridgeServer() override;
 
     /// Local socket of this name under the temporary folder.
@@ -24,7 +25,7 @@ public:
     bool listenTcp(quint16 port, QString& error);
     /// TCP for other machines, on an address and port such as "0.0.0.0:36547", "[::1]:4000" or
     /// "board-3:4000"; port 0 is any free one. One client at a time: a second one is refused, as by
-    /// a board that has one user. Both are told on standard output, and the address first of all.
+    /// a board that has one user. Both are told, and the address first of all.
     bool listenAlone(QString const& where, QString& error);
 
     /// Serves one request and applies the faults that count requests. True when there is a `reply`
@@ -36,11 +37,17 @@ public:
     bool garbles() const { return m_faults.garbledFrom > 0 && m_requests >= m_faults.garbledFrom; }
     Faults const& faults() const { return m_faults; }
 
+Q_SIGNALS:
+    /// For those who started the server.
+    void told(QString const& text);
+    /// A client that has asked for something has gone.
+    void clientLeft();
+
 private:
     void onTcpConnection();
     void serveAlone(QTcpSocket* socket);
 
-    Bridge& m_bridge;
+    RequestHandler& m_handler;
     Faults const m_faults;
     int m_requests = 0;
     QLocalServer m_local;

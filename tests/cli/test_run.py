@@ -280,12 +280,17 @@ def test_server_elsewhere(desk, address, host):
 
 def test_help_manual_and_completion(desk):
     """What the program says of itself stands in its manual page, and is completed."""
-    help_ = subprocess.run([desk.folder / "Analyzer/bin/vek", "run", "--help"], text=True,
-                           capture_output=True, check=True).stdout
+    def help_of(command):
+        return subprocess.run([desk.folder / "Analyzer/bin/vek", command, "--help"], text=True,
+                              capture_output=True, check=True).stdout
+
+    help_ = help_of("run")
     manual = (SOURCE / "packaging/vek.1").read_text()
     assert textwrap.dedent(help_.split("Exit status:\n")[1]).strip("\n") in manual
-    options = set(re.findall(r"(--[a-z-]+)", help_))
-    assert options <= set(re.findall(r"--[a-z-]+", manual.replace("\\-", "-")))
+    assert "".join(help_.partition("Exit status:\n")[1:]) in help_of("replay")
+    options, of_replay = (set(re.findall(r"(?m)^  (?:-\w,)?(--[a-z-]+)", help_of(command)))
+                          for command in ("run", "replay"))
+    assert options | of_replay <= set(re.findall(r"--[a-z-]+", manual.replace("\\-", "-")))
 
     def completed(*words):
         script = (f"source {SOURCE}/packaging/vek.bash; COMP_WORDS=(vek {' '.join(words)}); "
@@ -294,6 +299,7 @@ def test_help_manual_and_completion(desk):
                               cwd=SOURCE / "examples/bus").stdout.split()
 
     assert set(completed("run", "--")) == options
+    assert set(completed("replay", "--")) == of_replay
     assert completed("run", "--cable", "L") == ["LPT"]
     assert completed("run", "--format", "csv,v") == ["csv,vcd"]
     assert completed("run", "bus-stall") == ["bus-stall.vek"]
