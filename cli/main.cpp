@@ -48,6 +48,7 @@ int main(int argc, char* argv[])
     Command command;
     addRunCommand(program, command);
     addCheckCommand(program, command);
+    addImageCommand(program, command);
     addReplayCommand(program, command);
     try {
         program.parse(argc, argv);
