@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class QPushButton;
 class QSignalMapper;
 
 namespace VEK {
@@ -40,9 +41,11 @@ public Q_SLOTS:
     void clearAllClicked();
 
 private:
+    void addToken(QPushButton* button, QString const& token);
     void showTokens();
 
     std::unique_ptr<Ui_MuExpressionDialog> ui;
+    QList<QPushButton*> unitButtons; ///< By unit index.
     QStringList tokens;
     QSignalMapper* mapper;
 };
