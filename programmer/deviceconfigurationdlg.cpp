@@ -1,7 +1,5 @@
 #include "programmer/deviceconfigurationdlg.h"
 
-#include "widgets/named.h"
-
 #include "ui_deviceconfigurationdlg.h"
 
 #include <QFileDialog>
@@ -18,11 +16,11 @@ DeviceConfigurationDlg::DeviceConfigurationDlg(DeviceItem* row, QWidget* parent)
 {
     ui->setupUi(this);
     auto* const save =
-        named(ui->buttonBox->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole),
-              "buttonSave");
+        ui->buttonBox->addButton(QStringLiteral("save"), QDialogButtonBox::AcceptRole);
+    save->setObjectName(QStringLiteral("buttonSave"));
     auto* const cancel =
-        named(ui->buttonBox->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole),
-              "buttonCancel");
+        ui->buttonBox->addButton(QStringLiteral("cancel"), QDialogButtonBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("buttonCancel"));
     updateDeviceCfg();
     auto const changed = QOverload<int>::of(&QComboBox::currentIndexChanged);
     connect(ui->comboBoxAccessMode, changed, this, &DeviceConfigurationDlg::onAccessModeChanged);
