@@ -14,6 +14,11 @@ namespace {
 
 constexpr QRgb MemberBackground = 0xdddddd;
 
+bool hasSample(SignalElement const* element, int time)
+{
+    return element && time >= 0 && time < element->data.size();
+}
+
 QVariant background(LayoutNode const* node)
 {
     if (node->type == LayoutNode::Divider)
@@ -87,10 +92,11 @@ QVariant RowDisplay::nameFont(LayoutNode const* node) const
 QString RowDisplay::valueText(LayoutNode const* node, int time) const
 {
     if (node->type == LayoutNode::Signal) {
-        if (!m_store->element(node->id))
+        SignalElement const* const element = m_store->element(node->id);
+        if (!element)
             return QString();
-        std::optional<bool> const sample = m_store->sampleAt(node->id, time);
-        return node->formatter->format(sample ? QBitArray(1, *sample) : QBitArray());
+        return node->formatter->format(
+            hasSample(element, time) ? QBitArray(1, element->data.testBit(time)) : QBitArray());
     }
     if (node->type == LayoutNode::Bus)
         return node->formatter->format(busValue(node, time));
@@ -105,10 +111,11 @@ QBitArray RowDisplay::busValue(LayoutNode const* bus, int time) const
     for (LayoutNode const* child : bus->children) {
         if (child->type == LayoutNode::Divider)
             continue;
-        std::optional<bool> const sample = m_store->sampleAt(child->id, time);
-        if (width == 0 && !sample)
+        SignalElement const* const element = m_store->element(child->id);
+        bool const sampled = hasSample(element, time);
+        if (width == 0 && !sampled)
             return QBitArray();
-        value.setBit(width++, sample.value_or(false));
+        value.setBit(width++, sampled && element->data.testBit(time));
     }
     value.truncate(width);
     return width > 0 ? value : QBitArray();

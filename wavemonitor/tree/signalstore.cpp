@@ -37,14 +37,6 @@ SignalElement* SignalStore::add(SignalElement const& element)
     return place = new SignalElement(element);
 }
 
-std::optional<bool> SignalStore::sampleAt(int id, int time) const
-{
-    SignalElement const* const signal = element(id);
-    if (!signal || time < 0 || time >= signal->data.size())
-        return std::nullopt;
-    return signal->data.testBit(time);
-}
-
 int SignalStore::length(int id) const
 {
     SignalElement const* const signal = element(id);

@@ -8,13 +8,10 @@
 #include <QList>
 #include <QMap>
 
-#include <optional>
-
 namespace WaveMonitor {
 
 /// The captured signals of a monitor by id: their names and samples, without any arrangement.
-/// Times count in samples. Pointers to elements are valid until the id is added again or all are
-/// cleared.
+/// Pointers to elements are valid until the id is added again or all are cleared.
 class SignalStore
 {
 public:
@@ -31,9 +28,6 @@ public:
 
     /// All elements by id. They stay the store's.
     QMap<int, SignalElement*> const& elements() const { return m_elements; }
-
-    /// The signal's value at a time; nothing without the signal or outside of its samples.
-    std::optional<bool> sampleAt(int id, int time) const;
 
     /// Number of samples of a signal; 0 without it.
     int length(int id) const;
