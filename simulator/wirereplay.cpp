@@ -84,12 +84,12 @@ void WireState::note(CmdPack const& request)
     if (command != Protocol::Cmd::Write)
         return;
     QBitArray const word = request.value(Protocol::Key::Data).toBitArray();
-    quint64 const opcode = fieldNumber(word, 0, Opcode::Bits);
     if (word.size() == SelectBits)
         m_core = textOf(word);
-    else if (word.size() < Opcode::Bits + Opcode::AddressBits)
+    if (word.size() < Opcode::Bits + Opcode::AddressBits)
         return;
-    else if (opcode == opcodeNumber(Opcode::Select) || opcode == opcodeNumber(Opcode::Burst))
+    quint64 const opcode = fieldNumber(word, 0, Opcode::Bits);
+    if (opcode == opcodeNumber(Opcode::Select) || opcode == opcodeNumber(Opcode::Burst))
         m_pointer = textOf(word);
     else if (opcode == opcodeNumber(Opcode::Write) &&
              fieldNumber(word, Opcode::Bits, Opcode::AddressBits) == Register::Start)
