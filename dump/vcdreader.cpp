@@ -3,6 +3,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <charconv>
 #include <tuple>
 
 namespace VEK::Dump {
@@ -10,6 +11,7 @@ namespace {
 
 constexpr int MaxScopePath = 64 * 1024;
 constexpr int MaxShortCode = 8;
+constexpr int MaxSectionText = 256; // for the visitor
 constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
 
 QByteArray toBytes(std::string_view text)
@@ -45,6 +47,13 @@ bool areDigits(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+bool parseTime(std::string_view digits, quint64& time)
+{
+    char const* const stop = digits.data() + digits.size();
+    auto const [end, error] = std::from_chars(digits.data(), stop, time);
+    return error == std::errc() && end == stop;
+}
+
 QString timeText(quint64 whole, std::string_view fraction)
 {
     QString const text = QString::number(whole);
@@ -75,11 +84,12 @@ QByteArray pathComponent(QByteArray name)
     return name.replace('/', '.');
 }
 
-QByteArray joined(std::vector<QByteArray> const& words, std::size_t from)
+QByteArray joined(std::vector<QByteArray> const& words, std::size_t from,
+                  char const* separator = "")
 {
     QByteArray text;
     for (std::size_t i = from; i < words.size(); ++i)
-        text += words[i];
+        text += (i > from ? separator : "") + words[i];
     return text;
 }
 
@@ -194,9 +204,16 @@ bool VcdReader::nextWord(QString const& where)
 
 bool VcdReader::skipSection(QString const& name)
 {
+    QByteArray text;
     while (m_words.next()) {
-        if (m_words.word() == "$end")
-            return true;
+        if (m_words.word() != "$end") {
+            if (m_visitSection && text.size() < MaxSectionText)
+                text += (text.isEmpty() ? "" : " ") + toBytes(m_words.word().substr(0, 256));
+            continue;
+        }
+        if (m_visitSection)
+            m_visitSection(name.toUtf8(), text);
+        return true;
     }
     return failAtEnd(name);
 }
@@ -256,6 +273,8 @@ bool VcdReader::readVariable(std::function<void(VcdVariable const&)> const& visi
     variable.code = addCode(words[2], variable.isBits);
     QByteArray name = joined(words, 3);
     takeRange(name, variable);
+    variable.scope = m_scope;
+    variable.name = joined(words, 3, " ");
     variable.path = m_scope + pathComponent(name);
     visit(variable);
     return true;
@@ -328,8 +347,8 @@ bool VcdReader::readTime(std::string_view text, bool& isNew)
     std::string_view fraction = point < text.size() ? text.substr(point + 1) : std::string_view();
     while (!fraction.empty() && fraction.back() == '0')
         fraction.remove_suffix(1);
-    bool ok = areDigits(whole) && areDigits(fraction);
-    quint64 const time = ok ? toBytes(whole).toULongLong(&ok) : 0;
+    quint64 time = 0;
+    bool const ok = areDigits(fraction) && parseTime(whole, time);
     bool const goesBack =
         ok && m_hasTime && std::tie(time, fraction) < std::tie(m_time, m_fraction);
     if ((whole.empty() || goesBack) && m_words.touchesEnd()) {

@@ -19,6 +19,8 @@ namespace VEK::Dump {
 struct VcdVariable
 {
     QByteArray path;       ///< Scopes and name joined with "."; "/" counts as ".", no leading "\".
+    QByteArray scope;      ///< The part of it that the scopes make, with a closing ".".
+    QByteArray name;       ///< As it is written, its parts joined with a blank.
     int code = 0;          ///< Number of its identifier code; several variables may share one.
     qint64 line = 0;       ///< Where it is declared, from 1.
     int width = 0;         ///< Bits; 0 is legal, such a variable has no value.
@@ -32,7 +34,7 @@ struct VcdVariable
 ///
 /// First `readHeader`, then `next` until `End`, `Cut` or `Error`. After the latter two `error()`
 /// tells what is wrong and in which line. What the declarations say about things that samples don't
-/// depend on, such as the time scale, is not looked at.
+/// depend on, such as the time scale, is not looked at, but handed to the section visitor.
 class VcdReader
 {
 public:
@@ -49,6 +51,11 @@ public:
     /// `device` must be open for reading and outlive this object.
     explicit VcdReader(QIODevice& device) : m_words(device) {}
 
+    /// Has `visit` called for each section that this class does not look at, such as "$comment",
+    /// with its words joined with a blank, of long ones the beginning. Set it before anything else.
+    using SectionVisitor = std::function<void(QByteArray const& name, QByteArray const& text)>;
+    void setSectionVisitor(SectionVisitor const& visit) { m_visitSection = visit; }
+
     /// Reads up to the end of the declarations and calls `visit` for each variable in file order.
     bool readHeader(std::function<void(VcdVariable const&)> const& visit);
     /// Number of different identifier codes; codes are numbered from 0 in order of appearance.
@@ -59,6 +66,9 @@ public:
     /// The new value, highest bit first, one character a bit; see `isOne`. May be shorter than the
     /// variable (zeros in front) or longer (its head is void). Valid up to the next call.
     std::string_view value() const { return m_value; }
+
+    /// The time that `Time` told, its whole units.
+    quint64 time() const { return m_time; }
 
     /// Whether a value character stands for 1; x, z and their kin read as 0.
     static bool isOne(char c) { return c == '1' || c == 'h' || c == 'H'; }
@@ -82,6 +92,7 @@ private:
     bool readValue(std::string_view word);
 
     VcdTokens m_words;
+    SectionVisitor m_visitSection;
     QByteArray m_scope;             ///< Path of the open scopes, with a closing ".".
     std::vector<int> m_scopeStarts; ///< Length of `m_scope` in front of each open scope.
     QHash<quint64, int> m_shortCodes;

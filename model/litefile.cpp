@@ -90,6 +90,13 @@ QList<SXCore_Lite*> readVEKConfigFromXml_Lite(QString const& path, QString& id, 
     if (!acceptDocument(parsed, {LATEST_VERSION}, QStringLiteral("Unknown Vek version."), ok,
                         error))
         return {};
+    return readLiteCores(parsed.document, id);
+}
+
+QList<SXCore_Lite*> readLiteCores(QDomDocument const& document, QString& id)
+{
+    ParsedDocument parsed;
+    parsed.document = document;
     QDomElement const config = parsed.config();
     QList<SXCore_Lite*> cores;
     for (QDomElement const& element : childElements(config, QStringLiteral("SxCore_Lite")))

@@ -2,6 +2,7 @@
 
 #include "model/capturecore.h"
 
+#include <QDomDocument>
 #include <QString>
 
 /// The configuration file of lite cores: that of standard cores without triggers, match units and
@@ -19,5 +20,8 @@ bool writeVEKConfigToXml_Lite(QList<SXCore_Lite*> const& cores, QString const& p
 /// none, `ok` is false and `error` tells why. An empty file is no error and has no cores.
 QList<SXCore_Lite*> readVEKConfigFromXml_Lite(QString const& path, QString& id, bool* ok,
                                               QString* error);
+
+/// The reader of the records. The caller owns the cores.
+QList<SXCore_Lite*> readLiteCores(QDomDocument const& document, QString& id);
 
 } // namespace VEK

@@ -68,6 +68,21 @@ bool SampleClock::parse(QString const& text)
     return true;
 }
 
+bool SampleClock::setPeriod(quint64 step, QString const& unit)
+{
+    for (Unit const& known : Units) {
+        quint64 const parts = known.perSecond * Micro;
+        if (unit != QLatin1String(known.name) || step == 0 || parts % step != 0)
+            continue;
+        quint64 const microhertz = parts / step;
+        if (microhertz > MaxMicrohertz || &unitOf(microhertz) != &known)
+            return false;
+        m_microhertz = microhertz;
+        return true;
+    }
+    return false;
+}
+
 QString SampleClock::unit() const
 {
     return isKnown() ? QString::fromLatin1(unitOf(m_microhertz).name) : QString();
