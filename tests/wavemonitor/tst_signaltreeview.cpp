@@ -115,6 +115,7 @@ private Q_SLOTS:
         QVERIFY(choose(rig, {"Color", "Orange"}));
         QCOMPARE(wave(rig.row(0, 1))->color(), QColor(0xffa500));
         rig.select({rig.row(0), rig.row(Clk)});
+        QVERIFY(wave(rig.row(Clk))->waveSelected() && !wave(rig.row(0, 1))->waveSelected());
 
         auto const checked = [&] {
             QStringList all;

@@ -49,19 +49,6 @@ private Q_SLOTS:
         QCOMPARE(rig.waves()->transform().m11(), shown / (MonitorRig::Samples * 100));
     }
 
-    void cursorShowsValues()
-    {
-        MonitorRig rig;
-        auto const value = [&](int row) { return rig.model()->index(row, 1).data().toString(); };
-        QCOMPARE(cursor(rig)->time(), 50); // the trigger
-        QCOMPARE(value(0), QString("5"));
-        rig.widget->jump(0);
-        QTest::mouseClick(rig.waves()->viewport(), Qt::LeftButton, {}, {50 * 11 + 20, 10});
-        QCOMPARE(cursor(rig)->time(), 11);
-        QCOMPARE(value(0), QString("1"));
-        QCOMPARE(value(1), QString("1"));
-    }
-
     void walksTransitions()
     {
         MonitorRig rig;
@@ -188,24 +175,6 @@ private Q_SLOTS:
         QCOMPARE(rig.widget->windowTitle(), QString("window 3"));
         rig.widget->setTitle(3, 0);
         QCOMPARE(rig.widget->windowTitle(), QString("core 0"));
-    }
-
-    void selectsBothWays()
-    {
-        MonitorRig rig;
-        auto const overlaid = [&](int row) { // between the levels of a wave
-            QImage const image = rig.waves()->viewport()->grab().toImage();
-            return image.pixelColor(13, row * 30 + 15) != QColor(Qt::black);
-        };
-        rig.widget->jump(0);
-        QVERIFY(!overlaid(2));
-        QTest::mouseClick(rig.tree()->viewport(), Qt::LeftButton, {}, rig.centre(rig.row(2)));
-        MonitorRig::settle();
-        QVERIFY(overlaid(2));
-        QTest::mouseClick(rig.waves()->viewport(), Qt::LeftButton, {}, {20, 4 * 30 + 15});
-        MonitorRig::settle();
-        QCOMPARE(rig.tree()->selectedRowList(), QList<QModelIndex>{rig.row(4)});
-        QVERIFY(!overlaid(2) && overlaid(4));
     }
 
     void keepsTwoMonitorsApart()
