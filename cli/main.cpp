@@ -2,6 +2,7 @@
 #include "cli/exitstatus.h"
 
 #include <QCoreApplication>
+#include <QHash>
 #include <QTextCodec>
 
 #include <clocale>
@@ -37,6 +38,7 @@ int failUsage(CLI::App& program, CLI::Error const& error)
 
 int main(int argc, char* argv[])
 {
+    qSetGlobalQHashSeed(0); // the order of attributes in a session: equal captures, equal files
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vek"));
     useUtf8InPlainLocale();
@@ -50,6 +52,7 @@ int main(int argc, char* argv[])
     addCheckCommand(program, command);
     addImageCommand(program, command);
     addReplayCommand(program, command);
+    addConvertCommand(program, command);
     try {
         program.parse(argc, argv);
         return command();

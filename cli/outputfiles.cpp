@@ -4,10 +4,7 @@
 #include "model/bits.h"
 #include "model/litefile.h"
 #include "model/standardfile.h"
-#include "results/csvexport.h"
-#include "results/plainexport.h"
 #include "results/sessionfile.h"
-#include "results/vcdexport.h"
 #include "results/wholefile.h"
 #include "results/windowbuilder.h"
 #include "results/windowdocument.h"
@@ -24,20 +21,9 @@ namespace {
 
 QString const SessionFormat = QStringLiteral("rsx");
 
-/// What tells a session of ours, which the next run replaces, from a user's own.
-QString const SessionNote = QStringLiteral(" written by vek run ");
-
 /// All endings that a window's file may have.
 QStringList const WindowEndings{QStringLiteral("csv"), QStringLiteral("vcd"), QStringLiteral("raw"),
                                 QStringLiteral("channels")};
-
-/// The files of a format, by their endings.
-QStringList endingsOf(QString const& format)
-{
-    if (format == QLatin1String("raw")) // with the names of what stands in it
-        return {format, QStringLiteral("channels")};
-    return {format};
-}
 
 Failure unwritable(QString const& path, QString const& why)
 {
@@ -182,39 +168,17 @@ QList<WrittenFile> OutputFiles::writeWindow(int place, int window,
     return written;
 }
 
-/// As the batch tool and the workbench write them: a microsecond a sample, in a VCD in nanoseconds,
-/// since an odd step hides the sample clock there.
-OutputFiles::Writer OutputFiles::writerFor(QString const& format, CoreFacts const& core,
-                                           QList<WaveMonitor::SignalData> const& samples) const
+/// As the batch tool and the workbench write them: a microsecond a sample, in a VCD in nanoseconds.
+FileWriter OutputFiles::writerFor(QString const& ending, CoreFacts const& core,
+                                  QList<WaveMonitor::SignalData> const& samples) const
 {
-    bool const isCsv = format == QLatin1String("csv");
-    if (m_settings.plain || (!isCsv && format != QLatin1String("vcd")))
-        return plainWriterFor(format, core, samples);
-    QDomDocument document;
-    QDomElement const window = windowElement(document, core.triggerPos, core.layout, samples);
-    if (isCsv)
-        return [window](QIODevice& device) {
-            return exportCSV(device, QStringLiteral("us"), 1, window);
-        };
-    return [window, core](QIODevice& device) {
-        return exportVCD(device, core.module, core.clock, true, QStringLiteral("ns"), 1000,
-                         core.triggerPos, window);
-    };
-}
-
-OutputFiles::Writer OutputFiles::plainWriterFor(QString const& format, CoreFacts const& core,
-                                                QList<WaveMonitor::SignalData> const& samples) const
-{
-    PlainWindow const window = plainWindow(core.module, core.triggerPos, core.layout, samples);
-    SampleClock const clock = m_settings.clock;
-    if (format == QLatin1String("csv"))
-        return [=](QIODevice& device) { return exportPlainCsv(device, window, clock); };
-    if (format == QLatin1String("vcd"))
-        return [=](QIODevice& device) { return exportPlainVcd(device, window, clock); };
-    if (format == QLatin1String("raw"))
-        return [=](QIODevice& device) { return exportPlainRaw(device, window); };
-    QByteArray const channels = rawChannels(window);
-    return [=](QIODevice& device) { return device.write(channels) == channels.size(); };
+    WindowFacts facts;
+    facts.trigger = core.triggerPos;
+    facts.module = core.module;
+    facts.clock = core.clock;
+    facts.layout = core.layout;
+    facts.samples = samples;
+    return windowWriter(ending, facts, m_settings.plain, m_settings.clock);
 }
 
 QByteArray OutputFiles::configuration() const

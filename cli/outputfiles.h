@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capture/capture.h"
+#include "cli/windowwriter.h"
 #include "results/sampleclock.h"
 
 #include <QDomDocument>
@@ -8,8 +9,6 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
-
-#include <functional>
 
 class QIODevice;
 
@@ -72,12 +71,8 @@ private:
     bool isOurSession() const;
     void removeEarlier(QStringList const& earlier) const;
     void refuseInTheWay(QList<int> const& places) const;
-    using Writer = std::function<bool(QIODevice&)>;
-
-    Writer writerFor(QString const& format, CoreFacts const& core,
-                     QList<WaveMonitor::SignalData> const& samples) const;
-    Writer plainWriterFor(QString const& format, CoreFacts const& core,
-                          QList<WaveMonitor::SignalData> const& samples) const;
+    FileWriter writerFor(QString const& ending, CoreFacts const& core,
+                         QList<WaveMonitor::SignalData> const& samples) const;
     QByteArray configuration() const;
     QDomElement sessionElement(int place, QDomDocument& document, QStringList& notes) const;
 
