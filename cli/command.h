@@ -17,6 +17,7 @@ void addCheckCommand(CLI::App& program, Command& chosen);
 void addImageCommand(CLI::App& program, Command& chosen);
 void addRunCommand(CLI::App& program, Command& chosen);
 void addConvertCommand(CLI::App& program, Command& chosen);
+void addNetsCommand(CLI::App& program, Command& chosen);
 void addReplayCommand(CLI::App& program, Command& chosen);
 
 /// A text of the command line.

@@ -51,6 +51,7 @@ int main(int argc, char* argv[])
     addRunCommand(program, command);
     addCheckCommand(program, command);
     addImageCommand(program, command);
+    addNetsCommand(program, command);
     addReplayCommand(program, command);
     addConvertCommand(program, command);
     try {

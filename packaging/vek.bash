@@ -15,7 +15,7 @@ _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run check image replay --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check image nets replay --help --version" -- "$word")
         return
     fi
     if [ "${COMP_WORDS[1]}" = replay ]; then
@@ -43,6 +43,7 @@ _vek() {
     -*)
         case ${COMP_WORDS[1]} in
         check) list="--bench --json --help" ;;
+        nets) list="--clocks --json --help" ;;
         image) list="--core --device --frames --json --help" ;;
         run) list="--output --format --plain --clock --manifest --record --label --attempt --wait --force-after
             --reply-timeout --queue --paced --progress --core --position --amount --windows
