@@ -14,11 +14,12 @@ using Command = std::function<int()>;
 /// Adds the command to the program's command line: one such function a file. When the command was
 /// chosen `chosen` is set.
 void addCheckCommand(CLI::App& program, Command& chosen);
-void addImageCommand(CLI::App& program, Command& chosen);
-void addRunCommand(CLI::App& program, Command& chosen);
+void addCompareCommand(CLI::App& program, Command& chosen);
 void addConvertCommand(CLI::App& program, Command& chosen);
+void addImageCommand(CLI::App& program, Command& chosen);
 void addNetsCommand(CLI::App& program, Command& chosen);
 void addReplayCommand(CLI::App& program, Command& chosen);
+void addRunCommand(CLI::App& program, Command& chosen);
 
 /// A text of the command line.
 inline QString textOf(std::string const& argument)

@@ -54,6 +54,7 @@ int main(int argc, char* argv[])
     addNetsCommand(program, command);
     addReplayCommand(program, command);
     addConvertCommand(program, command);
+    addCompareCommand(program, command);
     try {
         program.parse(argc, argv);
         return command();

@@ -13,8 +13,8 @@ public:
     /// other; the clock stays as it was.
     bool parse(QString const& text);
 
-    /// Takes the frequency from the distance of two samples in a unit as `unit` gives it. False, and
-    /// the clock stays as it was, unless `Times` would give just these times.
+    /// Takes the frequency from the distance of two samples in a unit as `unit` gives it. False,
+    /// and the clock stays as it was, unless `Times` would give just these times.
     bool setPeriod(quint64 step, QString const& unit);
 
     /// Whether a frequency is known. Without one a sample is a unit of time.
