@@ -15,7 +15,7 @@ _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run check image nets replay --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check compare convert image nets replay --help --version" -- "$word")
         return
     fi
     if [ "${COMP_WORDS[1]}" = replay ]; then
@@ -23,6 +23,13 @@ _vek() {
         return
     fi
     case $before in
+    --junit | --configuration)
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        return
+        ;;
+    --trigger | --window | --align | --by-edge | --from | --to | --ignore | --mask)
+        return
+        ;;
     --cable) list="FT2CH TR7QZ WINUSB LPT" ;;
     --format)
         local done=
@@ -48,6 +55,11 @@ _vek() {
         run) list="--output --format --plain --clock --manifest --record --label --attempt --wait --force-after
             --reply-timeout --queue --paced --progress --core --position --amount --windows
             --expression --match --cable --location --server --attach --device --help" ;;
+        convert) list="--plain --window --core --trigger --clock --configuration --manifest --json --help" ;;
+        compare)
+            list="--align --by-edge --from --to --window --core --clock --configuration --ignore --mask
+                --junit --manifest --json --help"
+            ;;
         esac
         ;;
     esac
@@ -55,7 +67,9 @@ _vek() {
         mapfile -t COMPREPLY < <(compgen -W "$list" -- "$word")
     else
         shopt -q extglob || shopt -s extglob
-        mapfile -t COMPREPLY < <(compgen -f -X '!*.@(vek|rsx)' -- "$word"; compgen -d -S / -- "$word")
+        local endings='vek|rsx'
+        [ "${COMP_WORDS[1]}" = run ] || endings='csv|vcd|rsx|prn|raw'
+        mapfile -t COMPREPLY < <(compgen -f -X "!*.@($endings)" -- "$word"; compgen -d -S / -- "$word")
     fi
 }
 complete -o filenames -F _vek vek

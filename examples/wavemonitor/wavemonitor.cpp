@@ -6,14 +6,16 @@
 // the program writes a picture of the monitor and ends, also where there is no display:
 // QT_QPA_PLATFORM=offscreen.
 
+#include "results/windowbuilder.h"
 #include "results/windowdocument.h"
-#include "support/csvwindow.h"
+#include "results/windowtables.h"
 #include "wavemonitor/signaltreeview.h"
 #include "wavemonitor/wavemonitorwidget.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDomDocument>
+#include <QFile>
 
 #include <cstdio>
 
@@ -26,12 +28,19 @@ bool showWindows(WaveMonitorWidget& monitor, QStringList const& files, int trigg
 {
     monitor.setWindowsNum(files.size());
     for (int i = 0; i < files.size(); ++i) {
-        QDomDocument document;
-        QDomElement window = windowFromCsv(files.at(i), trigger, document);
-        if (window.isNull()) {
-            std::fprintf(stderr, "wave_monitor: no capture in %s\n", qPrintable(files.at(i)));
+        QFile file(files.at(i));
+        VEK::CapturedWindow captured;
+        QString error;
+        bool const isOpen = file.open(QIODevice::ReadOnly);
+        if (!isOpen || !VEK::readCsvWindow(file, captured, error)) {
+            std::fprintf(stderr, "wave_monitor: no capture in %s: %s\n", qPrintable(files.at(i)),
+                         qPrintable(isOpen ? error : file.errorString()));
             return false;
         }
+        QDomDocument document;
+        QDomElement window = VEK::windowElement(
+            document, trigger, captured.layout,
+            VEK::namedSignals(VEK::flatSignals(captured.layout), captured.samples));
         window.setAttribute(VEK::DOM_ATTR_WINDOW_INDEX, i);
         monitor.restore(window);
     }
