@@ -8,6 +8,7 @@
 #include "model/signallist.h"
 #include "model/standardfile.h"
 #include "model/vekfile.h"
+#include "results/windowdocument.h"
 
 #include <QRegularExpression>
 #include <QTextCodec>
@@ -187,7 +188,9 @@ void checkDocument(ParsedDocument const& parsed, FindingList& list)
     QString const coreTag =
         lite.value_or(false) ? QStringLiteral("SxCore_Lite") : QStringLiteral("SxCore");
     if (lite)
-        checkForm(config, {{}, {}, {coreTag}, {Version, Mode, QStringLiteral("VEK_ID")}}, list);
+        checkForm(config,
+                  {{}, {}, {coreTag, DOM_TAG_WINDOW}, {Version, Mode, QStringLiteral("VEK_ID")}},
+                  list);
     checkVersion(parsed, list);
     if (!lite)
         return;

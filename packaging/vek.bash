@@ -68,7 +68,10 @@ _vek() {
     else
         shopt -q extglob || shopt -s extglob
         local endings='vek|rsx'
-        [ "${COMP_WORDS[1]}" = run ] || endings='csv|vcd|rsx|prn|raw'
+        case ${COMP_WORDS[1]} in
+        convert | compare) endings='csv|vcd|rsx|prn|raw' ;;
+        nets) endings=vcd ;;
+        esac
         mapfile -t COMPREPLY < <(compgen -f -X "!*.@($endings)" -- "$word"; compgen -d -S / -- "$word")
     fi
 }

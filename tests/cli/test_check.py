@@ -145,6 +145,12 @@ def test_demos_are_clean(desk, demo):
     assert check(desk, *files) == (0, f"{files[0]}: nothing found\n")
 
 
+def test_sessions_are_clean(desk):
+    desk.lay().run("--format", "rsx")
+    session = desk.out / "bus-stall.rsx"
+    assert check(desk, session) == (0, f"{session}: nothing found\n")
+
+
 @pytest.mark.parametrize("members, severity, words", [
     (dict(device="TK-1077"), "error", '"TK-1077" is no device'),
     (dict(stimulus=dict(clock="cl")), "error", "clk"),
