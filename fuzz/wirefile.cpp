@@ -37,8 +37,8 @@ void askAgain(QBuffer& file, Simulator::WireReplay& replay)
             continue;
         if (!packFromBody(frame.bytes.mid(4), request))
             qFatal("a request without a message is replayed");
-        if (replay.serve(request, reply) &&
-            reply.value(Protocol::Key::RequestId) != request.value(Protocol::Key::RequestId))
+        if (replay.serve(request, reply) && reply.value(Protocol::Key::RequestId).toUInt() !=
+                                                request.value(Protocol::Key::RequestId).toUInt())
             qFatal("a reply to another request");
     }
     if (replay.unrecorded() > 0)

@@ -2,7 +2,7 @@
 
 #include "image/registermap.h"
 #include "jtag/frame.h"
-#include "simulator/bitfield.h"
+#include "simulator/chainword.h"
 
 #include <QStringList>
 
@@ -17,14 +17,13 @@ constexpr int LengthBytes = 4;
 constexpr int NotRecorded = -100; ///< Result of OPEN and QUERY.
 constexpr int ShownBits = 64;
 
-/// Which callback of the session a reply goes to, by the kind of its id and the id.
-std::optional<QPair<bool, uint>> idOf(CmdPack const& pack)
+/// Which callback of the session a reply goes to: the key of its id, and the id.
+std::optional<QPair<QString, uint>> idOf(CmdPack const& pack)
 {
-    for (bool const isData : {false, true}) {
-        auto const id =
-            pack.constFind(isData ? Protocol::Key::DataRequestId : Protocol::Key::RequestId);
+    for (QString const& key : {Protocol::Key::RequestId, Protocol::Key::DataRequestId}) {
+        auto const id = pack.constFind(key);
         if (id != pack.constEnd())
-            return qMakePair(isData, id->toUInt());
+            return qMakePair(key, id->toUInt());
     }
     return std::nullopt;
 }
@@ -86,13 +85,10 @@ void WireState::note(CmdPack const& request)
     QBitArray const word = request.value(Protocol::Key::Data).toBitArray();
     if (word.size() == SelectBits)
         m_core = textOf(word);
-    if (word.size() < Opcode::Bits + Opcode::AddressBits)
-        return;
-    quint64 const opcode = fieldNumber(word, 0, Opcode::Bits);
-    if (opcode == opcodeNumber(Opcode::Select) || opcode == opcodeNumber(Opcode::Burst))
+    ChainWord const chain(word);
+    if (chain.opcode == opcodeNumber(Opcode::Select) || chain.opcode == opcodeNumber(Opcode::Burst))
         m_pointer = textOf(word);
-    else if (opcode == opcodeNumber(Opcode::Write) &&
-             fieldNumber(word, Opcode::Bits, Opcode::AddressBits) == Register::Start)
+    else if (chain.opcode == opcodeNumber(Opcode::Write) && chain.address == Register::Start)
         ++m_starts[m_core];
 }
 
@@ -158,7 +154,7 @@ void WireReplay::loadRequest(CmdPack const& request, Pending& pending)
     m_state.note(request);
     QByteArray const key = m_state.keyOf(request);
     std::vector<Occurrence>& occurrences = m_kinds[key].occurrences;
-    std::optional<QPair<bool, uint>> const id = idOf(request);
+    std::optional<QPair<QString, uint>> const id = idOf(request);
     if (!id)
         return;
     pending.insert(*id, {key, occurrences.size()});
@@ -167,7 +163,7 @@ void WireReplay::loadRequest(CmdPack const& request, Pending& pending)
 
 void WireReplay::loadReply(CmdPack reply, Pending& pending)
 {
-    std::optional<QPair<bool, uint>> const id = idOf(reply);
+    std::optional<QPair<QString, uint>> const id = idOf(reply);
     auto const request = id ? pending.find(*id) : pending.end();
     if (request == pending.end())
         return;
@@ -211,7 +207,7 @@ bool WireReplay::serve(CmdPack const& request, CmdPack& reply)
     m_closes = false;
     m_state.note(request);
     auto const kind = m_kinds.find(m_state.keyOf(request));
-    std::optional<QPair<bool, uint>> const id = idOf(request);
+    std::optional<QPair<QString, uint>> const id = idOf(request);
     if (kind == m_kinds.end() || (id && kind->occurrences.empty()))
         return refuse(request, reply);
     if (!id)
@@ -221,14 +217,14 @@ bool WireReplay::serve(CmdPack const& request, CmdPack& reply)
     if (occurrence.answer < 0)
         return false;
     reply = m_answers[std::size_t(occurrence.answer)];
-    reply.insert(id->first ? Protocol::Key::DataRequestId : Protocol::Key::RequestId, id->second);
+    reply.insert(id->first, request.value(id->first));
     return true;
 }
 
 bool WireReplay::refuse(CmdPack const& request, CmdPack& reply)
 {
     bool const isRead = request.value(Protocol::Key::Cmd) == Protocol::Cmd::Read;
-    std::optional<QPair<bool, uint>> const id = idOf(request);
+    std::optional<QPair<QString, uint>> const id = idOf(request);
     m_closes = isRead && id;
     if (m_closes && m_isLost) // the recorded client was no longer able to ask
         return false;
@@ -240,7 +236,7 @@ bool WireReplay::refuse(CmdPack const& request, CmdPack& reply)
         return false;
     reply = {{Protocol::Key::Res, NotRecorded},
              {Protocol::Key::Reason, QStringLiteral("The recording holds no such request.")},
-             {id->first ? Protocol::Key::DataRequestId : Protocol::Key::RequestId, id->second}};
+             {id->first, request.value(id->first)}};
     return true;
 }
 

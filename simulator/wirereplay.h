@@ -75,8 +75,8 @@ private:
         Occurrence const& take(int starts, bool isPoll);
     };
 
-    /// Requests that an answer was not yet seen to, by kind of id and id.
-    using Pending = QHash<QPair<bool, uint>, QPair<QByteArray, std::size_t>>;
+    /// Requests that an answer was not yet seen to, by the key of their id and the id.
+    using Pending = QHash<QPair<QString, uint>, QPair<QByteArray, std::size_t>>;
 
     bool loadFrame(WireFrame const& frame, Pending& pending, QString& error);
     void loadRequest(CmdPack const& request, Pending& pending);
