@@ -2,6 +2,9 @@
 #include "cli/benchcheck.h"
 #include "cli/command.h"
 #include "cli/exitstatus.h"
+#include "model/standardfile.h"
+#include "model/vekfile.h"
+#include "trigger/trigger.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -27,6 +30,28 @@ struct CheckedFile
     QString path;
     QList<Finding> findings;
 };
+
+/// What a core waits for, in words.
+struct CoreTrigger
+{
+    int core;
+    QString text;
+    QStringList notes;
+};
+
+/// Of a file that can be read.
+QList<CoreTrigger> triggersOf(QString const& path)
+{
+    QList<CoreTrigger> triggers;
+    if (vekModeFromVekConfigFile(path) != VekModeStandard)
+        return triggers;
+    QString id;
+    QList<SxCore*> const cores = readVEKConfigFromXml(path, id, nullptr, nullptr);
+    for (SxCore const* core : cores)
+        triggers.append({core->index, triggerText(*core), triggerNotes(*core)});
+    qDeleteAll(cores);
+    return triggers;
+}
 
 CheckedFile checkFile(QString const& path)
 {
@@ -57,13 +82,20 @@ QJsonObject toJson(QString const& path, Finding const& finding)
     return json;
 }
 
-bool printJson(QList<CheckedFile> const& files, int errors, int warnings)
+bool printJson(QList<CheckedFile> const& files, QList<CoreTrigger> const& triggers, int errors,
+               int warnings)
 {
     QJsonArray findings;
     for (CheckedFile const& file : files)
         for (Finding const& finding : file.findings)
             findings << toJson(file.path, finding);
+    QJsonArray texts;
+    for (CoreTrigger const& trigger : triggers)
+        texts << QJsonObject{{QStringLiteral("core"), trigger.core},
+                             {QStringLiteral("text"), trigger.text},
+                             {QStringLiteral("notes"), QJsonArray::fromStringList(trigger.notes)}};
     QJsonObject const json{{QStringLiteral("errors"), errors},
+                           {QStringLiteral("triggers"), texts},
                            {QStringLiteral("warnings"), warnings},
                            {QStringLiteral("findings"), findings}};
     return printLine(QString::fromUtf8(QJsonDocument(json).toJson()).trimmed());
@@ -82,12 +114,19 @@ QString lineOf(QString const& path, Finding const& finding)
     return QStringLiteral("%1: %2: %3").arg(place, severityWord(finding), finding.text());
 }
 
-bool printText(QList<CheckedFile> const& files, int errors, int warnings)
+bool printText(QList<CheckedFile> const& files, QList<CoreTrigger> const& triggers, int errors,
+               int warnings)
 {
     bool isWritten = true;
     for (CheckedFile const& file : files)
         for (Finding const& finding : file.findings)
             isWritten &= printLine(lineOf(file.path, finding));
+    for (CoreTrigger const& trigger : triggers) {
+        isWritten &=
+            printLine(QStringLiteral("core %1 waits for: %2").arg(trigger.core).arg(trigger.text));
+        for (QString const& note : trigger.notes)
+            isWritten &= printLine(QStringLiteral("  ") + note);
+    }
     QString summary = QStringLiteral("nothing found");
     if (errors + warnings > 0)
         summary = counted(errors, QStringLiteral("error")) + QStringLiteral(", ") +
@@ -109,8 +148,9 @@ int check(Words const& words)
                 return finding.severity == Severity::Error;
             }));
     }
-    bool const isWritten = words.json ? printJson(files, errors, all - errors)
-                                      : printText(files, errors, all - errors);
+    QList<CoreTrigger> const triggers = triggersOf(files.first().path);
+    bool const isWritten = words.json ? printJson(files, triggers, errors, all - errors)
+                                      : printText(files, triggers, errors, all - errors);
     if (!isWritten)
         throw Failure{Status::Output, QStringLiteral("standard output can't be written")};
     return int(errors > 0 ? Status::Differs : Status::Done);

@@ -13,9 +13,11 @@ void print(char const* kind, QString message)
 
 } // namespace
 
-void printError(QString const& message)
+void printError(QString const& message, QString const& excerpt)
 {
     print("error", message);
+    if (!excerpt.isEmpty())
+        std::fprintf(stderr, "%s\n", excerpt.toLocal8Bit().constData());
 }
 
 void printWarning(QString const& message)

@@ -27,8 +27,8 @@ inline QString textOf(std::string const& argument)
     return QString::fromLocal8Bit(argument.c_str());
 }
 
-/// One line on standard error.
-void printError(QString const& message);
+/// One line on standard error, and those of the excerpt under it.
+void printError(QString const& message, QString const& excerpt = QString());
 void printWarning(QString const& message);
 
 /// One line on standard output. False when it does not get there.

@@ -59,6 +59,7 @@ struct Failure
 {
     Status status;
     QString message;
+    QString excerpt = QString(); ///< Lines under it that show the place; may be empty.
 };
 
 } // namespace VEK::Cli

@@ -1,10 +1,10 @@
 #include "cli/command.h"
 #include "cli/configuration.h"
+#include "cli/coreoptions.h"
 #include "cli/dialogue.h"
 #include "cli/dryrun.h"
 #include "cli/exitstatus.h"
 #include "cli/imageprinter.h"
-#include "cli/overrides.h"
 #include "jtag/frame.h"
 
 #include <memory>
@@ -18,7 +18,7 @@ struct Words
 {
     std::string configuration;
     std::string device;
-    std::vector<int> cores;
+    CoreWords core;
     bool frames = false;
     bool json = false;
 };
@@ -27,10 +27,9 @@ int image(Words const& words)
 {
     Capture capture;
     openConfiguration(textOf(words.configuration), capture);
-    QList<int> indexes;
-    for (int const core : words.cores)
-        indexes << core;
-    QList<int> const places = placesOf(capture, indexes);
+    QList<int> const places = placesOf(capture, coresOf(words.core));
+    for (QString const& note : apply(overridesOf(words.core), capture, places))
+        printWarning(note);
     for (QString const& warning : checkCores(capture, places))
         printWarning(warning);
     CaptureSettings settings;
@@ -63,10 +62,7 @@ void addImageCommand(CLI::App& program, Command& chosen)
     command->add_option("configuration", words->configuration, "Configuration, .vek or .rsx")
         ->required()
         ->type_name("FILE");
-    command->add_option("--core", words->cores, "These cores only, by their indexes")
-        ->delimiter(',')
-        ->type_name("LIST")
-        ->allow_extra_args(false);
+    addCoreOptions(*command, words->core);
     command->add_option("--device", words->device, "Model of the device")
         ->envname("VEK_DEVICE")
         ->type_name("MODEL");

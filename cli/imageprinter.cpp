@@ -5,6 +5,7 @@
 #include "image/registermap.h"
 #include "image/truthtable.h"
 #include "model/bits.h"
+#include "trigger/trigger.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -42,6 +43,9 @@ public:
             line(QStringLiteral("core %1: fields of %2 bits")
                      .arg(core.index)
                      .arg(core.dataOutShiftWidth()));
+            line(QStringLiteral("  trigger: %1").arg(triggerText(core)));
+            for (QString const& note : triggerNotes(core))
+                line(QStringLiteral("  note: %1").arg(note));
             for (MatchUnit const* unit : core.enabledMatchUnits())
                 if (unit->trigger && !unit->trigger->signalList.isEmpty())
                     line(QStringLiteral("  M%1: %2").arg(unit->index).arg(matchText(*unit)));
@@ -144,6 +148,7 @@ private:
                                        {QStringLiteral("table"), logicTruthTable(expression)}};
         return {{QStringLiteral("index"), core.index},
                 {QStringLiteral("width"), core.dataOutShiftWidth()},
+                {QStringLiteral("trigger"), triggerText(core)},
                 {QStringLiteral("units"), units},
                 {QStringLiteral("expressions"), expressions}};
     }

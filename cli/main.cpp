@@ -61,7 +61,7 @@ int main(int argc, char* argv[])
     } catch (CLI::Error const& error) {
         return failUsage(program, error);
     } catch (Failure const& failure) {
-        printError(failure.message);
+        printError(failure.message, failure.excerpt);
         return int(failure.status);
     }
 }

@@ -80,11 +80,12 @@ void Manifest::setPrefix(QString const& prefix)
     set(PrefixKey, relative(prefix));
 }
 
-void Manifest::addCore(int place, int index, int windows)
+void Manifest::addCore(int place, int index, int windows, QString const& trigger)
 {
     Core& core = m_cores[place];
     core.index = index;
     core.windowCount = windows;
+    core.trigger = trigger;
 }
 
 void Manifest::noteArmed(int place)
@@ -205,6 +206,7 @@ QJsonObject Manifest::coreJson(Core const& core) const
     else if (core.triggered.isValid())
         result = isLost ? QStringLiteral("incomplete") : QStringLiteral("triggered");
     return {{QStringLiteral("index"), core.index},
+            {QStringLiteral("trigger"), core.trigger},
             {QStringLiteral("result"), result},
             {QStringLiteral("forced"), core.forced},
             {QStringLiteral("armed"), timeJson(core.armed)},

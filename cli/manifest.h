@@ -32,7 +32,7 @@ public:
     void setPrefix(QString const& prefix);
 
     /// A core is to run.
-    void addCore(int place, int index, int windows);
+    void addCore(int place, int index, int windows, QString const& trigger);
     void noteArmed(int place);
     void noteFired(int place, bool forced);
     void noteStopped(int place);
@@ -66,6 +66,7 @@ private:
     {
         int index = 0;
         int windowCount = 0;
+        QString trigger; ///< As text.
         QDateTime armed;
         QDateTime triggered;
         QDateTime written;

@@ -3,6 +3,7 @@
 #include "check/triggercheck.h"
 #include "cli/exitstatus.h"
 #include "image/matchvalue.h"
+#include "trigger/trigger.h"
 
 #include <QJsonArray>
 #include <QRegularExpression>
@@ -114,11 +115,31 @@ void setMatch(QString const& text, SxCore& core)
     }
 }
 
+QStringList setTrigger(QString const& text, SxCore& core)
+{
+    CompiledTrigger const trigger = compileTrigger(text, core);
+    QString const name = QStringLiteral("core %1: ").arg(core.index);
+    if (!trigger.isOk()) {
+        QStringList lines{triggerExcerpt(text, trigger.errors.first())};
+        for (TriggerError const& error : trigger.errors.mid(1))
+            lines << name + error.message << triggerExcerpt(text, error);
+        throw Failure{Status::Usage,
+                      QStringLiteral("--trigger: ") + name + trigger.errors.first().message,
+                      lines.join(QLatin1Char('\n'))};
+    }
+    applyTrigger(trigger, core);
+    QStringList notes;
+    for (QString const& note : trigger.notes)
+        notes << name + note;
+    return notes;
+}
+
 } // namespace
 
 bool Overrides::isEmpty() const
 {
-    return !position && !amount && !windows && expression.isEmpty() && matches.isEmpty();
+    return !position && !amount && !windows && expression.isEmpty() && matches.isEmpty() &&
+           !trigger;
 }
 
 QJsonObject Overrides::toJson() const
@@ -134,6 +155,8 @@ QJsonObject Overrides::toJson() const
         json.insert(QStringLiteral("expression"), expression);
     if (!matches.isEmpty())
         json.insert(QStringLiteral("match"), QJsonArray::fromStringList(matches));
+    if (trigger)
+        json.insert(QStringLiteral("trigger"), *trigger);
     return json;
 }
 
@@ -168,14 +191,16 @@ QList<int> placesOf(Capture const& capture, QList<int> const& indexes)
     return places;
 }
 
-void apply(Overrides const& overrides, Capture const& capture, QList<int> const& places)
+QStringList apply(Overrides const& overrides, Capture const& capture, QList<int> const& places)
 {
+    QStringList notes;
     if (overrides.isEmpty())
-        return;
+        return notes;
     if (capture.liteCore())
-        throw Failure{Status::Usage,
-                      QStringLiteral("--position, --amount, --windows, --expression and --match "
-                                     "are for Standard cores: all of a Lite core is built in")};
+        throw Failure{
+            Status::Usage,
+            QStringLiteral("--position, --amount, --windows, --expression, --match and "
+                           "--trigger are for Standard cores: all of a Lite core is built in")};
     for (int const place : places) {
         SxCore& core = *capture.cores().at(place);
         setSizes(overrides, core);
@@ -183,7 +208,10 @@ void apply(Overrides const& overrides, Capture const& capture, QList<int> const&
             setExpression(overrides.expression, core);
         for (QString const& match : overrides.matches)
             setMatch(match, core);
+        if (overrides.trigger)
+            notes << setTrigger(*overrides.trigger, core);
     }
+    return notes;
 }
 
 } // namespace VEK::Cli

@@ -18,6 +18,7 @@ struct Overrides
     std::optional<int> windows;
     QString expression;  ///< The only trigger expression of a dynamic core; empty: as it is.
     QStringList matches; ///< Such as "M1=0x5A" or "M2=0x10..0x20".
+    std::optional<QString> trigger; ///< A whole trigger as text, see docs/trigger-text.md.
 
     bool isEmpty() const;
     QJsonObject toJson() const;
@@ -27,7 +28,8 @@ struct Overrides
 /// index that no core has.
 QList<int> placesOf(Capture const& capture, QList<int> const& indexes);
 
-/// Sets them in the cores at those places. Throws a Failure for what a core can't do.
-void apply(Overrides const& overrides, Capture const& capture, QList<int> const& places);
+/// Sets them in the cores at those places, and gives what the user should know. Throws a Failure
+/// for what a core can't do.
+QStringList apply(Overrides const& overrides, Capture const& capture, QList<int> const& places);
 
 } // namespace VEK::Cli

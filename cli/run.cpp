@@ -3,6 +3,7 @@
 #include "cli/command.h"
 #include "cli/configuration.h"
 #include "cli/unixsignals.h"
+#include "trigger/trigger.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -101,7 +102,8 @@ void Run::prepare()
 {
     openConfiguration(m_settings.configuration, m_capture);
     m_places = placesOf(m_capture, m_settings.cores);
-    apply(m_settings.overrides, m_capture, m_places);
+    for (QString const& note : apply(m_settings.overrides, m_capture, m_places))
+        warn(note);
     for (QString const& warning : checkCores(m_capture, m_places))
         warn(warning);
     m_settings.capture.places = m_places;
@@ -110,7 +112,7 @@ void Run::prepare()
     if (m_capture.liteCore() && m_settings.capture.force >= 0)
         throw Failure{Status::Usage, QStringLiteral("--force-after: a Lite core can't be forced")};
     for (int const place : qAsConst(m_places))
-        m_manifest.addCore(place, indexOf(place), windowsOf(place));
+        m_manifest.addCore(place, indexOf(place), windowsOf(place), triggerTextOf(place));
 }
 
 void Run::connectCapture()
@@ -343,6 +345,12 @@ int Run::indexOf(int place) const
 int Run::windowsOf(int place) const
 {
     return m_capture.liteCore() ? 1 : m_capture.cores().at(place)->windowNum;
+}
+
+/// A Lite core has no trigger.
+QString Run::triggerTextOf(int place) const
+{
+    return m_capture.liteCore() ? QString() : triggerText(*m_capture.cores().at(place));
 }
 
 int Run::triggerOf(int place) const

@@ -66,6 +66,7 @@ private:
     int indexOf(int place) const;
     int windowsOf(int place) const;
     int triggerOf(int place) const;
+    QString triggerTextOf(int place) const;
 
     RunSettings m_settings;
     WireRecorder m_recorder; ///< Outlives the capture, which hands it frames.

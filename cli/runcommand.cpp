@@ -1,4 +1,5 @@
 #include "cli/command.h"
+#include "cli/coreoptions.h"
 #include "cli/duration.h"
 #include "cli/exitstatus.h"
 #include "cli/run.h"
@@ -19,12 +20,7 @@ struct Words
     std::string manifest;
     std::string recording;
     std::vector<std::string> labels;
-    std::vector<int> cores;
-    int position = -1;
-    int amount = 0;
-    int windows = 0;
-    std::string expression;
-    std::vector<std::string> matches;
+    CoreWords core;
     std::string cable = "FT2CH";
     std::string location;
     std::string server;
@@ -144,7 +140,7 @@ CaptureSettings captureSettings(Words const& words)
     return capture;
 }
 
-RunSettings settingsFrom(Words const& words, CLI::App const& command)
+RunSettings settingsFrom(Words const& words)
 {
     RunSettings settings;
     settings.configuration = textOf(words.configuration);
@@ -154,18 +150,8 @@ RunSettings settingsFrom(Words const& words, CLI::App const& command)
     settings.recording = textOf(words.recording);
     setLabels(words.labels, settings);
     settings.attempt = words.attempt;
-    for (int const core : words.cores)
-        settings.cores << core;
-    Overrides& overrides = settings.overrides;
-    if (command.count("--position"))
-        overrides.position = words.position;
-    if (command.count("--amount"))
-        overrides.amount = words.amount;
-    if (command.count("--windows"))
-        overrides.windows = words.windows;
-    overrides.expression = textOf(words.expression);
-    for (std::string const& match : words.matches)
-        overrides.matches << textOf(match);
+    settings.cores = coresOf(words.core);
+    settings.overrides = overridesOf(words.core);
     settings.cableWord = textOf(words.cable).toUpper();
     settings.capture = captureSettings(words);
     settings.progress = words.progress;
@@ -233,25 +219,6 @@ void addTimeOptions(CLI::App& command, Words& words)
                      "Tell the steps in plain lines on standard error");
 }
 
-void addCoreOptions(CLI::App& command, Words& words)
-{
-    command.add_option("--core", words.cores, "Run these cores only, by their indexes")
-        ->delimiter(',')
-        ->type_name("LIST")
-        ->allow_extra_args(false);
-    command.add_option("--position", words.position, "Trigger position in a window")
-        ->check(CLI::NonNegativeNumber);
-    command.add_option("--amount", words.amount, "Samples of a window")->check(CLI::PositiveNumber);
-    command.add_option("--windows", words.windows, "Number of windows")->check(CLI::PositiveNumber);
-    command.add_option("--expression", words.expression, "Trigger expression, such as 'M0&M1'")
-        ->type_name("TEXT");
-    command
-        .add_option("--match", words.matches,
-                    "Value of a match unit, such as M1=0x5A; may be repeated")
-        ->type_name("UNIT=VALUE")
-        ->allow_extra_args(false);
-}
-
 void addDeskOptions(CLI::App& command, Words& words)
 {
     command.add_option("--cable", words.cable, "FT2CH, TR7QZ, WINUSB or LPT (default FT2CH)")
@@ -280,12 +247,11 @@ void addRunCommand(CLI::App& program, Command& chosen)
     auto const words = std::make_shared<Words>();
     addOutputOptions(*command, *words);
     addTimeOptions(*command, *words);
-    addCoreOptions(*command, *words);
+    addCoreOptions(*command, words->core);
     addDeskOptions(*command, *words);
     command->footer(statusHelp().toStdString());
-    command->callback([&chosen, words, command] {
-        chosen = [words, command] { return Run(settingsFrom(*words, *command)).exec(); };
-    });
+    command->callback(
+        [&chosen, words] { chosen = [words] { return Run(settingsFrom(*words)).exec(); }; });
 }
 
 } // namespace VEK::Cli

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dump/nearestnames.h"
 #include "dump/vcdreader.h"
+#include "model/nearestnames.h"
 
 #include <QByteArray>
 #include <QMultiHash>

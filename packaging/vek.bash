@@ -42,7 +42,7 @@ _vek() {
         return
         ;;
     --clock | --label | --attempt | --wait | --force-after | --reply-timeout | --queue | --core | \
-        --position | --amount | --windows | --expression | --match | --location | --server | --device)
+        --position | --amount | --windows | --expression | --match | --trigger | --location | --server | --device)
         return
         ;;
     esac
@@ -51,10 +51,13 @@ _vek() {
         case ${COMP_WORDS[1]} in
         check) list="--bench --json --help" ;;
         nets) list="--clocks --json --help" ;;
-        image) list="--core --device --frames --json --help" ;;
+        image)
+            list="--core --position --amount --windows --expression --match --trigger --device --frames
+                --json --help"
+            ;;
         run) list="--output --format --plain --clock --manifest --record --label --attempt --wait --force-after
             --reply-timeout --queue --paced --progress --core --position --amount --windows
-            --expression --match --cable --location --server --attach --device --help" ;;
+            --expression --match --trigger --cable --location --server --attach --device --help" ;;
         convert) list="--plain --window --core --trigger --clock --configuration --manifest --json --help" ;;
         compare)
             list="--align --by-edge --from --to --window --core --clock --configuration --ignore --mask

@@ -1,10 +1,10 @@
-#include "dump/nearestnames.h"
+#include "model/nearestnames.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <numeric>
 
-namespace VEK::Dump {
+namespace VEK {
 namespace {
 
 /// As many as a large design declares, and the longest that anyone reads: the work stays within
@@ -77,4 +77,4 @@ std::vector<QByteArray> NearestNames::nearest(QByteArray const& name) const
     return paths;
 }
 
-} // namespace VEK::Dump
+} // namespace VEK

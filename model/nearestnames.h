@@ -4,9 +4,9 @@
 
 #include <vector>
 
-namespace VEK::Dump {
+namespace VEK {
 
-/// Finds what a misspelt name may have meant among the paths of a dump.
+/// Finds what a misspelt name may have meant among paths.
 class NearestNames
 {
 public:
@@ -22,4 +22,4 @@ private:
     std::vector<QByteArray> m_paths;
 };
 
-} // namespace VEK::Dump
+} // namespace VEK
