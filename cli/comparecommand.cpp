@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <future>
 #include <memory>
 
 namespace VEK::Cli {
@@ -96,7 +97,13 @@ public:
     {
         QString const golden = textOf(m_words.golden);
         QString const made = textOf(m_words.made);
-        compareAll(chosenOf(golden, QString()), chosenOf(made, textOf(m_words.manifest)));
+        // both at once: reading is most of the work
+        std::future<CaptureFile> other = std::async(
+            std::launch::async, [&] { return readCaptureFile(golden, hintsFor(QString())); });
+        QString const manifest = textOf(m_words.manifest);
+        CaptureFile const file = readCaptureFile(made, hintsFor(manifest));
+        QList<Chosen> const expected = chosenOf(other.get(), golden);
+        compareAll(expected, chosenOf(file, made));
         if (!m_words.junit.empty())
             writeJUnit();
         if (!m_words.manifest.empty())
@@ -107,7 +114,8 @@ public:
 
 private:
     bool isGiven(char const* option) const { return m_command.count(option) > 0; }
-    QList<Chosen> chosenOf(QString const& path, QString const& manifest);
+    CaptureHints hintsFor(QString const& manifest) const;
+    QList<Chosen> chosenOf(CaptureFile const& file, QString const& path);
     void compareAll(QList<Chosen> const& golden, QList<Chosen> const& made);
     void compareOne(QString const& title, Chosen const& golden, Chosen const& made);
     void tellUnpaired(QString const& title, char const* what);
@@ -127,8 +135,7 @@ private:
     int m_failures = 0;
 };
 
-/// The windows of a file that are meant; --window picks among several only.
-QList<Chosen> Comparing::chosenOf(QString const& path, QString const& manifest)
+CaptureHints Comparing::hintsFor(QString const& manifest) const
 {
     CaptureHints hints;
     for (std::string const& clock : m_words.clocks) {
@@ -139,7 +146,12 @@ QList<Chosen> Comparing::chosenOf(QString const& path, QString const& manifest)
     hints.manifest = manifest;
     if (isGiven("--core"))
         hints.core = m_words.core;
-    CaptureFile const file = readCaptureFile(path, hints);
+    return hints;
+}
+
+/// The windows of a file that are meant; --window picks among several only.
+QList<Chosen> Comparing::chosenOf(CaptureFile const& file, QString const& path)
+{
     m_warnings << file.warnings;
     QList<Chosen> chosen;
     for (CoreCapture const& core : file.cores) {

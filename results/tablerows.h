@@ -25,6 +25,7 @@ struct TableColumn
     std::size_t quotedLength = 0; ///< Of the values of a `Passed` one that stand in quotes.
     int first = 0;                ///< Place of its highest bit among the packed ones.
     int width = 1;                ///< Bits that are kept; those of values in its first row.
+    std::size_t runEnd = 0;       ///< From a `Bit` on, the next column that is none.
 };
 
 /// Reads the rows of a table: a number that goes up evenly, and the columns' values.
