@@ -89,7 +89,6 @@ public:
 
     /// The cable whose server is current.
     QString cableName() const { return m_cableName; }
-    void setCableName(QString const& name) { m_cableName = name; }
 
     /// Rows of the last cable report: type, two fields and the location, as texts.
     QList<QStringList> nlcCables() const { return m_nlcCables; }

@@ -199,25 +199,27 @@ void VekStandardDataManager::reselectCore()
         selectCore(*m_currentCore);
 }
 
-void VekStandardDataManager::pollStartRegister(
-    void (VekStandardDataManager::*onReply)(CmdPack const&, bool*))
+void VekStandardDataManager::pollRegister(QString const& select, QString const& read,
+                                          unsigned short address, OnReply onReply)
 {
     reselectCore();
-    send(writeRequest(Protocol::Oprate::WriteStartReg, regSelectData(Register::Start)));
+    send(writeRequest(select, regSelectData(address)));
     if (!m_currentCore) // the server had gone, and the run ended with the first word
         return;
-    poll(readRequest(Protocol::Oprate::ReadStartReg, m_currentCore->dataOutShiftWidth()),
-         m_currentCore->forced, handler(this, onReply));
+    poll(readRequest(read, m_currentCore->dataOutShiftWidth()), m_currentCore->forced,
+         handler(this, onReply));
+}
+
+void VekStandardDataManager::pollStartRegister(OnReply onReply)
+{
+    pollRegister(Protocol::Oprate::WriteStartReg, Protocol::Oprate::ReadStartReg, Register::Start,
+                 onReply);
 }
 
 void VekStandardDataManager::pollCaptureInit()
 {
-    reselectCore();
-    send(writeRequest(Protocol::Oprate::SelectCaptureInit, regSelectData(Register::CaptureInit)));
-    if (!m_currentCore) // the server had gone, and the run ended with the first word
-        return;
-    poll(readRequest(Protocol::Oprate::ReadCaptureInit, m_currentCore->dataOutShiftWidth()),
-         m_currentCore->forced, handler(this, &VekStandardDataManager::onCaptureInit));
+    pollRegister(Protocol::Oprate::SelectCaptureInit, Protocol::Oprate::ReadCaptureInit,
+                 Register::CaptureInit, &VekStandardDataManager::onCaptureInit);
 }
 
 /// A core with initial data is armed only once the chip reports that its data is there.

@@ -93,7 +93,10 @@ private:
     void writeRegisters(QList<QBitArray> const& words);
     SxCore* firstArmed() const;
     void tellArmed(QList<SxCore*> const& cores);
-    void pollStartRegister(void (VekStandardDataManager::*onReply)(CmdPack const&, bool*));
+    using OnReply = void (VekStandardDataManager::*)(CmdPack const&, bool*);
+    void pollRegister(QString const& select, QString const& read, unsigned short address,
+                      OnReply onReply);
+    void pollStartRegister(OnReply onReply);
     void pollCaptureInit();
     void onCaptureInit(CmdPack const& reply, bool* finished);
     void onStartRegister(CmdPack const& reply, bool* finished);

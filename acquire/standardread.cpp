@@ -2,7 +2,6 @@
 #include "acquire/standarddatamanager.h"
 
 #include "image/matchencoding.h"
-#include "image/registermap.h"
 #include "model/bits.h"
 #include "results/csvimport.h"
 

@@ -6,7 +6,6 @@
 #include <QTextCodec>
 
 #include <clocale>
-#include <cstdio>
 #include <cstring>
 
 #include <langinfo.h>

@@ -8,7 +8,6 @@
 #include <QMap>
 
 #include <future>
-#include <optional>
 
 namespace VEK::Cli {
 

@@ -9,7 +9,6 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <numeric>
 
 namespace VEK::Cli {
 namespace {

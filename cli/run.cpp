@@ -9,7 +9,6 @@
 #include <QCryptographicHash>
 #include <QFile>
 #include <QFileInfo>
-#include <QHostInfo>
 #include <QJsonArray>
 #include <QSysInfo>
 

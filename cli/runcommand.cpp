@@ -4,7 +4,6 @@
 #include "cli/exitstatus.h"
 #include "cli/run.h"
 
-#include <memory>
 #include <vector>
 
 namespace VEK::Cli {

@@ -1,6 +1,5 @@
 #include "image/expression.h"
 
-#include <QDebug>
 #include <QRegularExpression>
 
 #include <algorithm>

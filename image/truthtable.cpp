@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <functional>
 #include <iterator>
 #include <vector>
 

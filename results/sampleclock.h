@@ -24,9 +24,6 @@ public:
     /// there is none, with times rounded. Empty without a frequency.
     QString unit() const;
 
-    /// Frequency in Hz, cut to a whole number.
-    quint64 hertz() const { return m_microhertz / 1000000; }
-
     /// The times of samples 0, 1 and so on, one after the other, in `unit`.
     class Times
     {

@@ -1,6 +1,5 @@
 #include "simulator/loader.h"
 
-#include "jtag/protocol.h"
 #include "simulator/cables.h"
 
 #include <QFile>

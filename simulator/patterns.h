@@ -2,8 +2,6 @@
 
 #include "dump/sampletable.h"
 
-#include <QString>
-
 #include <functional>
 
 namespace VEK::Simulator {

@@ -1,6 +1,5 @@
 #include "simulator/standardchip.h"
 
-#include "image/registermap.h"
 #include "simulator/bitfield.h"
 #include "simulator/log.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QGraphicsObject>
 #include <QMetaType>
 #include <QPainterPath>
@@ -11,85 +12,93 @@ namespace WaveMonitor {
 /// only negative times are raised to 0.
 int heldTime(int time, int length);
 
-/// The hit area of both sliders, in device pixels: a flag whose tip (0, 0) stands at its time.
-QPainterPath sliderShape();
+/// What the sliders on the ruler have in common: a flag with its time above it, drawn at its own
+/// size at every zoom.
+class SliderItem : public QGraphicsObject
+{
+    Q_OBJECT
 
-/// A time marker on the ruler, drawn at its own size at every zoom. It does not move by itself:
-/// whoever sets the time also sets the position.
-class TimeSliderItem : public QGraphicsObject
+public:
+    int time() const { return m_time; }
+    /// Samples of the ruler; 0 while it is not known.
+    int length() const { return m_length; }
+
+    /// Pixels that the number takes from the flag's tip to the right.
+    double numberWidth() const;
+    /// Whether the number is painted, as at the start. Takes effect at the next paint.
+    void setNumberShown(bool shown) { m_numberShown = shown; }
+
+    QRectF boundingRect() const override { return m_rect; }
+    QPainterPath shape() const override { return m_shape; }
+    void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
+
+protected:
+    struct Colors
+    {
+        QColor outline;
+        QColor filling;
+        QColor number;
+    };
+
+    explicit SliderItem(QGraphicsItem* parent);
+    virtual Colors colors() const = 0;
+    /// Stores the time, held within the length, and repaints.
+    void holdTime(int time);
+
+    int m_length = 0;
+
+private:
+    int m_time = 0;
+    bool m_numberShown = true;
+    QPainterPath m_shape;
+    QRectF m_rect;
+};
+
+/// A time marker on the ruler. It does not move by itself: whoever sets the time also sets the
+/// position.
+class TimeSliderItem : public SliderItem
 {
     Q_OBJECT
 
 public:
     explicit TimeSliderItem(QGraphicsItem* parent = nullptr);
 
-    int time() const { return m_time; }
     /// Stores the time, held within the length, and repaints.
-    void setTime(int time);
+    void setTime(int time) { holdTime(time); }
 
     /// Whether this is the active marker.
     bool isMain() const { return m_main; }
     void setMain(bool main);
 
-    /// Samples of the ruler; 0 while it is not known.
-    int length() const { return m_length; }
     void setLength(int length) { m_length = length; }
 
     /// Windows of the ruler.
     int num() const { return m_num; }
     void setNum(int num) { m_num = num; }
 
-    /// Pixels that the number takes from the flag's tip to the right.
-    double numberWidth() const;
-    /// Whether the number is painted, as at the start. Takes effect at the next paint.
-    void setNumberShown(bool shown) { m_numberShown = shown; }
-
-    QRectF boundingRect() const override { return m_rect; }
-    QPainterPath shape() const override { return m_shape; }
-    void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
+protected:
+    Colors colors() const override;
 
 private:
-    int m_time = 0;
     bool m_main = false;
-    int m_length = 0;
     int m_num = 1;
-    bool m_numberShown = true;
-    QPainterPath m_shape;
-    QRectF m_rect;
 };
 
-/// The cursor on the ruler, drawn at its own size at every zoom. It moves with its time.
-class CursorSliderItem : public QGraphicsObject
+/// The cursor on the ruler. It moves with its time.
+class CursorSliderItem : public SliderItem
 {
     Q_OBJECT
 
 public:
-    explicit CursorSliderItem(QGraphicsItem* parent = nullptr);
+    explicit CursorSliderItem(QGraphicsItem* parent = nullptr) : SliderItem(parent) {}
 
-    int time() const { return m_time; }
     /// Stores the time, held within the length, and moves the item there; y stays.
     void setTime(int time);
-
-    /// Samples of the ruler; 0 while it is not known.
-    int length() const { return m_length; }
     /// Stores the length and brings a time beyond it back.
     void setLength(int length);
 
-    /// Pixels that the number takes from the flag's tip to the right.
-    double numberWidth() const;
-    /// Whether the number is painted, as at the start. Takes effect at the next paint.
-    void setNumberShown(bool shown) { m_numberShown = shown; }
-
-    QRectF boundingRect() const override { return m_rect; }
-    QPainterPath shape() const override { return m_shape; }
-    void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
-
-private:
-    int m_time = 0;
-    int m_length = 0;
-    bool m_numberShown = true;
-    QPainterPath m_shape;
-    QRectF m_rect;
+protected:
+    Colors colors() const override;
 };
 
 /// One time marker: the owner of its item, which may be in a scene. The item may also go first,

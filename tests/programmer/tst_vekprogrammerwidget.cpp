@@ -4,7 +4,6 @@
 #include "programmerdesk.h"
 #include "tests/support/widgettools.h"
 
-#include <QCheckBox>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLineEdit>

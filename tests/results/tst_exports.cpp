@@ -125,16 +125,6 @@ private slots:
             QVERIFY(text.contains("\n1" + codes[count] + "\n#2\n1!\n\n#3\n0!\n#4\n"));
         }
     }
-
-    void badPaths()
-    {
-        Window const window("");
-        for (QString const& path : BadPaths) {
-            QVERIFY(!exportPRN(path, "us", 1, window.element, 0));
-            QVERIFY(!exportPRN(path, "us", 1, window.element, QList<int>{0}));
-            QVERIFY(!exportVCD(path, "m", "c", true, "us", 1, 0, window.element));
-        }
-    }
 };
 
 QTEST_GUILESS_MAIN(TestExports)

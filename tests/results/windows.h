@@ -3,7 +3,6 @@
 #include "tests/support/tempfolder.h"
 
 #include <QDomDocument>
-#include <QFile>
 #include <QString>
 #include <QStringList>
 #include <QTest>
@@ -84,6 +83,3 @@ inline void compareTexts()
     QFETCH(QString, actual);
     QTEST(actual, "expected");
 }
-
-/// Paths at which no file can be opened.
-inline QStringList const BadPaths{QString(), QStringLiteral("/"), QStringLiteral("/missing/out")};

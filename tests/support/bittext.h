@@ -4,7 +4,6 @@
 #include "model/bits.h"
 
 #include <QByteArray>
-#include <QList>
 
 /// Bits and samples as texts of '0' and '1', first on the wire (or first signal) first.
 inline QBitArray bits(QByteArray const& text)

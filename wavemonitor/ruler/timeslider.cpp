@@ -14,6 +14,7 @@ namespace {
 
 constexpr double kFlagHeight = 15.0;
 constexpr double kMinWidth = 10.0;
+constexpr QRgb kCursorColor = 0xFFFFA500;
 constexpr QRgb kCursorNumberColor = 0xFF552A00; ///< The cursor's orange can't be read on gray.
 constexpr int kFontPoints = 9;
 constexpr double kTextRoom = 15.0; ///< Pixels above a flag, up to the top of the ruler.
@@ -40,14 +41,6 @@ QRectF sliderRect(int time)
     return QRectF(0.0, -height, std::max(text.width(), kMinWidth), height);
 }
 
-void paintFlag(QPainter* painter, QPainterPath const& shape, QColor const& outline,
-               QColor const& filling)
-{
-    painter->setPen(outline);
-    painter->setBrush(filling);
-    painter->drawPath(shape);
-}
-
 void paintNumber(QPainter* painter, int time, QColor const& color)
 {
     QFont const font = fittingFont();
@@ -58,13 +51,7 @@ void paintNumber(QPainter* painter, int time, QColor const& color)
                       QString::number(time));
 }
 
-} // namespace
-
-int heldTime(int time, int length)
-{
-    return std::max(length > 0 ? std::min(time, length - 1) : time, 0);
-}
-
+/// The hit area, in device pixels: a flag whose tip (0, 0) stands at its time.
 QPainterPath sliderShape()
 {
     QPainterPath path;
@@ -73,19 +60,47 @@ QPainterPath sliderShape()
     return path;
 }
 
-TimeSliderItem::TimeSliderItem(QGraphicsItem* parent)
+} // namespace
+
+int heldTime(int time, int length)
+{
+    return std::max(length > 0 ? std::min(time, length - 1) : time, 0);
+}
+
+SliderItem::SliderItem(QGraphicsItem* parent)
     : QGraphicsObject(parent), m_shape(sliderShape()), m_rect(sliderRect(0))
 {
     setFlags(ItemIgnoresTransformations | ItemIsSelectable);
-    setCursor(Qt::SizeHorCursor);
 }
 
-void TimeSliderItem::setTime(int time)
+void SliderItem::holdTime(int time)
 {
     prepareGeometryChange();
     m_time = heldTime(time, m_length);
     m_rect = sliderRect(m_time);
     update();
+}
+
+double SliderItem::numberWidth() const
+{
+    return timeTextSize(fittingFont(), m_time).width();
+}
+
+void SliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
+{
+    Colors const shown = colors();
+    painter->save();
+    painter->setPen(shown.outline);
+    painter->setBrush(shown.filling);
+    painter->drawPath(m_shape);
+    if (m_numberShown)
+        paintNumber(painter, m_time, shown.number);
+    painter->restore();
+}
+
+TimeSliderItem::TimeSliderItem(QGraphicsItem* parent) : SliderItem(parent)
+{
+    setCursor(Qt::SizeHorCursor);
 }
 
 void TimeSliderItem::setMain(bool main)
@@ -94,53 +109,26 @@ void TimeSliderItem::setMain(bool main)
     update();
 }
 
-double TimeSliderItem::numberWidth() const
+SliderItem::Colors TimeSliderItem::colors() const
 {
-    return timeTextSize(fittingFont(), m_time).width();
-}
-
-void TimeSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
-{
-    painter->save();
-    paintFlag(painter, m_shape, Qt::white, m_main ? Qt::white : Qt::red);
-    if (m_numberShown)
-        paintNumber(painter, m_time, Qt::white);
-    painter->restore();
-}
-
-CursorSliderItem::CursorSliderItem(QGraphicsItem* parent)
-    : QGraphicsObject(parent), m_shape(sliderShape()), m_rect(sliderRect(0))
-{
-    setFlags(ItemIgnoresTransformations | ItemIsSelectable);
+    return {Qt::white, m_main ? Qt::white : Qt::red, Qt::white};
 }
 
 void CursorSliderItem::setTime(int time)
 {
-    prepareGeometryChange();
-    m_time = heldTime(time, m_length);
-    m_rect = sliderRect(m_time);
-    setX(m_time * Constants::Graphics::kSampleWidth);
-    update();
+    holdTime(time);
+    setX(this->time() * Constants::Graphics::kSampleWidth);
 }
 
 void CursorSliderItem::setLength(int length)
 {
     m_length = length;
-    setTime(m_time);
+    setTime(time());
 }
 
-double CursorSliderItem::numberWidth() const
+SliderItem::Colors CursorSliderItem::colors() const
 {
-    return timeTextSize(fittingFont(), m_time).width();
-}
-
-void CursorSliderItem::paint(QPainter* painter, QStyleOptionGraphicsItem const*, QWidget*)
-{
-    painter->save();
-    paintFlag(painter, m_shape, QColor(0xFFA500), QColor(0xFFA500));
-    if (m_numberShown)
-        paintNumber(painter, m_time, QColor(kCursorNumberColor));
-    painter->restore();
+    return {QColor(kCursorColor), QColor(kCursorColor), QColor(kCursorNumberColor)};
 }
 
 TimeSliderData::~TimeSliderData()

@@ -7,7 +7,6 @@
 
 #include <QGraphicsItem>
 #include <QScrollBar>
-#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
