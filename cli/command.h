@@ -16,6 +16,7 @@ using Command = std::function<int()>;
 void addCheckCommand(CLI::App& program, Command& chosen);
 void addCompareCommand(CLI::App& program, Command& chosen);
 void addConvertCommand(CLI::App& program, Command& chosen);
+void addExplainCommand(CLI::App& program, Command& chosen);
 void addImageCommand(CLI::App& program, Command& chosen);
 void addNetsCommand(CLI::App& program, Command& chosen);
 void addReplayCommand(CLI::App& program, Command& chosen);

@@ -49,6 +49,7 @@ int main(int argc, char* argv[])
     Command command;
     addRunCommand(program, command);
     addCheckCommand(program, command);
+    addExplainCommand(program, command);
     addImageCommand(program, command);
     addNetsCommand(program, command);
     addReplayCommand(program, command);
