@@ -15,7 +15,7 @@ _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run check compare convert image nets replay --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check compare convert explain image nets replay --help --version" -- "$word")
         return
     fi
     if [ "${COMP_WORDS[1]}" = replay ]; then
@@ -37,7 +37,7 @@ _vek() {
         mapfile -t COMPREPLY < <(compgen -P "$done" -W "csv vcd rsx raw" -- "${word##*,}")
         return
         ;;
-    -o | --output | --manifest | --record | --bench)
+    -o | --output | --manifest | --record | --bench | --vcd | --capture)
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return
         ;;
@@ -50,6 +50,10 @@ _vek() {
     -*)
         case ${COMP_WORDS[1]} in
         check) list="--bench --json --help" ;;
+        explain)
+            list="--vcd --bench --capture --core --position --amount --windows --expression --match --trigger
+                --clock --device --json --help"
+            ;;
         nets) list="--clocks --json --help" ;;
         image)
             list="--core --position --amount --windows --expression --match --trigger --device --frames
