@@ -19,6 +19,8 @@ void addConvertCommand(CLI::App& program, Command& chosen);
 void addExplainCommand(CLI::App& program, Command& chosen);
 void addImageCommand(CLI::App& program, Command& chosen);
 void addNetsCommand(CLI::App& program, Command& chosen);
+void addNewCommand(CLI::App& program, Command& chosen);
+void addRehearseCommand(CLI::App& program, Command& chosen);
 void addReplayCommand(CLI::App& program, Command& chosen);
 void addRunCommand(CLI::App& program, Command& chosen);
 

@@ -1,12 +1,10 @@
 #include "cli/dryrun.h"
 
 #include "cli/exitstatus.h"
-#include "jtag/serverstartup.h"
-#include "simulator/server.h"
+#include "cli/privatedesk.h"
 
 #include <QBitArray>
 #include <QEventLoop>
-#include <QTemporaryDir>
 
 namespace VEK::Cli {
 namespace {
@@ -58,16 +56,8 @@ private:
 void runDry(Capture& capture, CaptureSettings settings,
             std::function<void(QByteArray const& frame)> const& take)
 {
-    QTemporaryDir const folder(QStringLiteral("/tmp/vek-XXXXXX")); // short: a socket lies in it
-    if (!folder.isValid())
-        throw Failure{Status::Output, folder.errorString()};
-    QByteArray const before = qgetenv("TMPDIR");
-    qputenv("TMPDIR", folder.path().toLocal8Bit());
     NoChip chip(initFlag(capture.liteCore()));
-    Simulator::BridgeServer server(chip, Simulator::Faults());
-    QString error;
-    if (!server.listenLocal(localServer(settings.cable).address, error))
-        throw Failure{Status::NoServer, error};
+    PrivateDesk const desk(chip, settings.cable);
     settings.attach = true;
     settings.tap = [&take](WireEvent event, QByteArray const& frame) {
         if (event == WireEvent::Request)
@@ -83,10 +73,6 @@ void runDry(Capture& capture, CaptureSettings settings,
     capture.run(settings);
     loop.exec();
     QObject::disconnect(ended);
-    if (before.isNull())
-        qunsetenv("TMPDIR");
-    else
-        qputenv("TMPDIR", before);
     if (outcome.end != CaptureEnd::Complete)
         throw Failure{Status::NoAnswer, outcome.message};
 }

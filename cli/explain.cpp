@@ -251,4 +251,27 @@ Explanations explain(ExplainSettings const& settings)
                               : explainStandard(settings, bench, capture);
 }
 
+QString sentenceOf(Explanations const& told)
+{
+    QStringList sentences;
+    for (Explanation const& core : told.cores)
+        sentences << (told.cores.size() > 1
+                          ? QStringLiteral("%1: %2").arg(core.title, core.sentence)
+                          : core.sentence);
+    return sentences.join(QLatin1Char('\n'));
+}
+
+QString textOf(Explanations const& told)
+{
+    QStringList lines;
+    for (Explanation const& core : told.cores) {
+        qint64 const samples = qint64(core.json.value(QStringLiteral("samples")).toDouble());
+        lines << QStringLiteral("%1: %2 samples").arg(core.title).arg(samples);
+        for (QString const& line : core.lines)
+            lines << QStringLiteral("  ") + line;
+    }
+    lines << sentenceOf(told);
+    return lines.join(QLatin1Char('\n'));
+}
+
 } // namespace VEK::Cli

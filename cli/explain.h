@@ -31,4 +31,10 @@ struct Explanations
 /// memory does not depend on. Throws a Failure for what can't be used.
 Explanations explain(ExplainSettings const& settings);
 
+/// The sentences of all cores, each with its name if there are several; a line each.
+QString sentenceOf(Explanations const& told);
+
+/// All of it in lines, for people; the sentences come last.
+QString textOf(Explanations const& told);
+
 } // namespace VEK::Cli

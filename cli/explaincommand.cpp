@@ -54,30 +54,6 @@ bool firesAll(Explanations const& told)
                        [](Explanation const& core) { return core.fires; });
 }
 
-/// The sentence of all cores, each with its name if there are several.
-QString sentenceOf(Explanations const& told)
-{
-    QStringList sentences;
-    for (Explanation const& core : told.cores)
-        sentences << (told.cores.size() > 1
-                          ? QStringLiteral("%1: %2").arg(core.title, core.sentence)
-                          : core.sentence);
-    return sentences.join(QLatin1Char('\n'));
-}
-
-QString textFrom(Explanations const& told)
-{
-    QStringList lines;
-    for (Explanation const& core : told.cores) {
-        qint64 const samples = qint64(core.json.value(QStringLiteral("samples")).toDouble());
-        lines << QStringLiteral("%1: %2 samples").arg(core.title).arg(samples);
-        for (QString const& line : core.lines)
-            lines << QStringLiteral("  ") + line;
-    }
-    lines << sentenceOf(told);
-    return lines.join(QLatin1Char('\n'));
-}
-
 QString jsonFrom(Explanations const& told)
 {
     QJsonArray cores;
@@ -95,7 +71,7 @@ int run(Words const& words)
     Explanations const told = explain(settingsFrom(words));
     for (QString const& warning : told.warnings)
         printWarning(warning);
-    if (!printLine(words.json ? jsonFrom(told) : textFrom(told)))
+    if (!printLine(words.json ? jsonFrom(told) : textOf(told)))
         throw Failure{Status::Output, QStringLiteral("Standard output can't be written.")};
     return int(firesAll(told) ? Status::Done : Status::Differs);
 }

@@ -52,6 +52,8 @@ int main(int argc, char* argv[])
     addExplainCommand(program, command);
     addImageCommand(program, command);
     addNetsCommand(program, command);
+    addNewCommand(program, command);
+    addRehearseCommand(program, command);
     addReplayCommand(program, command);
     addConvertCommand(program, command);
     addCompareCommand(program, command);

@@ -15,7 +15,7 @@ _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run check compare convert explain image nets replay --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check compare convert explain image nets new rehearse replay --help --version" -- "$word")
         return
     fi
     if [ "${COMP_WORDS[1]}" = replay ]; then
@@ -27,7 +27,7 @@ _vek() {
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return
         ;;
-    --trigger | --window | --align | --by-edge | --from | --to | --ignore | --mask)
+    --trigger | --window | --scope | --depth | --units | --align | --by-edge | --from | --to | --ignore | --mask)
         return
         ;;
     --cable) list="FT2CH TR7QZ WINUSB LPT" ;;
@@ -54,6 +54,11 @@ _vek() {
             list="--vcd --bench --capture --core --position --amount --windows --expression --match --trigger
                 --clock --device --json --help"
             ;;
+        new) list="--clock --scope --output --depth --windows --position --trigger --units --lite --device --help" ;;
+        rehearse)
+            list="--clock --scope --output --depth --windows --position --trigger --units --lite --device
+                --format --plain --help"
+            ;;
         nets) list="--clocks --json --help" ;;
         image)
             list="--core --position --amount --windows --expression --match --trigger --device --frames
@@ -77,7 +82,7 @@ _vek() {
         local endings='vek|rsx'
         case ${COMP_WORDS[1]} in
         convert | compare) endings='csv|vcd|rsx|prn|raw' ;;
-        nets) endings=vcd ;;
+        nets | new | rehearse) endings=vcd ;;
         esac
         mapfile -t COMPREPLY < <(compgen -f -X "!*.@($endings)" -- "$word"; compgen -d -S / -- "$word")
     fi
