@@ -94,6 +94,7 @@ private slots:
         writeNever(setup);
         Window window;
         QVERIFY(window.open(path("never.vek")));
+        QVERIFY(window.messages().contains("never.vek:99: MatchUnit: M1 is in use"));
         QAction* const run = window.action("&Run");
         auto const isOver = [&] { return run->isEnabled(); };
 
