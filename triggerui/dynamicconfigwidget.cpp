@@ -170,6 +170,7 @@ void DynamicConfigWidget::editMu()
     MatchUnit* const unit = rows.isEmpty() ? nullptr : model->muFromIndex(rows.first());
     if (!unit)
         return;
+    int const row = rows.first().row();
     ViewKeeper const keeper(ui->tableUnit);
     QPointer<QDialog> const dialog = new MatchUnitDialog(unit, true, this);
     unitDialog = dialog;
@@ -177,7 +178,7 @@ void DynamicConfigWidget::editMu()
     if (!dialog)
         return; // gone with this panel
     dialog->deleteLater();
-    ui->tableUnit->viewport()->update();
+    model->updateRow(row);
 }
 
 bool DynamicConfigWidget::eventFilter(QObject* view, QEvent* event)

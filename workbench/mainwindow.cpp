@@ -8,6 +8,7 @@
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
+#include "workbench/triggerline.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -20,6 +21,7 @@
 #include <QTime>
 #include <QTimer>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -99,10 +101,15 @@ void MainWindow::clearCores()
 void MainWindow::showCores()
 {
     for (SxCore* const core : m_capture.cores()) {
-        auto* const panel = new DynamicConfigWidget;
+        auto* const page = new QWidget;
+        auto* const panel = new DynamicConfigWidget(page);
         panel->setSxCore(core);
         panel->setEnabled(true);
-        addTabs(QStringLiteral("Core %1").arg(core->index), core->index, panel);
+        auto* const layout = new QVBoxLayout(page);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(panel);
+        layout->addWidget(new TriggerLine(*core, *panel, page));
+        addTabs(QStringLiteral("Core %1").arg(core->index), core->index, page);
     }
     if (SXCore_Lite const* const core = m_capture.liteCore()) {
         auto* const facts =

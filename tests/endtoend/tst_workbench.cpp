@@ -5,6 +5,8 @@
 #include "tests/support/widgettools.h"
 #include "wavemonitor/signaltreemodel.h"
 
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
@@ -218,6 +220,26 @@ private slots:
             QString const count = QString::number(captures.at(part).trigger, 16).toUpper();
             QCOMPARE(window.value("count", 64 * part + 10), count);
         }
+
+        // the trigger as a text follows the panel, and sets it
+        auto* const line = window.findChild<QLineEdit*>("triggerText");
+        auto* const note = window.findChild<QLabel*>("triggerNote");
+        QCOMPARE(line->text(), QString("count == 0x5DC | flag"));
+        auto const type = [line](char const* text) {
+            line->selectAll();
+            QTest::keyClicks(line, text);
+        };
+        type("cuont == 3");
+        QVERIFY(note->text().contains("cuont") && note->text().contains("the nearest is count"));
+        QTest::keyClick(line, Qt::Key_Return);
+        QVERIFY(!note->text().isEmpty()); // refused
+        type("count == 300");
+        QVERIFY(note->text().isEmpty());
+        QTest::keyClick(line, Qt::Key_Return);
+        QCOMPARE(line->text(), QString("count == 0x12C"));
+        QCOMPARE(list->item(0)->text(), QString("exp0:  M0"));
+        window.action("&Save")->trigger();
+        QCOMPARE(expectedCaptures(content(setup), {{"clk", waves}}).at(0).trigger, 300);
     }
 };
 
