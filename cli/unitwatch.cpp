@@ -73,11 +73,18 @@ UnitWatch::UnitWatch(MatchWords const& text)
 
 void UnitWatch::take(qint64 sample, MatchLogic const& logic, PortWires const& port)
 {
-    for (std::size_t i = 0; i < m_values.size(); ++i)
-        m_values[i].add(m_text.groups()[i].value(port.now()));
+    bool isNew = m_seen.empty();
+    for (std::size_t i = 0; i < m_seen.size(); ++i) // a word as a rule
+        isNew |= m_seen[i] != port.now()[i];
+    if (isNew) { // most samples leave a port as it was
+        m_seen.assign(port.now(), port.now() + m_wrong.size());
+        for (std::size_t i = 0; i < m_values.size(); ++i)
+            m_values[i].add(m_text.groups()[i].value(port.now()));
+    }
     if (logic.function() == MatchLogic::Equal)
         takeEqual(sample, logic, port);
-    else if (logic.function() != MatchLogic::NotEqual && logic.function() != MatchLogic::NotInRange)
+    else if (isNew && logic.function() != MatchLogic::NotEqual &&
+             logic.function() != MatchLogic::NotInRange)
         takeNumber(sample, logic, port);
 }
 

@@ -87,6 +87,7 @@ private:
     MatchWords const& m_text;
     std::vector<qint64> m_held;
     std::vector<quint64> m_wrong; ///< Of the sample that is looked at.
+    std::vector<quint64> m_seen;  ///< What the port showed before; empty at first.
     int m_fewest;                 ///< Failing terms of `m_misses`.
     std::vector<Miss> m_misses;
     Extreme m_below;

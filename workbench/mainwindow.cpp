@@ -86,6 +86,11 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
     return QMainWindow::eventFilter(watched, event);
 }
 
+MainWindow::~MainWindow()
+{
+    clearCores(); // before the cores go with the capture
+}
+
 /// Panels and monitors show what is about to go.
 void MainWindow::clearCores()
 {

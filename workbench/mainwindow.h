@@ -30,6 +30,7 @@ class MainWindow : public QMainWindow
 
 public:
     MainWindow();
+    ~MainWindow() override;
 
     /// Opens a configuration or session file. When it can't, it says so and all stays as it was.
     bool open(QString const& path);
