@@ -135,6 +135,14 @@ private slots:
         m_lite->stopDataTrigger();
         QCOMPARE(m_lite->autoRunCount(), -1);
         QCOMPARE(m_news.filter("end"), QStringList{"end 0"});
+        // nothing goes on: no timer runs, and a late tick finds no armed core
+        m_lite->startDataTrigger(60000);
+        m_lite->stopDataTrigger();
+        for (QTimer const* timer : m_lite->findChildren<QTimer*>())
+            QVERIFY(!timer->isActive());
+        m_chip->takeLines();
+        m_lite->checkState();
+        QVERIFY(!m_chip->takeLines().contains(asked("poll").first()));
     }
 
 private:
