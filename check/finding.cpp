@@ -2,8 +2,6 @@
 
 #include <QStringList>
 
-#include <algorithm>
-
 namespace VEK {
 
 QString Finding::text() const
@@ -12,12 +10,6 @@ QString Finding::text() const
     parts.removeAll(QString());
     QString const place = parts.join(QStringLiteral(", "));
     return place.isEmpty() ? message : place + QStringLiteral(": ") + message;
-}
-
-bool hasErrors(QList<Finding> const& findings)
-{
-    return std::any_of(findings.begin(), findings.end(),
-                       [](Finding const& finding) { return finding.severity == Severity::Error; });
 }
 
 } // namespace VEK

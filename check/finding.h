@@ -24,7 +24,4 @@ struct Finding
     QString text() const;
 };
 
-/// Whether any of them is an error.
-bool hasErrors(QList<Finding> const& findings);
-
 } // namespace VEK

@@ -56,8 +56,9 @@ bool readActivity(VcdReader& reader, std::vector<Activity>& activity, QString& w
     for (;;) {
         switch (reader.next()) {
         case VcdReader::Event::Change:
-            activity[std::size_t(reader.code())].change(reader.time(),
-                                                        VcdReader::isOne(reader.value().back()));
+            if (!reader.value().empty()) // a real has no value of bits
+                activity[std::size_t(reader.code())].change(
+                    reader.time(), VcdReader::isOne(reader.value().back()));
             break;
         case VcdReader::Event::Time:
         case VcdReader::Event::DumpOff:

@@ -12,7 +12,7 @@ namespace VEK::Dump {
 struct Net
 {
     VcdVariable variable;
-    qint64 changes = 0;          ///< Of its value, the first one not counted.
+    qint64 changes = 0;          ///< Of its bits, the first value not counted; 0 of a real.
     bool looksLikeClock = false; ///< One bit that rises again and again after the same time.
 };
 

@@ -24,6 +24,8 @@ $enddefinitions $end
 0'
 bxx00 "
 0$
+r1.5 #
+r2.5 $
 """
 BODY = "".join(f"#{t}\n{t // 5 % 2}!\n" + (f"b{t % 16:b} \"\n" if t % 20 == 0 else "") +
                (f"{t // 35 % 2}'\n" if t % 35 == 0 else "") +
@@ -56,7 +58,7 @@ def test_lists(desk):
 
 @pytest.mark.parametrize("text, status, words", [
     (DUMP + BODY + "b01", 0, "warning"),
-    (DUMP + "#5\n1%\n", 3, "line 19"),
+    (DUMP + "#5\n1%\n", 3, "line 21"),
     ("", 3, "error"),
     ("$var wire x ! a $end", 3, "line 1"),
 ])
