@@ -2,10 +2,9 @@
 #include "cli/exitstatus.h"
 #include "cli/explain.h"
 #include "cli/newdesign.h"
-#include "cli/privatedesk.h"
+#include "cli/rehearsaldesk.h"
 #include "cli/run.h"
 #include "dump/netlist.h"
-#include "simulator/bridge.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -63,6 +62,8 @@ NewDesign designFrom(Words const& words)
     design.clock = textOf(words.clock);
     for (std::string const& pattern : words.patterns)
         design.patterns << textOf(pattern);
+    if (design.patterns.isEmpty())
+        design.patterns << QStringLiteral("*");
     design.depth = words.depth;
     design.windows = words.windows;
     design.position = textOf(words.position);
@@ -103,15 +104,6 @@ int rehearse(Words const& words)
 {
     NewDesign const design = designFrom(words);
     MadeDesign const made = makeDesign(design);
-    Simulator::Bench bench;
-    QString error;
-    if (!Simulator::readBench(made.bench, bench, error))
-        throw Failure{Status::Configuration, error};
-    Simulator::Bridge chip(bench, {QStringLiteral("FT2CH")});
-    if (!chip.load(error))
-        throw Failure{Status::Configuration, error};
-    if (!chip.warning().isEmpty())
-        printWarning(chip.warning());
     RunSettings settings;
     settings.configuration = made.configuration;
     settings.output = design.prefix;
@@ -120,10 +112,10 @@ int rehearse(Words const& words)
         settings.formats << textOf(format).toLower();
     settings.plain = words.plain;
     settings.cableWord = QStringLiteral("FT2CH");
-    settings.capture.device = design.device;
-    settings.capture.attach = true;
     settings.capture.givesUp = true;
-    PrivateDesk const desk(chip, settings.capture.cable);
+    RehearsalDesk const desk(made.bench, settings.capture);
+    if (!desk.warning().isEmpty())
+        printWarning(desk.warning());
     int const status = Run(settings).exec();
     if (status == int(Status::Done) || status == int(Status::NoTrigger)) {
         ExplainSettings explained;

@@ -1,6 +1,8 @@
 #include "cli/newdesign.h"
 
 #include "cli/exitstatus.h"
+#include "cli/rehearsalmark.h"
+#include "cli/triggerfailure.h"
 #include "dump/netlist.h"
 #include "model/litefile.h"
 #include "model/standardfile.h"
@@ -13,34 +15,20 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 
 #include <algorithm>
+#include <functional>
 
 namespace VEK::Cli {
 namespace {
 
-QString const Mark = QStringLiteral("made by vek new for rehearsals: it describes no core that was "
-                                    "built");
 constexpr int OwnSamples = 4; ///< Of a window, behind the latest trigger that a chip can place.
 constexpr int SparesWidth = 16;
 
 Failure usage(QString const& message)
 {
     return {Status::Usage, message};
-}
-
-std::vector<Dump::VcdVariable> readVariables(QString const& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Failure{Status::Configuration,
-                      QStringLiteral("%1: %2").arg(path, file.errorString())};
-    std::vector<Dump::VcdVariable> variables;
-    Dump::VcdReader reader(file);
-    if (!reader.readHeader(
-            [&variables](Dump::VcdVariable const& variable) { variables.push_back(variable); }))
-        throw Failure{Status::Configuration, QStringLiteral("%1: %2").arg(path, reader.error())};
-    return variables;
 }
 
 /// The path within the scope; null for one outside of it.
@@ -84,33 +72,24 @@ SignalItem itemOf(QString const& name, Dump::VcdVariable const& variable)
     return bus;
 }
 
-/// The nets that the patterns choose, pattern by pattern.
-QList<SignalItem> chosenItems(NewDesign const& design)
+/// Appends those of `nets` that fit, as they are called within the scope, each name once. False
+/// when none fits.
+bool addFitting(std::vector<Dump::VcdVariable> const& nets, QString const& scope,
+                std::function<bool(Dump::VcdVariable const&, QString const&)> const& fits,
+                QList<SignalItem>& items, QSet<QString>& names)
 {
-    std::vector<Dump::VcdVariable> const variables = readVariables(design.dump);
-    QList<SignalItem> items;
-    QStringList names;
-    QStringList const patterns =
-        design.patterns.isEmpty() ? QStringList{QStringLiteral("*")} : design.patterns;
-    for (QString const& text : patterns) {
-        Dump::NetPattern const pattern(text);
-        bool isFound = false;
-        for (Dump::VcdVariable const& variable : variables) {
-            QString const name = nameIn(design.scope, variable);
-            if (name.isEmpty() || variable.width == 0 || !variable.isBits ||
-                !pattern.fits(name.toUtf8()))
-                continue;
-            isFound = true;
-            SignalItem const item = itemOf(name, variable);
-            if (!names.contains(item.name))
-                items << item;
-            names << item.name;
-        }
-        if (!isFound)
-            throw usage(QStringLiteral("no net of %1 fits \"%2\". Try vek nets.")
-                            .arg(design.scope.isEmpty() ? design.dump : design.scope, text));
+    bool isFound = false;
+    for (Dump::VcdVariable const& net : nets) {
+        QString const name = nameIn(scope, net);
+        if (name.isEmpty() || !net.isBits || net.width == 0 || !fits(net, name))
+            continue;
+        isFound = true;
+        SignalItem const item = itemOf(name, net);
+        if (!names.contains(item.name))
+            items << item;
+        names << item.name;
     }
-    return items;
+    return isFound;
 }
 
 /// The largest power of two that the windows leave.
@@ -165,21 +144,19 @@ void addSpareUnits(int count, SxCore& core)
         throw usage(QStringLiteral("--units: the core has no room for %1 of them").arg(count));
 }
 
-void setTrigger(NewDesign const& design, SxCore& core)
+/// A core with these signals, and the trigger if it can do it.
+QList<TriggerError> planTrigger(NewDesign const& design, QList<SignalItem> const& items,
+                                SxCore& core)
 {
-    if (design.trigger.isEmpty()) {
-        core.expressionType = ExpressionDynamic;
-    } else {
-        QList<TriggerError> const errors = planUnits(design.trigger, core);
-        if (!errors.isEmpty())
-            throw Failure{Status::Usage, QStringLiteral("--trigger: ") + errors.first().message,
-                          triggerExcerpt(design.trigger, errors.first())};
-    }
-    addSpareUnits(design.units, core);
+    core.dataSignalList = core.allSignalList = items;
+    if (!design.trigger.isEmpty())
+        return planUnits(design.trigger, core);
+    core.expressionType = ExpressionDynamic;
+    return {};
 }
 
-QString standardText(NewDesign const& design, QList<SignalItem> const& items,
-                     MadeDesign const& made)
+QByteArray standardText(NewDesign const& design, QList<SignalItem> const& items,
+                        MadeDesign const& made)
 {
     SxCore core(0);
     core.sampleClock = design.clock;
@@ -188,12 +165,14 @@ QString standardText(NewDesign const& design, QList<SignalItem> const& items,
     core.captureAmount = made.amount;
     core.triggerPos = made.position;
     core.moduleName = QStringLiteral("rehearsal");
-    core.dataSignalList = core.allSignalList = items;
-    setTrigger(design, core);
-    return writeVekConfigToString({&core});
+    QList<TriggerError> const errors = planTrigger(design, items, core);
+    if (!errors.isEmpty())
+        throw triggerFailure(design.trigger, errors);
+    addSpareUnits(design.units, core);
+    return writeVekConfigToString({&core}).toLatin1();
 }
 
-QString liteText(NewDesign const& design, QList<SignalItem> const& items)
+QByteArray liteText(NewDesign const& design, QList<SignalItem> const& items)
 {
     if (!design.trigger.isEmpty() || design.units > 0 || design.windows != 1)
         throw usage(QStringLiteral("--lite: a Lite core has one window, and neither trigger nor "
@@ -203,14 +182,7 @@ QString liteText(NewDesign const& design, QList<SignalItem> const& items)
     core.captureAmount = design.depth;
     core.moduleName = QStringLiteral("rehearsal");
     core.dataSignalList = core.allSignalList = items;
-    return writeVekConfigToString_Lite({&core});
-}
-
-/// Behind the prolog, where a comment may stand.
-QByteArray marked(QString text)
-{
-    int const end = text.indexOf(QLatin1String("?>")) + 2;
-    return text.insert(end, QStringLiteral("\n<!-- %1 -->").arg(Mark)).toLatin1();
+    return writeVekConfigToString_Lite({&core}).toUtf8();
 }
 
 QByteArray benchText(NewDesign const& design, MadeDesign const& made)
@@ -229,9 +201,7 @@ QByteArray benchText(NewDesign const& design, MadeDesign const& made)
 
 bool isOurs(QString const& path)
 {
-    QFile file(path);
-    return !file.exists() ||
-           (file.open(QIODevice::ReadOnly) && file.read(1024).contains(Mark.toLatin1()));
+    return !QFile::exists(path) || !rehearsalBench(path).isEmpty();
 }
 
 void write(QString const& path, QByteArray const& bytes)
@@ -243,6 +213,45 @@ void write(QString const& path, QByteArray const& bytes)
 
 } // namespace
 
+std::vector<Dump::VcdVariable> designNets(QString const& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Failure{Status::Configuration,
+                      QStringLiteral("%1: %2").arg(path, file.errorString())};
+    std::vector<Dump::VcdVariable> nets;
+    Dump::VcdReader reader(file);
+    if (!reader.readHeader([&nets](Dump::VcdVariable const& net) { nets.push_back(net); }))
+        throw Failure{Status::Configuration, QStringLiteral("%1: %2").arg(path, reader.error())};
+    return nets;
+}
+
+QList<SignalItem> designSignals(NewDesign const& design, std::vector<Dump::VcdVariable> const& nets)
+{
+    QList<SignalItem> items;
+    QSet<QString> names;
+    auto const isChosen = [&design](Dump::VcdVariable const& net, QString const&) {
+        return design.paths.contains(net.path);
+    };
+    addFitting(nets, design.scope, isChosen, items, names);
+    for (QString const& text : design.patterns) {
+        Dump::NetPattern const pattern(text);
+        auto const fits = [&pattern](Dump::VcdVariable const&, QString const& name) {
+            return pattern.fits(name.toUtf8());
+        };
+        if (!addFitting(nets, design.scope, fits, items, names))
+            throw usage(QStringLiteral("no net of %1 fits \"%2\". Try vek nets.")
+                            .arg(design.scope.isEmpty() ? design.dump : design.scope, text));
+    }
+    return items;
+}
+
+QList<TriggerError> designTriggerErrors(NewDesign const& design, QList<SignalItem> const& items)
+{
+    SxCore core(0);
+    return planTrigger(design, items, core);
+}
+
 MadeDesign makeDesign(NewDesign const& design)
 {
     MadeDesign made;
@@ -252,12 +261,13 @@ MadeDesign makeDesign(NewDesign const& design)
         (QFile::exists(made.bench) && !QFile::exists(made.configuration)))
         throw usage(QStringLiteral("%1 is there already, and not made by vek new")
                         .arg(isOurs(made.configuration) ? made.bench : made.configuration));
-    QList<SignalItem> const items = chosenItems(design);
+    QList<SignalItem> const items = designSignals(design, designNets(design.dump));
     made.signalCount = flatSignals(items).size();
     made.amount = design.isLite ? design.depth : amountFor(design);
     made.position = design.isLite ? 0 : positionFor(design.position, made.amount);
-    write(made.configuration,
-          marked(design.isLite ? liteText(design, items) : standardText(design, items, made)));
+    QByteArray const text =
+        design.isLite ? liteText(design, items) : standardText(design, items, made);
+    write(made.configuration, markedForRehearsal(text, made.configuration, made.bench));
     write(made.bench, benchText(design, made));
     return made;
 }

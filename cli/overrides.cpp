@@ -2,6 +2,7 @@
 
 #include "check/triggercheck.h"
 #include "cli/exitstatus.h"
+#include "cli/triggerfailure.h"
 #include "image/matchvalue.h"
 #include "trigger/trigger.h"
 
@@ -118,14 +119,8 @@ QStringList setTrigger(QString const& text, SxCore& core)
 {
     CompiledTrigger const trigger = compileTrigger(text, core);
     QString const name = QStringLiteral("core %1: ").arg(core.index);
-    if (!trigger.isOk()) {
-        QStringList lines{triggerExcerpt(text, trigger.errors.first())};
-        for (TriggerError const& error : trigger.errors.mid(1))
-            lines << name + error.message << triggerExcerpt(text, error);
-        throw Failure{Status::Usage,
-                      QStringLiteral("--trigger: ") + name + trigger.errors.first().message,
-                      lines.join(QLatin1Char('\n'))};
-    }
+    if (!trigger.isOk())
+        throw triggerFailure(text, trigger.errors, name);
     applyTrigger(trigger, core);
     QStringList notes;
     for (QString const& note : trigger.notes)

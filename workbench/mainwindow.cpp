@@ -1,5 +1,7 @@
 #include "workbench/mainwindow.h"
 
+#include "cli/exitstatus.h"
+#include "cli/rehearsaldesk.h"
 #include "programmer/vekprogrammermodel.h"
 #include "programmer/vekprogrammerwidget.h"
 #include "results/windowbuilder.h"
@@ -98,6 +100,7 @@ void MainWindow::clearCores()
         while (tabs->count() > 0)
             delete tabs->widget(0);
     dropBanner();
+    m_desk.reset();
     m_fitted.clear();
     m_kept.clear();
 }
@@ -210,9 +213,30 @@ void MainWindow::run()
     settings.device = deviceName();
     settings.repeat = m_repeatAction->isChecked();
     settings.endsOnSilence = false; // the user sees it, and decides
+    if (!m_bench.isEmpty() && !goRehearsing(settings))
+        return;
     say(QStringLiteral("Capture started."));
     m_next.clear();
     m_capture.run(settings);
+}
+
+/// Reads the dump anew: another simulation may have written it since.
+bool MainWindow::goRehearsing(CaptureSettings& settings)
+{
+    m_desk.reset();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QString error;
+    try {
+        m_desk = std::make_unique<Cli::RehearsalDesk>(m_bench, settings);
+    } catch (Cli::Failure const& failure) {
+        error = failure.message;
+    }
+    QApplication::restoreOverrideCursor();
+    if (!error.isEmpty())
+        say(QStringLiteral("A rehearsal runs on its bench only: %1").arg(error), true);
+    else if (!m_desk->warning().isEmpty())
+        say(m_desk->warning());
+    return error.isEmpty();
 }
 
 void MainWindow::onWindowArrived(int core, int window,
@@ -319,6 +343,7 @@ void MainWindow::putViewBack(int core)
 
 void MainWindow::onEnded(CaptureOutcome const& outcome)
 {
+    m_desk.reset();
     for (int const core : m_kept.keys()) // of windows that never came
         putViewBack(core);
     say(outcome.message, !outcome.isOk());

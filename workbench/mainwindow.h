@@ -10,6 +10,8 @@
 #include <QMessageBox>
 #include <QTimer>
 
+#include <memory>
+
 class CableBox;
 class QDockWidget;
 class QLabel;
@@ -20,6 +22,10 @@ class QVBoxLayout;
 
 namespace VEK {
 class VekProgrammerWidget;
+}
+
+namespace VEK::Cli {
+class RehearsalDesk;
 }
 
 /// The window of the workbench: a wave monitor for each core in the middle, and around it the
@@ -78,6 +84,7 @@ private:
 
     // its files (mainwindowfiles.cpp)
     void chooseFile(QString const& recent = QString());
+    void newFromSimulation();
     void follow(QString const& file);
     void tellFindings(QString const& path);
     QStringList unsavedWork();
@@ -89,6 +96,7 @@ private:
     bool save();
     bool saveSession();
     QByteArray configuration();
+    QByteArray fileText(QString const& path);
     QList<QList<int>> markers() const;
     void exportWindow(QString const& format);
     bool writeVcd(QIODevice& file, int core, QDomElement const& window) const;
@@ -102,6 +110,7 @@ private:
     void widenCores();
     void saveCores();
     void run();
+    bool goRehearsing(VEK::CaptureSettings& settings);
     void onWindowArrived(int core, int window, QList<WaveMonitor::SignalData> const& samples,
                          int repeats);
     void replaceSamples(int core, QList<WaveMonitor::SignalData> const& samples);
@@ -122,6 +131,8 @@ private:
 
     VEK::Capture m_capture;
     QString m_path;
+    QString m_bench; ///< Of a rehearsal, which runs on nothing else; empty for a real core.
+    std::unique_ptr<VEK::Cli::RehearsalDesk> m_desk; ///< Of a rehearsal's run that is on.
     QByteArray m_savedConfiguration;
     QList<QList<int>> m_savedMarkers; ///< By core.
     bool m_hasEditedRows = false;     ///< Since they were in a file.

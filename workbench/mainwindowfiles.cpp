@@ -1,6 +1,7 @@
 // The main window's files: configurations, sessions and exports.
 
 #include "check/configurationcheck.h"
+#include "cli/rehearsalmark.h"
 #include "model/litefile.h"
 #include "model/standardfile.h"
 #include "results/csvexport.h"
@@ -14,6 +15,7 @@
 #include "widgets/reloadbanner.h"
 #include "workbench/mainwindow.h"
 #include "workbench/savedview.h"
+#include "workbench/simulationdialog.h"
 
 #include <QFile>
 #include <QFileDialog>
@@ -47,6 +49,15 @@ void MainWindow::chooseFile(QString const& recent)
         open(path);
 }
 
+void MainWindow::newFromSimulation()
+{
+    if (!mayLeave(QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel))
+        return;
+    SimulationDialog dialog(QFileInfo(m_path).absolutePath(), this);
+    if (dialog.exec() == QDialog::Accepted)
+        open(dialog.configuration());
+}
+
 bool MainWindow::open(QString const& path)
 {
     QString const file = QFileInfo(path).absoluteFilePath();
@@ -58,11 +69,16 @@ bool MainWindow::open(QString const& path)
         return false;
     }
     follow(file);
+    m_bench = Cli::rehearsalBench(file);
     showCores();
     showSession(file);
     noteSaved();
     updateActions();
     tellFindings(file);
+    if (!m_bench.isEmpty())
+        say(QStringLiteral("A rehearsal: it describes no core that was built, and runs on the "
+                           "simulated chip of %1 only.")
+                .arg(m_bench));
     statusBar()->showMessage(QStringLiteral("Opened %1.").arg(file));
     return true;
 }
@@ -134,6 +150,13 @@ QByteArray MainWindow::configuration()
                                 : writeVekConfigToString(m_capture.cores()).toLatin1();
 }
 
+/// The same as it stands in a file: a rehearsal stays marked as one.
+QByteArray MainWindow::fileText(QString const& path)
+{
+    return m_bench.isEmpty() ? configuration()
+                             : Cli::markedForRehearsal(configuration(), path, m_bench);
+}
+
 QList<QList<int>> MainWindow::markers() const
 {
     QList<QList<int>> markers;
@@ -198,7 +221,7 @@ bool MainWindow::save()
         return saveSessionAs(m_path);
     QString error;
     m_watcher.removePath(m_path); // this change is ours
-    bool const ok = writeWholeFile(m_path, configuration(), error);
+    bool const ok = writeWholeFile(m_path, fileText(m_path), error);
     m_watcher.addPath(m_path);
     if (ok) {
         dropBanner();
@@ -238,7 +261,7 @@ bool MainWindow::saveSessionAs(QString const& path)
     }
     m_watcher.removePath(m_path); // it may be the one
     QString error;
-    bool const ok = VEK::writeSession(file, configuration(), windows, QString(), error);
+    bool const ok = VEK::writeSession(file, fileText(file), windows, QString(), error);
     if (ok) {
         follow(file);
         noteSaved();

@@ -106,6 +106,8 @@ void MainWindow::makeFileMenu(QToolBar* bar)
     QAction* const open = menu->addAction(
         style()->standardIcon(QStyle::SP_DialogOpenButton), QStringLiteral("&Open..."), this,
         [this] { chooseFile(); }, QKeySequence::Open);
+    menu->addAction(QStringLiteral("New From S&imulation..."), this, &MainWindow::newFromSimulation,
+                    QKeySequence::New);
     m_recent = menu->addMenu(QStringLiteral("Open &Recent"));
     QAction* const save =
         menu->addAction(style()->standardIcon(QStyle::SP_DialogSaveButton), QStringLiteral("&Save"),

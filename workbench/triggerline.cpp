@@ -3,6 +3,7 @@
 #include "trigger/trigger.h"
 #include "triggerui/dynamicconfigwidget.h"
 #include "triggerui/matchunitmodel.h"
+#include "workbench/triggernote.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -13,16 +14,13 @@ using namespace VEK;
 
 TriggerLine::TriggerLine(SxCore& core, DynamicConfigWidget& panel, QWidget* parent)
     : QWidget(parent), m_core(core), m_panel(panel), m_line(new QLineEdit(this)),
-      m_note(new QLabel(this))
+      m_note(makeNote(QStringLiteral("triggerNote"), this))
 {
     auto* const label = new QLabel(QStringLiteral("&Trigger as text:"), this);
     label->setBuddy(m_line);
     m_line->setObjectName(QStringLiteral("triggerText"));
     m_line->setToolTip(
         QStringLiteral("Such as: addr in 0x50..0x57 & valid rises. Return takes it."));
-    m_note->setObjectName(QStringLiteral("triggerNote"));
-    m_note->setTextFormat(Qt::PlainText);
-    m_note->setWordWrap(true);
     auto* const layout = new QVBoxLayout(this);
     for (QWidget* const widget : {static_cast<QWidget*>(label), static_cast<QWidget*>(m_line),
                                   static_cast<QWidget*>(m_note)})
@@ -45,20 +43,15 @@ void TriggerLine::follow()
     m_panel.save();
     m_line->setText(triggerText(m_core));
     m_line->home(false); // a long one shows its beginning
-    tell(triggerNotes(m_core).join(QLatin1Char('\n')), false);
+    showNote(*m_note, triggerNotes(m_core).join(QLatin1Char('\n')), false);
 }
 
 void TriggerLine::check(QString const& text)
 {
     CompiledTrigger const trigger = compileTrigger(text, m_core);
-    if (trigger.isOk()) {
-        tell(trigger.notes.join(QLatin1Char('\n')), false);
-        return;
-    }
-    TriggerError const& error = trigger.errors.first();
-    QString const place = text.mid(error.position, error.length);
-    tell(place.isEmpty() ? error.message : QStringLiteral("%1: %2").arg(place, error.message),
-         true);
+    bool const isOk = trigger.isOk();
+    showNote(*m_note,
+             isOk ? trigger.notes.join(QLatin1Char('\n')) : errorNote(text, trigger.errors), !isOk);
 }
 
 void TriggerLine::take()
@@ -75,11 +68,4 @@ void TriggerLine::take()
         follow();
     else
         check(m_line->text());
-}
-
-void TriggerLine::tell(QString const& text, bool isError)
-{
-    m_note->setText(text);
-    m_note->setStyleSheet(isError ? QStringLiteral("color: #e04038") : QString());
-    m_note->setVisible(!text.isEmpty());
 }

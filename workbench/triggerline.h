@@ -24,7 +24,6 @@ private:
     void follow();
     void check(QString const& text);
     void take();
-    void tell(QString const& text, bool isError);
 
     VEK::SxCore& m_core;
     VEK::DynamicConfigWidget& m_panel;

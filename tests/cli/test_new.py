@@ -79,6 +79,7 @@ def test_sizes_units_and_lite(lab):
     (["valid"], 2, "look like clocks: bus_tb.dut.clk"),
     ([*BUS, "vlid"], 2, 'fits "vlid"'),
     ([*BUS, "valid", "--trigger", "vlid"], 2, "the nearest is valid"),
+    ([*BUS, "valid", "--trigger", "vlad & redy"], 2, "vlad & redy\n           ^~~~"),
     ([*BUS, "valid", "--trigger", "valid", "--lite"], 2, "--lite"),
     ([*BUS, "valid", "--position", "half"], 2, "--position"),
     ([*BUS, "valid", "--depth", "8", "--windows", "4"], 2, "too few"),

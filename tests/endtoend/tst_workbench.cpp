@@ -4,6 +4,7 @@
 
 #include "tests/support/widgettools.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "workbench/simulationdialog.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -13,6 +14,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTableView>
+#include <QToolButton>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -240,6 +242,61 @@ private slots:
         QCOMPARE(list->item(0)->text(), QString("exp0:  M0"));
         window.action("&Save")->trigger();
         QCOMPARE(expectedCaptures(content(setup), {{"clk", waves}}).at(0).trigger, 300);
+    }
+
+    /// From a dump to windows, though a server that is started would be a board's.
+    void rehearsal()
+    {
+        qputenv("VEK_BENCH", "/nothing/there"); // such a server would say so
+        QFile::copy(VEK_SOURCE_ROOT "/examples/bus/bus.vcd", path("sim.vcd"));
+        QByteArray const temporary = qgetenv("TMPDIR");
+        Window window;
+        inDialog<SimulationDialog>([this](SimulationDialog* dialog) {
+            answerFile(path("sim.vcd"));
+            QTest::mouseClick(dialog->findChild<QToolButton*>("chooseDump"), Qt::LeftButton);
+            auto* const clock = dialog->findChild<QComboBox*>("clock");
+            QTRY_COMPARE(clock->currentText(), QString("bus_tb.dut.clk"));
+            auto* const tree = dialog->findChild<QTreeWidget*>("nets");
+            auto const tick = [&](char const* filter) { // the scopes that the filter shows
+                auto* const line = dialog->findChild<QLineEdit*>("netFilter");
+                line->selectAll();
+                QTest::keyClicks(line, filter);
+                QRect const row = tree->visualItemRect(tree->topLevelItem(0));
+                QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                                  row.topLeft() + QPoint(10, row.height() / 2));
+            };
+            tick("dut.?ddr");
+            tick("dut.?alid"); // and what is chosen already stays
+            QCOMPARE(tree->topLevelItem(0)->checkState(0), Qt::PartiallyChecked);
+            auto* const line = dialog->findChild<QLineEdit*>("newTrigger");
+            auto* const note = dialog->findChild<QLabel*>("newTriggerNote");
+            auto* const create = button(*dialog, "C&reate");
+            QTest::keyClicks(line, "adr in 0x50..0x57 & valid rises");
+            QVERIFY(note->text().startsWith("adr: ") && note->text().contains("addr"));
+            QVERIFY(!create->isEnabled());
+            line->setCursorPosition(1);
+            QTest::keyClicks(line, "d");
+            QVERIFY(note->text().isEmpty());
+            dialog->findChild<QSpinBox*>("windows")->setValue(2);
+            QTest::mouseClick(create, Qt::LeftButton);
+        });
+        window.choose({"&File", "New From S&imulation..."});
+        QCOMPARE(window.shownTitle(), QString("sim.vek - Workbench"));
+        window.run();
+        QVERIFY2(window.messages().endsWith("Capture complete."), qPrintable(window.messages()));
+        QCOMPARE(window.samples().size(), 9);
+        QCOMPARE(window.samples().first().size(), 1024);
+        QCOMPARE(window.value("valid", 127) + window.value("valid", 128), QString("01"));
+        QCOMPARE(qgetenv("TMPDIR"), temporary);
+
+        QVERIFY(window.saveSessionAs(path("kept.rsx"))); // stays a rehearsal
+        Window again;
+        QVERIFY(again.open(path("kept.rsx")));
+        again.run();
+        QCOMPARE(again.samples(), window.samples());
+        QFile::remove(path("sim.json"));
+        again.action("&Run")->trigger();
+        QVERIFY(again.messages().contains("A rehearsal runs on its bench only: "));
     }
 };
 
