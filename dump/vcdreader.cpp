@@ -1,5 +1,7 @@
 #include "dump/vcdreader.h"
 
+#include "dump/vcdvalue.h"
+
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -10,7 +12,6 @@ namespace VEK::Dump {
 namespace {
 
 constexpr int MaxScopePath = 64 * 1024;
-constexpr int MaxShortCode = 8;
 constexpr int MaxSectionText = 256; // for the visitor
 constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
 
@@ -23,23 +24,6 @@ QByteArray toBytes(std::string_view text)
 QString shown(QByteArray const& text)
 {
     return QString::fromUtf8(text.left(60));
-}
-
-/// Identifier codes have a few characters, none of them zero: they pack into a number.
-quint64 packedCode(std::string_view text)
-{
-    quint64 packed = 0;
-    for (char const c : text)
-        packed = packed << 8 | static_cast<unsigned char>(c);
-    return packed;
-}
-
-QByteArray unpackedCode(quint64 packed)
-{
-    QByteArray text;
-    for (; packed; packed >>= 8)
-        text.prepend(char(packed & 0xFF));
-    return text;
 }
 
 bool areDigits(std::string_view text)
@@ -60,10 +44,23 @@ QString timeText(quint64 whole, std::string_view fraction)
     return fraction.empty() ? text : text + QLatin1Char('.') + shown(toBytes(fraction));
 }
 
-bool isValueCharacter(char c)
+/// What a character of a dump means.
+class Characters
 {
-    return std::string_view("01xXzZuUwWlLhH-").find(c) != std::string_view::npos;
-}
+public:
+    constexpr Characters()
+    {
+        for (char const c : std::string_view("01xXzZuUwWlLhH-"))
+            m_isValue[static_cast<unsigned char>(c)] = true;
+    }
+
+    constexpr bool isValue(char c) const { return m_isValue[static_cast<unsigned char>(c)]; }
+
+private:
+    bool m_isValue[256] = {};
+};
+
+constexpr Characters characters;
 
 /// What stands behind the "b"; some tools repeat it as "0b".
 std::string_view vectorDigits(std::string_view word)
@@ -74,7 +71,12 @@ std::string_view vectorDigits(std::string_view word)
 
 bool areBits(std::string_view digits)
 {
-    return !digits.empty() && std::all_of(digits.begin(), digits.end(), isValueCharacter);
+    bool areAll = !digits.empty();
+    for (; digits.size() >= 8 && areZerosAndOnes(digits.data()); digits.remove_prefix(8))
+        ;
+    for (char const c : digits)
+        areAll &= characters.isValue(c);
+    return areAll;
 }
 
 QByteArray pathComponent(QByteArray name)
@@ -150,9 +152,53 @@ bool VcdReader::readHeader(std::function<void(VcdVariable const&)> const& visit)
     }
 }
 
+/// The time of nearly all lines: whole units, not before the last one, and not at the file's end.
+inline bool VcdReader::readUsualTime(std::string_view text, bool& isNew)
+{
+    constexpr std::size_t mostDigits = 18; // whatever they are, they fit
+    if (text.empty() || text.size() > mostDigits || m_words.touchesEnd() || !m_fraction.empty())
+        return false;
+    quint64 time = 0;
+    for (char const c : text) {
+        if (c < '0' || c > '9')
+            return false;
+        time = 10 * time + quint64(c - '0');
+    }
+    if (m_hasTime && time < m_time)
+        return false;
+    isNew = !m_hasTime || time != m_time;
+    m_time = time;
+    m_hasTime = true;
+    m_inDump = false; // some tools leave its $end out
+    return true;
+}
+
+/// A change: the value and, in the same word or the next one, the identifier code. Values of other
+/// variables than those of bits are skipped, whatever they look like.
+inline bool VcdReader::readValue(std::string_view word)
+{
+    m_kind = word[0];
+    std::size_t codeStart = 1; // in its word
+    if (characters.isValue(m_kind))
+        m_value = {&m_kind, 1};
+    else if (!readLongValue(word))
+        return false;
+    if (word.size() == 1 || m_value.data() != &m_kind) {
+        codeStart = 0;
+        if (!nextCode())
+            return false;
+    }
+    std::size_t const size = m_words.word().size() - codeStart;
+    m_code = size <= VcdCodes::MaxPacked ? m_codes.findPacked(m_words.packed(codeStart))
+                                         : m_codes.find(toBytes(m_words.word().substr(codeStart)));
+    if (m_code < 0 || m_words.touchesEnd())
+        return isCodeFine(m_words.word().substr(codeStart)) && isValueFine();
+    return m_value.data() == &m_kind || isValueFine();
+}
+
 VcdReader::Event VcdReader::next()
 {
-    while (m_error.isEmpty() && m_words.next()) {
+    while (!m_hasFailed && m_words.next()) {
         std::string_view const word = m_words.word();
         if (m_words.tooLong()) {
             fail(QStringLiteral("a word is longer than %1 bytes").arg(VcdTokens::MaxWord));
@@ -160,7 +206,8 @@ VcdReader::Event VcdReader::next()
         }
         if (word[0] == '#') {
             bool isNew = false;
-            if (readTime(word.substr(1), isNew) && isNew)
+            std::string_view const digits = word.substr(1);
+            if ((readUsualTime(digits, isNew) || readTime(digits, isNew)) && isNew)
                 return Event::Time;
         } else if (word[0] == '$') {
             Event event = Event::End;
@@ -170,17 +217,18 @@ VcdReader::Event VcdReader::next()
             return Event::Change;
         }
     }
-    if (m_error.isEmpty() && (m_inDump || m_words.failed()))
+    if (!m_hasFailed && (m_inDump || m_words.failed()))
         failAtEnd(QStringLiteral("a dump of values"));
-    if (m_error.isEmpty())
+    if (!m_hasFailed)
         return Event::End;
     return m_isCut ? Event::Cut : Event::Error;
 }
 
 bool VcdReader::fail(QString const& what)
 {
-    if (m_error.isEmpty())
+    if (!m_hasFailed)
         m_error = QStringLiteral("line %1: %2").arg(m_words.line()).arg(what);
+    m_hasFailed = true;
     return false;
 }
 
@@ -282,43 +330,21 @@ bool VcdReader::readVariable(std::function<void(VcdVariable const&)> const& visi
 
 int VcdReader::addCode(QByteArray const& text, bool isBits)
 {
-    int code = findCode(std::string_view(text.constData(), std::size_t(text.size())));
+    int code = m_codes.find(text);
     if (code < 0) {
         code = codeCount();
         m_isBits.push_back(false);
-        if (text.size() <= MaxShortCode)
-            m_shortCodes.insert(packedCode({text.constData(), std::size_t(text.size())}), code);
-        else
-            m_longCodes.insert(text, code);
+        m_codes.insert(text, code);
     }
     if (isBits)
         m_isBits[std::size_t(code)] = true;
     return code;
 }
 
-int VcdReader::findCode(std::string_view text) const
-{
-    if (text.size() <= MaxShortCode)
-        return m_shortCodes.value(packedCode(text), -1);
-    return m_longCodes.value(toBytes(text), -1);
-}
-
 /// Whether the file may have been cut within this code: it ends here, and a code begins so.
 bool VcdReader::isCutCode(std::string_view text) const
 {
-    if (!m_words.touchesEnd())
-        return false;
-    QByteArray const start = toBytes(text);
-    for (auto it = m_shortCodes.constBegin(); it != m_shortCodes.constEnd(); ++it) {
-        QByteArray const code = unpackedCode(it.key());
-        if (code.size() > start.size() && code.startsWith(start))
-            return true;
-    }
-    for (auto it = m_longCodes.constBegin(); it != m_longCodes.constEnd(); ++it) {
-        if (it.key().size() > start.size() && it.key().startsWith(start))
-            return true;
-    }
-    return false;
+    return m_words.touchesEnd() && m_codes.hasLonger(toBytes(text));
 }
 
 /// `event` is set for keywords that concern the caller.
@@ -369,37 +395,43 @@ bool VcdReader::readTime(std::string_view text, bool& isNew)
     return true;
 }
 
-/// A change: the value and, in the same word or the next one, the identifier code. Values of other
-/// variables than those of bits are skipped, whatever they look like.
-bool VcdReader::readValue(std::string_view word)
+/// The value of a vector, a real or a string.
+bool VcdReader::readLongValue(std::string_view word)
 {
-    char const kind = word[0];
-    bool const isVector = kind == 'b' || kind == 'B';
-    std::string_view code;
-    if (isValueCharacter(kind)) {
-        m_value.assign(1, kind);
-        code = word.substr(1);
-    } else if (isVector || std::string_view("rRsS").find(kind) != std::string_view::npos) {
-        m_value.assign(isVector ? vectorDigits(word) : word.substr(1));
-    } else {
+    bool const isVector = m_kind == 'b' || m_kind == 'B';
+    if (!isVector && std::string_view("rRsS").find(m_kind) == std::string_view::npos)
         return fail(
             QStringLiteral("\"%1\" is neither a time nor a value").arg(shown(toBytes(word))));
-    }
-    if (code.empty()) {
-        if (!nextWord(QStringLiteral("a value")))
-            return false;
-        code = m_words.word();
-    }
-    m_code = findCode(code);
+    m_value = isVector ? vectorDigits(word) : word.substr(1);
+    return true;
+}
+
+bool VcdReader::isCodeFine(std::string_view code)
+{
     if (isCutCode(code))
         return failAtEnd(QStringLiteral("a value"));
-    if (m_code < 0)
-        return fail(QStringLiteral("no variable has the code \"%1\"").arg(shown(toBytes(code))));
+    return m_code >= 0 ||
+           fail(QStringLiteral("no variable has the code \"%1\"").arg(shown(toBytes(code))));
+}
+
+bool VcdReader::isValueFine()
+{
+    bool const isVector = m_kind == 'b' || m_kind == 'B';
     if (isVector && m_isBits[std::size_t(m_code)] && !areBits(m_value))
         return fail(
-            QStringLiteral("\"%1\" is no value of bits").arg(shown(kind + toBytes(m_value))));
-    if (!isVector && !isValueCharacter(kind))
-        m_value.clear(); // reads as 0 where a variable of bits is meant
+            QStringLiteral("\"%1\" is no value of bits").arg(shown(m_kind + toBytes(m_value))));
+    if (!isVector && !characters.isValue(m_kind))
+        m_value = {}; // reads as 0 where a variable of bits is meant
+    return true;
+}
+
+/// The word behind a value, which stays.
+bool VcdReader::nextCode()
+{
+    if (!m_words.nextKeeping(m_value))
+        return failAtEnd(QStringLiteral("a value"));
+    if (m_words.tooLong())
+        return fail(QStringLiteral("a word is longer than %1 bytes").arg(VcdTokens::MaxWord));
     return true;
 }
 

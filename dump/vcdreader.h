@@ -1,9 +1,9 @@
 #pragma once
 
+#include "dump/vcdcodes.h"
 #include "dump/vcdtokens.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QString>
 
 #include <functional>
@@ -85,26 +85,31 @@ private:
     bool readUpscope();
     bool readVariable(std::function<void(VcdVariable const&)> const& visit);
     int addCode(QByteArray const& text, bool isBits);
-    int findCode(std::string_view text) const;
     bool isCutCode(std::string_view text) const;
     bool readKeyword(QByteArray const& word, Event& event);
     bool readTime(std::string_view text, bool& isNew);
+    bool readUsualTime(std::string_view text, bool& isNew);
     bool readValue(std::string_view word);
+    bool readLongValue(std::string_view word);
+    bool nextCode();
+    bool isCodeFine(std::string_view code);
+    bool isValueFine();
 
     VcdTokens m_words;
     SectionVisitor m_visitSection;
     QByteArray m_scope;             ///< Path of the open scopes, with a closing ".".
     std::vector<int> m_scopeStarts; ///< Length of `m_scope` in front of each open scope.
-    QHash<quint64, int> m_shortCodes;
-    QHash<QByteArray, int> m_longCodes;
-    std::vector<bool> m_isBits; ///< For each code: at least one of its variables has bits.
-    std::string m_value;
+    VcdCodes m_codes;
+    std::vector<char> m_isBits; ///< For each code: at least one of its variables has bits.
+    std::string_view m_value;
+    char m_kind = '0';      ///< Of the value; of a scalar it is the value.
     quint64 m_time = 0;     ///< The current time, whole units...
     std::string m_fraction; ///< ...and the digits behind its point, without zeros at the end.
     bool m_hasTime = false;
     bool m_inDump = false; ///< Within $dumpvars and the like, before their $end.
     int m_code = 0;
     bool m_isCut = false;
+    bool m_hasFailed = false;
     QString m_error;
 };
 

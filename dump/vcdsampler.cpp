@@ -1,8 +1,11 @@
 #include "dump/vcdsampler.h"
 
 #include "dump/vcdnames.h"
+#include "dump/vcdvalue.h"
 
 #include <QFile>
+
+#include <algorithm>
 
 namespace VEK::Dump {
 namespace {
@@ -19,15 +22,39 @@ struct Tap
     bool hasRow = false;
 };
 
-/// Where the bit of a variable goes.
+/// Where bits of a variable that lie side by side go, the highest one first.
 struct Target
 {
     static constexpr int Clock = -1;
 
     int tap = 0;
-    int position = 0; ///< In the row, or `Clock`.
-    int bit = 0;      ///< Of the variable, from the lowest.
+    int position = 0; ///< Of the highest in the row, or `Clock`; all lie in one word of the row.
+    int bit = 0;      ///< The lowest of the variable's bits.
+    int count = 1;
 };
+
+/// What becomes of an identifier code.
+struct Use
+{
+    std::vector<Target> targets;
+    std::size_t words = 0; ///< That hold the bits that are wanted of its value.
+};
+
+quint64 lowest(int count)
+{
+    return count == 64 ? ~quint64(0) : (quint64(1) << count) - 1;
+}
+
+/// `count` bits from `bit` on; what lies behind the words is zero.
+quint64 field(std::vector<quint64> const& words, int bit, int count)
+{
+    std::size_t const word = std::size_t(bit / 64);
+    int const shift = bit % 64;
+    quint64 bits = words[word] >> shift;
+    if (shift > 0 && word + 1 < words.size())
+        bits |= words[word + 1] << (64 - shift);
+    return bits & lowest(count);
+}
 
 class Sampler
 {
@@ -49,6 +76,7 @@ public:
 
 private:
     bool prepare();
+    void addTarget(int code, Target const& target);
     bool readValues();
     bool checkRows();
     void change();
@@ -59,7 +87,8 @@ private:
     std::vector<SampleRequest> const& m_requests;
     RowSink const& m_take;
     std::vector<Tap> m_taps;
-    std::vector<std::vector<Target>> m_targets; ///< By identifier code.
+    std::vector<Use> m_uses;      ///< By identifier code.
+    std::vector<quint64> m_value; ///< Of the change, packed.
     bool m_suspended = false;
     bool m_isCut = false;
     QString m_error;
@@ -86,13 +115,30 @@ bool Sampler::prepare()
     m_error = names.problems();
     if (!m_error.isEmpty())
         return false;
-    m_targets.resize(std::size_t(m_reader.codeCount()));
+    m_uses.resize(std::size_t(m_reader.codeCount()));
     std::vector<VcdBit> const bits = names.bits();
     for (std::size_t i = 0; i < bits.size(); ++i) {
         wanted[i].bit = bits[i].bit;
-        m_targets[std::size_t(bits[i].code)].push_back(wanted[i]);
+        addTarget(bits[i].code, wanted[i]);
     }
     return true;
+}
+
+/// One bit, which may continue the ones before.
+void Sampler::addTarget(int code, Target const& target)
+{
+    Use& use = m_uses[std::size_t(code)];
+    use.words = std::max(use.words, std::size_t(target.bit / 64 + 1));
+    if (!use.targets.empty() && target.position != Target::Clock && target.position % 64 != 0) {
+        Target& last = use.targets.back();
+        if (last.tap == target.tap && last.position != Target::Clock &&
+            last.position + last.count == target.position && last.bit == target.bit + 1) {
+            last.bit = target.bit;
+            ++last.count;
+            return;
+        }
+    }
+    use.targets.push_back(target);
 }
 
 bool Sampler::readValues()
@@ -127,18 +173,22 @@ bool Sampler::readValues()
 
 void Sampler::change()
 {
-    std::string_view const value = m_reader.value();
-    for (Target const& target : m_targets[std::size_t(m_reader.code())]) {
-        bool const isThere = std::size_t(target.bit) < value.size();
-        bool const one = isThere && VcdReader::isOne(value[value.size() - 1 - target.bit]);
+    Use const& use = m_uses[std::size_t(m_reader.code())];
+    if (use.targets.empty())
+        return;
+    m_value.resize(use.words);
+    packValue(m_reader.value(), m_value);
+    for (Target const& target : use.targets) {
         Tap& tap = m_taps[std::size_t(target.tap)];
+        quint64 const bits = field(m_value, target.bit, target.count);
         if (target.position == Target::Clock) {
-            changeClock(tap, one);
+            changeClock(tap, bits);
             continue;
         }
-        quint64 const bit = SampleTable::bitOf(target.position);
+        int const shift = 64 - target.position % 64 - target.count;
+        quint64 const mask = lowest(target.count) << shift;
         quint64& word = tap.now[std::size_t(target.position / 64)];
-        word = one ? word | bit : word & ~bit;
+        word = (word & ~mask) | bits << shift;
         tap.changed = true;
     }
 }

@@ -3,21 +3,21 @@
 #include <QIODevice>
 
 #include <algorithm>
-#include <cstring>
 
 namespace VEK::Dump {
 namespace {
 
 constexpr std::size_t ChunkSize = 256 * 1024;
-
-bool isBlank(char c)
-{
-    return static_cast<unsigned char>(c) <= ' ';
-}
+constexpr std::size_t Padding = 16; ///< Blanks behind the bytes, so that eight can be looked at.
 
 } // namespace
 
-bool VcdTokens::next()
+VcdTokens::VcdTokens(QIODevice& device)
+    : m_device(device), m_buffer(Padding, '\n'), m_data(m_buffer.data())
+{}
+
+/// For a word that may go on in the next chunk.
+bool VcdTokens::nextAcrossChunks()
 {
     m_tooLong = false;
     m_word = {};
@@ -25,8 +25,7 @@ bool VcdTokens::next()
         return false;
     std::size_t start = m_at;
     for (;;) {
-        while (m_at < m_end && !isBlank(m_buffer[m_at]))
-            ++m_at;
+        m_at = std::min(endOfWord(m_at), m_end);
         if (m_at < m_end)
             break;
         if (m_at - start > MaxWord) {
@@ -41,20 +40,27 @@ bool VcdTokens::next()
         }
     }
     m_tooLong = m_tooLong || m_at - start > MaxWord;
-    m_word = std::string_view(m_buffer.data() + start, m_at - start);
+    m_word = std::string_view(m_data + start, m_at - start);
     return true;
+}
+
+bool VcdTokens::nextKeeping(std::string_view& before)
+{
+    std::size_t const at = afterBlanks();
+    m_at = at;
+    if (endOfWord(at) >= m_end) { // the buffer moves
+        m_kept.assign(before);
+        before = m_kept;
+    }
+    return next();
 }
 
 bool VcdTokens::skipBlanks()
 {
     for (;;) {
-        for (; m_at < m_end; ++m_at) {
-            char const c = m_buffer[m_at];
-            if (!isBlank(c))
-                return true;
-            if (c == '\n')
-                ++m_line;
-        }
+        m_at = afterBlanks();
+        if (m_at < m_end)
+            return true;
         if (!fill(m_at))
             return false;
     }
@@ -66,13 +72,15 @@ bool VcdTokens::fill(std::size_t keepFrom)
     std::size_t const kept = m_end - keepFrom;
     if (kept > 0 && keepFrom > 0)
         std::memmove(m_buffer.data(), m_buffer.data() + keepFrom, kept);
+    if (m_buffer.size() < kept + ChunkSize + Padding) {
+        m_buffer.resize(kept + ChunkSize + Padding);
+        m_data = m_buffer.data();
+    }
     m_at = kept;
-    m_end = kept;
-    if (m_buffer.size() < kept + ChunkSize)
-        m_buffer.resize(kept + ChunkSize);
     qint64 const count = m_device.read(m_buffer.data() + kept, ChunkSize);
     m_failed = m_failed || count < 0;
-    m_end += std::size_t(std::max<qint64>(count, 0));
+    m_end = kept + std::size_t(std::max<qint64>(count, 0));
+    std::fill_n(m_buffer.begin() + std::ptrdiff_t(m_end), Padding, '\n');
     return count > 0;
 }
 
