@@ -5,6 +5,7 @@
 #include "results/wholefile.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -107,7 +108,7 @@ public:
         if (!m_words.junit.empty())
             writeJUnit();
         if (!m_words.manifest.empty())
-            addComparison(textOf(m_words.manifest), outcome());
+            addComparison(textOf(m_words.manifest), keptOutcome());
         tell();
         return int(m_failures ? Status::Differs : Status::Done);
     }
@@ -122,6 +123,7 @@ private:
     int alignmentOf(CapturedWindow const& window, QString const& path, bool isGolden) const;
     void writeJUnit() const;
     QJsonObject outcome() const;
+    QJsonObject keptOutcome() const;
     void tell() const;
 
     Words const& m_words;
@@ -278,6 +280,19 @@ QJsonObject Comparing::outcome() const
             {QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
             {QStringLiteral("equal"), m_failures == 0},
             {QStringLiteral("windows"), m_windows}};
+}
+
+/// In the manifest, which others read from elsewhere, the files are named as its own are.
+QJsonObject Comparing::keptOutcome() const
+{
+    QDir const folder = QFileInfo(textOf(m_words.manifest)).absoluteDir();
+    auto const relative = [&](std::string const& path) {
+        return folder.relativeFilePath(QFileInfo(textOf(path)).absoluteFilePath());
+    };
+    QJsonObject kept = outcome();
+    kept.insert(QStringLiteral("golden_file"), relative(m_words.golden));
+    kept.insert(QStringLiteral("new_file"), relative(m_words.made));
+    return kept;
 }
 
 void Comparing::tell() const

@@ -297,34 +297,44 @@ QString Comparison::valueText(QList<QBitArray> const& bits, int at, int sample) 
     return WaveMonitor::DataFormatter(WaveMonitor::DataFormat::Hexadecimal).format(value);
 }
 
-/// The signals that differ, around the first sample that does.
-QStringList Comparison::table() const
+/// The signals that differ, around the first sample that does. Without rows when none does.
+Comparison::Excerpt Comparison::excerpt() const
 {
-    QList<SignalOutcome> rows;
+    QList<SignalOutcome> differing;
     int first = m_to;
     for (SignalOutcome const& outcome : m_outcomes) {
         if (outcome.kind != SignalOutcome::Differs)
             continue;
         first = std::min(first, outcome.first);
-        rows << outcome;
+        differing << outcome;
     }
-    if (rows.isEmpty())
-        return {};
-    int const from = std::max(m_from, first - TableBefore);
-    int const to = std::min(m_to, from + TableColumns);
-    QList<QStringList> cells{{QStringLiteral("sample"), QString()}};
-    for (int sample = from; sample < to; ++sample)
-        cells.first() << QString::number(sample);
-    for (SignalOutcome const& row : qAsConst(rows).mid(0, TableRows)) {
-        QStringList golden{row.name, QStringLiteral("golden")};
-        QStringList made{QString(), QStringLiteral("new")};
-        for (int sample = from; sample < to; ++sample) {
-            golden << valueText(row.golden, m_goldenAt, sample);
-            made << valueText(row.made, m_madeAt, sample);
+    Excerpt excerpt;
+    excerpt.from = std::max(m_from, first - TableBefore);
+    int const to = std::min(m_to, excerpt.from + TableColumns);
+    for (SignalOutcome const& outcome : qAsConst(differing).mid(0, TableRows)) {
+        Excerpt::Row row{outcome.name, {}, {}};
+        for (int sample = excerpt.from; sample < to; ++sample) {
+            row.golden << valueText(outcome.golden, m_goldenAt, sample);
+            row.made << valueText(outcome.made, m_madeAt, sample);
         }
-        cells << golden << made;
+        excerpt.rows << row;
     }
-    QVector<int> widths(to - from + 2);
+    return excerpt;
+}
+
+QStringList Comparison::table() const
+{
+    Excerpt const around = excerpt();
+    if (around.rows.isEmpty())
+        return {};
+    QList<QStringList> cells{{QStringLiteral("sample"), QString()}};
+    int const count = around.rows.first().golden.size();
+    for (int sample = 0; sample < count; ++sample)
+        cells.first() << QString::number(around.from + sample);
+    for (Excerpt::Row const& row : around.rows)
+        cells << (QStringList{row.name, QStringLiteral("golden")} << row.golden)
+              << (QStringList{QString(), QStringLiteral("new")} << row.made);
+    QVector<int> widths(count + 2);
     for (QStringList const& line : qAsConst(cells))
         for (int i = 0; i < line.size(); ++i)
             widths[i] = std::max(widths.at(i), line.at(i).size());
@@ -350,11 +360,21 @@ QJsonObject Comparison::json() const
             object.insert(QStringLiteral("first"), outcome.first);
         outcomes.append(object);
     }
-    return {{QStringLiteral("equal"), isEqual()},
-            {QStringLiteral("from"), m_from},
-            {QStringLiteral("to"), m_to - 1},
-            {QStringLiteral("lengths"), m_lengths},
-            {QStringLiteral("signals"), outcomes}};
+    QJsonObject json{
+        {QStringLiteral("equal"), isEqual()}, {QStringLiteral("golden_at"), m_goldenAt},
+        {QStringLiteral("new_at"), m_madeAt}, {QStringLiteral("from"), m_from},
+        {QStringLiteral("to"), m_to - 1},     {QStringLiteral("lengths"), m_lengths},
+        {QStringLiteral("signals"), outcomes}};
+    Excerpt const around = excerpt();
+    QJsonArray rows;
+    for (Excerpt::Row const& row : around.rows)
+        rows.append(QJsonObject{{QStringLiteral("name"), row.name},
+                                {QStringLiteral("golden"), QJsonArray::fromStringList(row.golden)},
+                                {QStringLiteral("new"), QJsonArray::fromStringList(row.made)}});
+    if (!rows.isEmpty())
+        json.insert(QStringLiteral("around"), QJsonObject{{QStringLiteral("from"), around.from},
+                                                          {QStringLiteral("signals"), rows}});
+    return json;
 }
 
 QByteArray Comparison::cases(QString const& className) const

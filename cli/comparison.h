@@ -48,6 +48,7 @@ public:
 
     /// For people: a line for each difference, and a table around the first one.
     QStringList lines() const;
+    /// As in a manifest's comparisons, docs/manifest.schema.json.
     QJsonObject json() const;
     /// The test cases of a JUnit suite.
     QByteArray cases(QString const& className) const;
@@ -58,6 +59,20 @@ private:
                 ComparisonSettings const& settings);
     void compare(SignalOutcome outcome, QBitArray const& mask);
     void setRange(int goldenLength, int madeLength, ComparisonSettings const& settings);
+    /// Values around the first sample that differs.
+    struct Excerpt
+    {
+        struct Row
+        {
+            QString name;
+            QStringList golden; ///< A value a sample.
+            QStringList made;
+        };
+        int from = 0; ///< First sample, counted from the trigger.
+        QList<Row> rows;
+    };
+
+    Excerpt excerpt() const;
     QStringList table() const;
     QString valueText(QList<QBitArray> const& bits, int at, int sample) const;
 

@@ -83,6 +83,11 @@ def test_differences(folder):
     assert [c.get("name") for c in root.iter("testcase") if len(c)] == ["line", "rx_valid"]
     kept = json.loads(manifest.read_text())
     jsonschema.validate(kept, SCHEMA)
+    comparison, = kept["comparisons"]
+    assert (comparison["golden_file"], comparison["new_file"]) == (golden.name, made.name)
+    window, = comparison["windows"]
+    assert (window["golden_at"], window["new_at"], window["around"]["from"]) == (64, 64, -7)
+    assert window["around"]["signals"][1]["golden"] == table[0][2:]
     got, out, _ = vek(folder, "compare", golden, made, "--align", "64,64", "--json")
     told = json.loads(out)
     assert told["windows"] == kept["comparisons"][0]["windows"] and not told["equal"]
