@@ -22,6 +22,7 @@ void addNetsCommand(CLI::App& program, Command& chosen);
 void addNewCommand(CLI::App& program, Command& chosen);
 void addRehearseCommand(CLI::App& program, Command& chosen);
 void addReplayCommand(CLI::App& program, Command& chosen);
+void addReportCommand(CLI::App& program, Command& chosen);
 void addRunCommand(CLI::App& program, Command& chosen);
 
 /// A text of the command line.

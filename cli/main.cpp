@@ -57,6 +57,7 @@ int main(int argc, char* argv[])
     addReplayCommand(program, command);
     addConvertCommand(program, command);
     addCompareCommand(program, command);
+    addReportCommand(program, command);
     try {
         program.parse(argc, argv);
         return command();

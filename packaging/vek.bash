@@ -11,15 +11,32 @@ _vek_replay() {
     esac
 }
 
+_vek_report() {
+    case $before in
+    --expected | --junit) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+    --label) ;;
+    *)
+        case $word in
+        -*) mapfile -t COMPREPLY < <(compgen -W "--expected --label --junit --json --help" -- "$word") ;;
+        *) mapfile -t COMPREPLY < <(compgen -d -S / -- "$word") ;;
+        esac
+        ;;
+    esac
+}
+
 _vek() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} list=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W "run check compare convert explain image nets new rehearse replay --help --version" -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W "run check compare convert explain image nets new rehearse replay report --help --version" -- "$word")
         return
     fi
     if [ "${COMP_WORDS[1]}" = replay ]; then
         _vek_replay
+        return
+    fi
+    if [ "${COMP_WORDS[1]}" = report ]; then
+        _vek_report
         return
     fi
     case $before in

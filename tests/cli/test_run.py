@@ -288,9 +288,10 @@ def test_help_manual_and_completion(desk):
     manual = (SOURCE / "packaging/vek.1").read_text()
     assert textwrap.dedent(help_.split("Exit status:\n")[1]).strip("\n") in manual
     assert "".join(help_.partition("Exit status:\n")[1:]) in help_of("replay")
-    options, of_replay = (set(re.findall(r"(?m)^  (?:-\w,)?(--[a-z-]+)", help_of(command)))
-                          for command in ("run", "replay"))
-    assert options | of_replay <= set(re.findall(r"--[a-z-]+", manual.replace("\\-", "-")))
+    options, of_replay, of_report = (
+        set(re.findall(r"(?m)^  (?:-\w,)?(--[a-z-]+)", help_of(command)))
+        for command in ("run", "replay", "report"))
+    assert options | of_replay | of_report <= set(re.findall(r"--[a-z-]+", manual.replace("\\-", "-")))
 
     def completed(*words):
         script = (f"source {SOURCE}/packaging/vek.bash; COMP_WORDS=(vek {' '.join(words)}); "
@@ -300,6 +301,7 @@ def test_help_manual_and_completion(desk):
 
     assert set(completed("run", "--")) == options
     assert set(completed("replay", "--")) == of_replay
+    assert set(completed("report", "--")) == of_report
     assert completed("run", "--cable", "L") == ["LPT"]
     assert completed("run", "--format", "csv,v") == ["csv,vcd"]
     assert completed("run", "bus-stall") == ["bus-stall.vek"]

@@ -1,0 +1,86 @@
+#include "cli/command.h"
+#include "cli/exitstatus.h"
+#include "cli/reportreader.h"
+#include "cli/reportstatistics.h"
+#include "cli/reporttext.h"
+#include "results/wholefile.h"
+
+#include <QFile>
+
+#include <memory>
+
+namespace VEK::Cli {
+namespace {
+
+struct Words
+{
+    std::vector<std::string> folders;
+    std::string expected;
+    std::string label = "name";
+    std::string junit;
+    bool json = false;
+};
+
+/// Throws a Failure.
+void writeFile(std::string const& path, std::function<bool(QIODevice&)> const& write)
+{
+    QString error;
+    if (!path.empty() && !writeWholeFile(textOf(path), write, error))
+        throw Failure{Status::Output,
+                      QStringLiteral("%1 can't be written: %2").arg(textOf(path), error)};
+}
+
+void tell(Words const& words, Report const& report, Statistics const& statistics)
+{
+    bool isTold = true;
+    if (words.json) {
+        QFile out;
+        isTold = out.open(stdout, QIODevice::WriteOnly) && writeJson(report, statistics, {}, out) &&
+                 out.flush();
+    } else {
+        for (QString const& line : tableOf(report, statistics))
+            isTold = isTold && printLine(line);
+    }
+    if (!isTold)
+        throw Failure{Status::Output, QStringLiteral("standard output can't be written")};
+}
+
+int exec(Words const& words)
+{
+    ReportReader reader(textOf(words.label), {});
+    if (!words.expected.empty())
+        reader.expect(textOf(words.expected));
+    QStringList folders;
+    for (std::string const& folder : words.folders)
+        folders << textOf(folder);
+    reader.read(folders);
+    Report const report = reader.take();
+    Statistics const statistics(report);
+    writeFile(words.junit, [&](QIODevice& out) { return writeJUnit(report, statistics, out); });
+    tell(words, report, statistics);
+    return int(report.isAllPassed() ? Status::Done : Status::Differs);
+}
+
+} // namespace
+
+void addReportCommand(CLI::App& program, Command& chosen)
+{
+    CLI::App* const command =
+        program.add_subcommand("report", "Tell how many runs came out, from their manifests");
+    auto const words = std::make_shared<Words>();
+    command->add_option("folders", words->folders, "Folders with manifests, at any depth")
+        ->required()
+        ->type_name("DIR");
+    command->add_option("--expected", words->expected, "Labels that must have a run, one a line")
+        ->type_name("FILE");
+    command
+        ->add_option("--label", words->label,
+                     "The key of the label that names a capture (default name)")
+        ->type_name("KEY");
+    command->add_option("--junit", words->junit, "Write a report as JUnit XML")->type_name("FILE");
+    command->add_flag("--json", words->json, "Print the report as JSON");
+    command->footer(statusHelp().toStdString());
+    command->callback([&chosen, words] { chosen = [words] { return exec(*words); }; });
+}
+
+} // namespace VEK::Cli

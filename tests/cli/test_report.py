@@ -1,0 +1,211 @@
+"""vek report over a night's folder: manifests of real runs, and what becomes of them on the way."""
+
+import datetime
+import json
+import shutil
+import signal
+import xml.etree.ElementTree as xml
+
+import jsonschema
+import pytest
+
+from desk import SOURCE, Desk, until
+from test_run import NEVER
+
+SCHEMA = json.loads((SOURCE / "docs/report.schema.json").read_text())
+HOSTILE = "</script><img src=x onerror=alert(1)>&\"'\x1b[31m\u202e]]>"
+WINDOW = "bus-stall_core0_window0.csv"
+
+
+@pytest.fixture(scope="module")
+def runs():
+    """A desk, and beside it one manifest of a real run for each outcome, with its captures."""
+    desk = Desk()
+    desk.night = desk.folder / "runs"
+
+    def run(name, *arguments, status=0, **bench):
+        desk.lay(**bench)
+        desk.out = desk.night / name
+        manifest = desk.out / "run.json"
+        labels = ["--label", f"name={name}", "--label", "commit=4f2a"]
+        got, _, err = desk.run("--manifest", manifest, *labels, *arguments)
+        assert got == status, err
+        return manifest
+
+    def compare(name, golden):
+        return desk.run("compare", golden, desk.night / name / WINDOW, "--align", "64",
+                        "--manifest", desk.night / name / "run.json", command="")[0]
+
+    run("passed")
+    golden = desk.folder / "golden.csv"
+    shutil.copy(desk.out / WINDOW, golden)
+    assert compare("passed", golden) == 0
+    run("differed")
+    lines = golden.read_text().splitlines(keepends=True)
+    at = next(i for i, line in enumerate(lines) if line.startswith("time unit")) + 62  # sample 60
+    lines[at] = lines[at].replace(", 1", ", 0", 1)
+    golden.write_text("".join(lines))
+    assert compare("differed", golden) == 1
+    run("no trigger", status=10, edit=NEVER)
+    run("board error", status=7, open_result=-1)
+    desk.lay(edit=NEVER, stimulus=dict(endless=True))
+    desk.out = desk.night / "unfinished"
+    killed = desk.start("--manifest", desk.out / "run.json", "--label", "name=unfinished")
+    until(lambda: (desk.out / "run.json").exists(), "a run")
+    killed.kill()
+    killed.communicate()
+    until(lambda: desk.processes() == [], "the server's end")
+    yield desk
+    desk.remove()
+
+
+@pytest.fixture
+def night(runs, tmp_path):
+    """A copy of these runs, and the program over it."""
+    class Night:
+        folder = tmp_path / "night"
+
+        def vek(self, *arguments, **options):
+            return runs.finish(runs.start("report", *arguments, command="", **options))
+
+        def json(self, *arguments):
+            _, out, err = self.vek(self.folder, "--json", *arguments)
+            report = json.loads(out)
+            jsonschema.validate(report, SCHEMA)
+            assert err == ""
+            return report
+
+        def put(self, name, like="passed", hours=0, labels=None, **members):
+            """A manifest like one of the real ones, begun that many hours later."""
+            manifest = json.loads((runs.night / like / "run.json").read_text())
+            manifest["labels"] = {"name": name} if labels is None else labels
+            for key in ("started", "ended"):
+                if manifest[key]:
+                    time = datetime.datetime.fromisoformat(manifest[key].rstrip("Z"))
+                    time += datetime.timedelta(hours=hours)
+                    manifest[key] = time.isoformat(timespec="milliseconds") + "Z"
+            manifest.update(members)
+            number = len(list(self.folder.iterdir()))
+            path = self.folder / f"run{number}.json"
+            path.write_text(json.dumps(manifest))
+            return path
+
+    shutil.copytree(runs.night, Night.folder)
+    return Night()
+
+
+def counts(tally):
+    return {key: count for key, count in tally.items() if count}
+
+
+def test_each_outcome(night, tmp_path):
+    """What is told of real runs, in all forms alike."""
+    report = night.json()
+    assert counts(report["captures"]) == {"all": 5, "passed": 1, "differed": 1, "no-trigger": 1,
+                                          "board-error": 1, "unfinished": 1}
+    by_label = {run["label"]: run for run in report["runs"]}
+    assert {label.replace(" ", "-") for label in by_label} == set(
+        run["outcome"] for run in report["runs"])
+    assert by_label["differed"]["message"].endswith("1 samples differ, the first at -4")
+    assert "cable, location and power" in by_label["board error"]["message"]
+    assert by_label["no trigger"]["status"] == 10 and by_label["unfinished"]["seconds"] is None
+    assert [row["label"] for row in report["slowest"]] and report["time"]["per"] == "hour"
+
+    expected = tmp_path / "expected"
+    expected.write_text("passed\r\n\n never started \nno trigger\npassed\n")
+    (night.folder / "deep").mkdir()
+    (night.folder / "deep/cut.json").write_text('{"format": "vek-run", "sch')
+    (night.folder / "deep/other.json").write_text("[1]")
+    (night.folder / "loop").symlink_to(night.folder)
+    junit = tmp_path / "report.xml"
+    report = night.json("--expected", expected, "--junit", junit)
+    assert report["missing"] == ["never started"] and report["not_expected"] == 3
+    assert [b["path"] for b in report["broken"]] == [str(night.folder / "deep/cut.json")]
+    assert (report["other_documents"], report["captures"]["all"]) == (1, 5)
+
+    got, out, _ = night.vek(night.folder, night.folder / "deep", night.folder, "--expected", expected)
+    assert got == 1
+    for line in ("captures 5", "missing 1", "broken manifests 1", "board error 1"):
+        assert line in [" ".join(text.split()) for text in out.splitlines()]
+    suites = xml.parse(junit).getroot()
+    told = {case.get("name"): [child.tag for child in case] for case in suites.iter("testcase")}
+    assert told == {"passed": [], "differed": ["failure"], "no trigger": ["failure"],
+                    "board error": ["error"], "unfinished": ["error"], "never started": ["error"],
+                    str(night.folder / "deep/cut.json"): ["error"]}
+    for kind in ("tests", "failures", "errors"):
+        total = sum(int(suite.get(kind)) for suite in suites)
+        assert total == {"tests": 7, "failures": 2, "errors": 4}[kind]
+
+
+def test_the_last_attempt_counts(night):
+    """Retried until it passes; a copy of a manifest is no attempt; a capture compared anew."""
+    for name in ("differed", "no trigger", "board error", "unfinished"):
+        night.put(name, hours=1, attempt=2)
+    differed = json.loads((night.folder / "differed/run.json").read_text())
+    again = night.put("compared again", "differed", hours=1)
+    manifest = json.loads(again.read_text())
+    manifest["comparisons"] += [{**differed["comparisons"][0], "equal": True}]
+    again.write_text(json.dumps(manifest))
+    shutil.copytree(night.folder / "differed", night.folder / "copy")
+    (night.folder / "folder.json").mkdir()  # a name tells nothing
+    got, out, err = night.vek(night.folder)
+    assert (got, err) == (0, "")
+    assert "no trigger, then passed" in out and "board error, then passed" in out
+    report = night.json()
+    assert counts(report["captures"]) == {"all": 6, "passed": 6} and report["all_passed"]
+    assert (report["earlier_attempts"], report["copies"]) == (4, 1)
+    assert [run["counts"] for run in report["runs"] if run["label"] == "differed"] == [False, True]
+    flaky, = report["flaky"]  # the design without a trigger is another file, and the copy is none
+    assert flaky["configuration"].startswith("bus-stall.vek")
+    assert counts(flaky["runs"]) == {"all": 8, "passed": 6, "differed": 1, "board-error": 1}
+
+
+def test_boards(night):
+    """One board of eight is dead, one fails a third of its captures, one has a bad day."""
+    shutil.rmtree(night.folder)
+    night.folder.mkdir()
+    number = 0
+    for board in range(8):
+        for turn in range(30):
+            like = "passed"
+            if board == 2 or (board == 5 and turn % 3 == 0) or (board == 6 and turn == 0):
+                like = "board error" if board == 2 else "differed"
+            night.put(f"capture {number}", like, hours=turn, host=f"desk{board // 2}",
+                      location=str(board % 2), server="127.0.0.1:5" if board > 3 else "")
+            number += 1
+    report = night.json()
+    assert [(b["board"], b["failed"], b["dead"]) for b in report["failing_boards"]] == [
+        ("desk1 FT2CH 0", 30, True), ("desk2 127.0.0.1:5 FT2CH 1", 10, False)]
+    assert len(report["boards"]) == 8 and report["boards"][0]["name"] == "desk1 FT2CH 0"
+    assert report["time"]["per"] == "hour" and len(report["time"]["rows"]) == 30
+    night.put("lab", hours=200, labels={"name": "lab", "board": "by the window"})
+    report = night.json()
+    assert report["time"]["per"] == "day" and "by the window" in [b["name"] for b in report["boards"]]
+
+
+def test_hostile_and_broken(night, tmp_path):
+    night.put(HOSTILE, "no trigger")
+    night.put("", hours=3)  # goes by its own name
+    for i, text in enumerate(["", "{", "\xff", '{"format":"vek-run","schema":2}',
+                              '{"format":"vek-run","schema":1,"state":"ended"}',
+                              '{"format":"vek-run","schema":1,"state":"gone",'
+                              '"started":"2026-03-01T00:00:00.000Z"}']):
+        (night.folder / f"bad{i}.json").write_text(text)
+    with open(night.folder / "large.json", "wb") as file:
+        file.truncate(17 << 20)
+    junit = tmp_path / "report.xml"
+    report = night.json("--junit", junit)
+    assert len(report["broken"]) == 7 and all(b["reason"] for b in report["broken"])
+    assert HOSTILE in [run["label"] for run in report["runs"]]
+    assert str(night.folder / "run6") in [run["label"] for run in report["runs"]]
+    names = [case.get("name") for case in xml.parse(junit).getroot().iter("testcase")]
+    assert HOSTILE.replace("\x1b", "\ufffd") in names
+    assert "\x1b" not in night.vek(night.folder)[1]
+
+    empty = tmp_path / "empty"
+    empty.mkdir()
+    assert night.vek(empty)[0] == 1  # nothing is not all passed
+    assert night.vek(tmp_path / "none")[0] == 3
+    assert night.vek(night.folder, "--expected", empty)[0] == 3
+    assert night.vek(night.folder, "--junit", "/dev/full")[0] == 12
+    assert night.vek()[0] == 2
