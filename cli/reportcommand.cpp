@@ -1,5 +1,6 @@
 #include "cli/command.h"
 #include "cli/exitstatus.h"
+#include "cli/reportdatabase.h"
 #include "cli/reportreader.h"
 #include "cli/reportstatistics.h"
 #include "cli/reporttext.h"
@@ -18,6 +19,7 @@ struct Words
     std::string expected;
     std::string label = "name";
     std::string junit;
+    std::string database;
     bool json = false;
 };
 
@@ -30,15 +32,45 @@ void writeFile(std::string const& path, std::function<bool(QIODevice&)> const& w
                       QStringLiteral("%1 can't be written: %2").arg(textOf(path), error)};
 }
 
-void tell(Words const& words, Report const& report, Statistics const& statistics)
+/// Reads everything, and writes it into the database meanwhile.
+Report readAll(Words const& words, ReportDatabase* database)
+{
+    std::function<void(ManifestRun const&)> add;
+    if (database)
+        add = [database](ManifestRun const& facts) { database->add(facts); };
+    ReportReader reader(textOf(words.label), add);
+    if (!words.expected.empty())
+        reader.expect(textOf(words.expected));
+    QStringList folders;
+    for (std::string const& folder : words.folders)
+        folders << textOf(folder);
+    reader.read(folders);
+    if (database)
+        database->commit();
+    return reader.take();
+}
+
+void tell(Words const& words, Report const& report, Statistics const& statistics,
+          ReportDatabase const* database)
 {
     bool isTold = true;
     if (words.json) {
+        QJsonObject extra;
+        if (database)
+            extra.insert(QStringLiteral("database"),
+                         QJsonObject{{QStringLiteral("added"), database->added()},
+                                     {QStringLiteral("updated"), database->updated()}});
         QFile out;
-        isTold = out.open(stdout, QIODevice::WriteOnly) && writeJson(report, statistics, {}, out) &&
-                 out.flush();
+        isTold = out.open(stdout, QIODevice::WriteOnly) &&
+                 writeJson(report, statistics, extra, out) && out.flush();
     } else {
-        for (QString const& line : tableOf(report, statistics))
+        QStringList lines = tableOf(report, statistics);
+        if (database)
+            lines << QString()
+                  << QStringLiteral("database: %1 runs added, %2 brought up to date")
+                         .arg(database->added())
+                         .arg(database->updated());
+        for (QString const& line : qAsConst(lines))
             isTold = isTold && printLine(line);
     }
     if (!isTold)
@@ -47,17 +79,13 @@ void tell(Words const& words, Report const& report, Statistics const& statistics
 
 int exec(Words const& words)
 {
-    ReportReader reader(textOf(words.label), {});
-    if (!words.expected.empty())
-        reader.expect(textOf(words.expected));
-    QStringList folders;
-    for (std::string const& folder : words.folders)
-        folders << textOf(folder);
-    reader.read(folders);
-    Report const report = reader.take();
+    std::unique_ptr<ReportDatabase> database;
+    if (!words.database.empty())
+        database = std::make_unique<ReportDatabase>(textOf(words.database));
+    Report const report = readAll(words, database.get());
     Statistics const statistics(report);
     writeFile(words.junit, [&](QIODevice& out) { return writeJUnit(report, statistics, out); });
-    tell(words, report, statistics);
+    tell(words, report, statistics, database.get());
     return int(report.isAllPassed() ? Status::Done : Status::Differs);
 }
 
@@ -78,6 +106,8 @@ void addReportCommand(CLI::App& program, Command& chosen)
                      "The key of the label that names a capture (default name)")
         ->type_name("KEY");
     command->add_option("--junit", words->junit, "Write a report as JUnit XML")->type_name("FILE");
+    command->add_option("--sqlite", words->database, "Add the runs that are new to a database")
+        ->type_name("FILE");
     command->add_flag("--json", words->json, "Print the report as JSON");
     command->footer(statusHelp().toStdString());
     command->callback([&chosen, words] { chosen = [words] { return exec(*words); }; });

@@ -74,19 +74,11 @@ QString firstDifference(QJsonObject const& comparison)
     return QStringLiteral("differs");
 }
 
-/// A capture that was compared again counts as it came out last.
-void judgeComparisons(QJsonArray const& comparisons, ReportRun& run)
+void judgeComparisons(QJsonObject const& root, ReportRun& run)
 {
-    QSet<QString> seen;
-    for (int i = comparisons.size() - 1; i >= 0; --i) {
-        QJsonObject const comparison = comparisons.at(i).toObject();
-        QString const pair =
-            textIn(comparison, "golden") + QLatin1Char('\n') + textIn(comparison, "new");
-        if (seen.contains(pair))
-            continue;
-        seen.insert(pair);
+    for (QJsonObject const& comparison : lastComparisons(root)) {
         run.isCompared = true;
-        if (comparison.value(QLatin1String("equal")).toBool() || run.outcome > Outcome::Differed)
+        if (comparison.value(QLatin1String("equal")).toBool() || run.outcome != Outcome::Passed)
             continue;
         run.outcome = Outcome::Differed;
         run.message = firstDifference(comparison).toUtf8();
@@ -112,8 +104,9 @@ void judge(QJsonObject const& root, ReportRun& run)
         int(qBound<qint64>(0, started.msecsTo(ended), std::numeric_limits<qint32>::max()));
     run.status = quint8(outcome.value(QLatin1String("status")).toInt());
     run.outcome = outcomeOf(textIn(outcome, "cause"));
-    run.message = textIn(outcome, "message").toUtf8();
-    judgeComparisons(root.value(QLatin1String("comparisons")).toArray(), run);
+    if (run.outcome != Outcome::Passed)
+        run.message = textIn(outcome, "message").toUtf8();
+    judgeComparisons(root, run);
 }
 
 QString configurationName(QJsonObject const& configuration)
@@ -152,6 +145,22 @@ QString boardName(QJsonObject const& root)
 }
 
 } // namespace
+
+QVector<QJsonObject> lastComparisons(QJsonObject const& root)
+{
+    QVector<QJsonObject> last;
+    QSet<QString> seen;
+    QJsonArray const comparisons = root.value(QLatin1String("comparisons")).toArray();
+    for (int i = comparisons.size() - 1; i >= 0; --i) {
+        QJsonObject const comparison = comparisons.at(i).toObject();
+        QString const pair =
+            textIn(comparison, "golden") + QLatin1Char('\n') + textIn(comparison, "new");
+        if (!seen.contains(pair))
+            last.prepend(comparison);
+        seen.insert(pair);
+    }
+    return last;
+}
 
 ManifestRun manifestRun(QByteArray const& json, QString const& labelKey)
 {

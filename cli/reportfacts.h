@@ -26,6 +26,9 @@ struct BadManifest
 struct OtherDocument
 {};
 
+/// The comparisons of a manifest that count: of several of the same two files the last one.
+QVector<QJsonObject> lastComparisons(QJsonObject const& root);
+
 /// The facts of a manifest. The label of the run is that with the key `labelKey`, or empty. Throws
 /// `BadManifest` or `OtherDocument`.
 ManifestRun manifestRun(QByteArray const& json, QString const& labelKey);

@@ -2,8 +2,11 @@
 
 import datetime
 import json
+import resource
 import shutil
 import signal
+import sqlite3
+import time
 import xml.etree.ElementTree as xml
 
 import jsonschema
@@ -67,6 +70,9 @@ def night(runs, tmp_path):
 
         def vek(self, *arguments, **options):
             return runs.finish(runs.start("report", *arguments, command="", **options))
+
+        def start(self, *arguments):
+            return runs.start("report", *arguments, command="")
 
         def json(self, *arguments):
             _, out, err = self.vek(self.folder, "--json", *arguments)
@@ -209,3 +215,74 @@ def test_hostile_and_broken(night, tmp_path):
     assert night.vek(night.folder, "--expected", empty)[0] == 3
     assert night.vek(night.folder, "--junit", "/dev/full")[0] == 12
     assert night.vek()[0] == 2
+
+
+def test_database(night, tmp_path):
+    """What is new comes in, once; what has ended or was compared since is brought up to date."""
+    base = tmp_path / "runs.db"
+
+    def rows(sql):
+        with sqlite3.connect(base) as connection:
+            return connection.execute(sql).fetchall()
+
+    def report(*arguments):
+        return night.json("--sqlite", base, *arguments)["database"]
+
+    unfinished = night.put("killed", "unfinished", hours=1)
+    assert report() == {"added": 6, "updated": 0}
+    before = base.read_bytes()
+    assert report() == {"added": 0, "updated": 0} and base.read_bytes() == before
+    tables = rows("SELECT sql FROM sqlite_master WHERE sql NOT NULL")
+    manual = (SOURCE / "docs/reports.md").read_text()
+    assert len(tables) == 7 and all(sql in manual for sql, in tables)
+    outcomes = "SELECT outcome, count(*) FROM captures GROUP BY outcome ORDER BY outcome"
+    assert rows(outcomes) == [("board-error", 1), ("differed", 1), ("no-trigger", 1), ("passed", 1),
+                              ("unfinished", 2)]
+    assert rows("SELECT label, signal, result, differing, first FROM differences "
+                "JOIN runs ON run = id") == [("differed", "grant", "differs", 1, -4)]
+    assert rows("SELECT value FROM labels WHERE key = 'commit' GROUP BY value") == [("4f2a",)]
+    assert rows("SELECT result, forced, windows, cores.seconds IS NULL FROM cores JOIN runs ON run = id "
+                "WHERE label IN ('passed', 'no trigger') ORDER BY label DESC") == [
+                    ("captured", 0, 2, 0), ("no-trigger", 0, 0, 1)]
+
+    night.put("passed", "no trigger", hours=1)
+    ended = json.loads(night.put("killed", hours=1).read_text())
+    ended["started"] = json.loads(unfinished.read_text())["started"]
+    unfinished.write_text(json.dumps(ended))
+    differed = night.folder / "differed/run.json"
+    manifest = json.loads(differed.read_text())
+    manifest["comparisons"] += [{**manifest["comparisons"][0], "equal": True, "windows": []}]
+    differed.write_text(json.dumps(manifest))
+    assert report() == {"added": 2, "updated": 2}
+    assert rows("SELECT count(*), max(report) FROM runs") == [(8, 2)]
+    assert rows("SELECT count(*) FROM differences") == [(0,)]
+    assert rows("SELECT outcome FROM captures WHERE label = 'killed'") == [("passed",), ("passed",)]
+
+    before = base.read_bytes()
+    for i in range(300):
+        night.put(f"more {i}")
+    counts_ = set()
+    for delay in range(12):  # at any moment: all or nothing
+        report_ = night.start(night.folder, "--sqlite", base)
+        time.sleep(delay * 0.01)
+        report_.kill()
+        report_.communicate()
+        counts_.add(rows("SELECT count(*) FROM runs")[0][0])
+    assert 8 in counts_ and counts_ <= {8, 308}
+    base.write_bytes(before)
+
+    def limit():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (len(before), len(before)))
+
+    got, _, err = night.vek(night.folder, "--sqlite", base, preexec_fn=limit)
+    assert got == 12 and str(base) in err and rows("SELECT count(*) FROM runs") == [(8,)]
+    for name, text in (("notes", b"no database"), ("other", None)):
+        other = tmp_path / name
+        if text:
+            other.write_bytes(text * 100)
+        else:
+            with sqlite3.connect(other) as connection:
+                connection.execute("CREATE TABLE runs (id)")
+        kept = other.read_bytes()
+        assert night.vek(night.folder, "--sqlite", other)[0] == 12 and other.read_bytes() == kept
