@@ -7,6 +7,13 @@ namespace {
 
 constexpr int ShaDigits = 8;
 
+/// Turns the direction of what follows it, which then reads as something else.
+bool turnsText(QChar letter)
+{
+    ushort const code = letter.unicode();
+    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
 } // namespace
 
 QVector<QByteArray> Report::configurationTitles() const
@@ -44,7 +51,7 @@ QString printable(QByteArray const& utf8)
         if (isPair)
             ++i;
         else if (letter.category() == QChar::Other_Control || letter.isSurrogate() ||
-                 letter.isNonCharacter())
+                 letter.isNonCharacter() || turnsText(letter))
             text[i] = QChar::ReplacementCharacter;
     }
     return text;

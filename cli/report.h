@@ -109,8 +109,8 @@ struct Report
     bool isAllPassed() const;
 };
 
-/// Text from outside as it may stand in a terminal, in XML and in a page: control characters, which
-/// could do something there, become U+FFFD.
+/// Text from outside as it may stand in a terminal, in XML and in a page: control characters and
+/// those that turn the direction of the text become U+FFFD.
 QString printable(QByteArray const& utf8);
 
 } // namespace VEK::Cli

@@ -1,6 +1,8 @@
 #include "cli/command.h"
 #include "cli/exitstatus.h"
 #include "cli/reportdatabase.h"
+#include "cli/reportdifferences.h"
+#include "cli/reporthtml.h"
 #include "cli/reportreader.h"
 #include "cli/reportstatistics.h"
 #include "cli/reporttext.h"
@@ -13,6 +15,8 @@
 namespace VEK::Cli {
 namespace {
 
+constexpr int MostDifferences = 100; // with a picture each
+
 struct Words
 {
     std::vector<std::string> folders;
@@ -20,6 +24,7 @@ struct Words
     std::string label = "name";
     std::string junit;
     std::string database;
+    std::string html;
     bool json = false;
 };
 
@@ -85,6 +90,12 @@ int exec(Words const& words)
     Report const report = readAll(words, database.get());
     Statistics const statistics(report);
     writeFile(words.junit, [&](QIODevice& out) { return writeJUnit(report, statistics, out); });
+    if (!words.html.empty()) {
+        QVector<Difference> differences = differencesOf(report, MostDifferences);
+        takePictures(differences);
+        writeFile(words.html,
+                  [&](QIODevice& out) { return writeHtml(report, statistics, differences, out); });
+    }
     tell(words, report, statistics, database.get());
     return int(report.isAllPassed() ? Status::Done : Status::Differs);
 }
@@ -106,6 +117,8 @@ void addReportCommand(CLI::App& program, Command& chosen)
                      "The key of the label that names a capture (default name)")
         ->type_name("KEY");
     command->add_option("--junit", words->junit, "Write a report as JUnit XML")->type_name("FILE");
+    command->add_option("--html", words->html, "Write a page for people, with filters and waves")
+        ->type_name("FILE");
     command->add_option("--sqlite", words->database, "Add the runs that are new to a database")
         ->type_name("FILE");
     command->add_flag("--json", words->json, "Print the report as JSON");

@@ -60,14 +60,8 @@ QString firstDifference(QJsonObject const& comparison)
         QString const head = title.isEmpty() ? QString() : title + QStringLiteral(": ");
         for (QJsonValue const& signalValue : window.value(QLatin1String("signals")).toArray()) {
             QJsonObject const signal = signalValue.toObject();
-            QString const result = textIn(signal, "result");
-            if (result == QLatin1String("differs"))
-                return head + QStringLiteral("%1: %2 samples differ, the first at %3")
-                                  .arg(textIn(signal, "name"))
-                                  .arg(signal.value(QLatin1String("differing")).toInt())
-                                  .arg(signal.value(QLatin1String("first")).toInt());
-            if (result != QLatin1String("equal"))
-                return head + textIn(signal, "name") + QStringLiteral(": ") + result;
+            if (textIn(signal, "result") != QLatin1String("equal"))
+                return head + sentenceOf(signal);
         }
         return head + textIn(window, "lengths");
     }
@@ -160,6 +154,17 @@ QVector<QJsonObject> lastComparisons(QJsonObject const& root)
         seen.insert(pair);
     }
     return last;
+}
+
+QString sentenceOf(QJsonObject const& signal)
+{
+    QString const result = textIn(signal, "result");
+    if (result != QLatin1String("differs"))
+        return textIn(signal, "name") + QStringLiteral(": ") + result;
+    return QStringLiteral("%1: %2 samples differ, the first at %3")
+        .arg(textIn(signal, "name"),
+             QString::number(signal.value(QLatin1String("differing")).toInt()),
+             QString::number(signal.value(QLatin1String("first")).toInt()));
 }
 
 ManifestRun manifestRun(QByteArray const& json, QString const& labelKey)

@@ -29,6 +29,9 @@ struct OtherDocument
 /// The comparisons of a manifest that count: of several of the same two files the last one.
 QVector<QJsonObject> lastComparisons(QJsonObject const& root);
 
+/// What came of a signal that is not equal, in words; `signal` is as in a comparison.
+QString sentenceOf(QJsonObject const& signal);
+
 /// The facts of a manifest. The label of the run is that with the key `labelKey`, or empty. Throws
 /// `BadManifest` or `OtherDocument`.
 ManifestRun manifestRun(QByteArray const& json, QString const& labelKey);

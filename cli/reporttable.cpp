@@ -184,20 +184,12 @@ QStringList tableOf(Report const& report, Statistics const& statistics)
                          FailingBoard const& board = statistics.failing.at(i);
                          return sentence(board, titleOf(report.boards.at(board.board)));
                      });
-    lines += section(
-        QStringLiteral("configurations that come out differently"), statistics.flaky.size(),
-        [&](int i) {
-            int const at = statistics.flaky.at(i);
-            QStringList parts;
-            for (Outcome const outcome : {Outcome::Passed, Outcome::Differed, Outcome::NoTrigger}) {
-                if (statistics.attempts.at(at)[outcome] > 0)
-                    parts << QStringLiteral("%1 %2")
-                                 .arg(statistics.attempts.at(at)[outcome])
-                                 .arg(QLatin1String(rowOf(outcome).title));
-            }
-            return titleOf(configurations.at(at)) + QStringLiteral(": ") +
-                   parts.join(QStringLiteral(", "));
-        });
+    lines += section(QStringLiteral("configurations that come out differently"),
+                     statistics.flaky.size(), [&](int i) {
+                         int const at = statistics.flaky.at(i);
+                         return titleOf(configurations.at(at)) + QStringLiteral(": ") +
+                                flakyText(statistics.attempts.at(at));
+                     });
     lines += section(QStringLiteral("slowest"), statistics.slowest.size(), [&](int i) {
         int const at = statistics.slowest.at(i);
         return secondsText(report.runs.at(at).duration) + QStringLiteral("  ") + label(at);

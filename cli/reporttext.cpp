@@ -53,12 +53,25 @@ QVector<int> worstFirst(QVector<Tally> const& tallies)
 QString sentence(FailingBoard const& board, QString const& title)
 {
     QString const head =
-        QStringLiteral("%1: %2 of %3 runs failed").arg(title).arg(board.failed).arg(board.runs);
+        QStringLiteral("%1: %2 of %3 runs failed")
+            .arg(title, QString::number(board.failed), QString::number(board.runs));
     QString const others =
         board.otherRuns > 0
             ? QStringLiteral(", %1 of %2 elsewhere").arg(board.otherFailed).arg(board.otherRuns)
             : QString();
     return head + others + (board.isDead ? QStringLiteral("; none got through to it") : QString());
+}
+
+QString flakyText(Tally const& attempts)
+{
+    QStringList parts;
+    for (Outcome const outcome : {Outcome::Passed, Outcome::Differed, Outcome::NoTrigger}) {
+        if (attempts[outcome] > 0)
+            parts << QStringLiteral("%1 %2")
+                         .arg(attempts[outcome])
+                         .arg(QLatin1String(rowOf(outcome).title));
+    }
+    return parts.join(QStringLiteral(", "));
 }
 
 QString attemptsText(Report const& report, int last)

@@ -20,7 +20,9 @@ QString secondsText(qint32 ms);
 QVector<int> worstFirst(QVector<Tally> const& tallies);
 /// What a board's failures are to be told as.
 QString sentence(FailingBoard const& board, QString const& title);
-/// "passed after 2 attempts: no trigger, differed", of the attempt that counts, at `last`.
+/// Such as "6 passed, 1 differed", of those that say something about a design.
+QString flakyText(Tally const& attempts);
+/// "no trigger, differed, then passed", of the attempt that counts, at `last`.
 QString attemptsText(Report const& report, int last);
 /// Places of captures that had earlier attempts.
 QVector<int> retried(Report const& report);

@@ -13,11 +13,11 @@ _vek_replay() {
 
 _vek_report() {
     case $before in
-    --expected | --junit | --sqlite) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+    --expected | --junit | --html | --sqlite) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     --label) ;;
     *)
         case $word in
-        -*) mapfile -t COMPREPLY < <(compgen -W "--expected --label --junit --sqlite --json --help" -- "$word") ;;
+        -*) mapfile -t COMPREPLY < <(compgen -W "--expected --label --junit --html --sqlite --json --help" -- "$word") ;;
         *) mapfile -t COMPREPLY < <(compgen -d -S / -- "$word") ;;
         esac
         ;;

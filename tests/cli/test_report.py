@@ -1,13 +1,19 @@
 """vek report over a night's folder: manifests of real runs, and what becomes of them on the way."""
 
 import datetime
+import html.parser
 import json
+import os
 import resource
 import shutil
 import signal
 import sqlite3
+import struct
+import subprocess
 import time
+import urllib.parse
 import xml.etree.ElementTree as xml
+import zlib
 
 import jsonschema
 import pytest
@@ -16,7 +22,8 @@ from desk import SOURCE, Desk, until
 from test_run import NEVER
 
 SCHEMA = json.loads((SOURCE / "docs/report.schema.json").read_text())
-HOSTILE = "</script><img src=x onerror=alert(1)>&\"'\x1b[31m\u202e]]>"
+HOSTILE = "</script><img src=x onerror=document.title=1>&\"'%1%2\x1b[31m\u202e]]>"
+PRINTED = HOSTILE.replace("\x1b", "\ufffd").replace("\u202e", "\ufffd")
 WINDOW = "bus-stall_core0_window0.csv"
 
 
@@ -205,7 +212,7 @@ def test_hostile_and_broken(night, tmp_path):
     assert HOSTILE in [run["label"] for run in report["runs"]]
     assert str(night.folder / "run6") in [run["label"] for run in report["runs"]]
     names = [case.get("name") for case in xml.parse(junit).getroot().iter("testcase")]
-    assert HOSTILE.replace("\x1b", "\ufffd") in names
+    assert PRINTED in names
     assert "\x1b" not in night.vek(night.folder)[1]
 
     empty = tmp_path / "empty"
@@ -286,3 +293,138 @@ def test_database(night, tmp_path):
                 connection.execute("CREATE TABLE runs (id)")
         kept = other.read_bytes()
         assert night.vek(night.folder, "--sqlite", other)[0] == 12 and other.read_bytes() == kept
+
+
+CHROMIUM = shutil.which("chromium") or shutil.which("chromium-browser")
+VIEWER = """#!/bin/sh
+printf '%s\\n' "$*" >> calls
+[ ! -e broken ] || exit 1
+cat > "$3" <<'END'
+<svg xmlns="http://www.w3.org/2000/svg" width="960" height="40"><rect width="960" height="40" fill="#12ab34"/>
+<script>parent.document.title = 1</script></svg>
+END
+"""
+
+
+class Page(html.parser.HTMLParser):
+    """The rows of the runs, the differences that show, and the title, of a page as it stands."""
+    def __init__(self, text):
+        super().__init__(convert_charrefs=True)
+        self.rows, self.articles, self.values = [], [], 0
+        self.title, self.into = "", None
+        self.images = [0, 0]  # other ones, and pictures of waves
+        self.feed(text)
+
+    def handle_starttag(self, tag, attributes):
+        attributes = dict(attributes)
+        if tag == "tbody":
+            self.into = "rows" if attributes.get("id") == "rows" else None
+        elif tag == "tr" and self.into == "rows":
+            self.rows.append([])
+        elif tag == "td" and self.into == "rows":
+            self.rows[-1].append("")
+        elif tag == "article" and "hidden" not in attributes:
+            self.articles.append(attributes["data-run"])
+        elif tag == "img":
+            self.images[attributes["src"].startswith("data:image/svg+xml;base64,")] += 1
+        elif tag == "title" and not self.title:
+            self.into = "title"
+        self.values += attributes.get("class") == "values"
+
+    def handle_endtag(self, tag):
+        if tag in ("table", "title"):
+            self.into = None
+
+    def handle_data(self, data):
+        if self.into == "title":
+            self.title += data
+        elif self.into == "rows" and self.rows and self.rows[-1]:
+            self.rows[-1][-1] += data
+
+
+def chromium(tmp_path, page, *arguments):
+    if not CHROMIUM:
+        pytest.skip("Chromium is not installed: apt-get install chromium")
+    return subprocess.run(
+        [CHROMIUM, "--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
+         f"--user-data-dir={tmp_path}/profile", *arguments, page], capture_output=True, text=True,
+        timeout=60, check=True, env={**os.environ, "HOME": str(tmp_path)}).stdout
+
+
+def colours(png):
+    """How many pixels a PNG of 8 bits a channel has of each colour."""
+    data, at, size, channels = png.read_bytes(), 8, None, 0
+    packed = b""
+    while at < len(data):
+        length, kind = struct.unpack(">I4s", data[at:at + 8])
+        body = data[at + 8:at + 8 + length]
+        if kind == b"IHDR":
+            size, channels = struct.unpack(">II", body[:8]), {2: 3, 6: 4}[body[9]]
+        packed += body if kind == b"IDAT" else b""
+        at += length + 12
+    raw, stride, found = zlib.decompress(packed), size[0] * channels, {}
+    above = bytearray(stride)
+    for y in range(size[1]):
+        kind, line = raw[y * (stride + 1)], bytearray(raw[y * (stride + 1) + 1:(y + 1) * (stride + 1)])
+        for x in range(stride):
+            left = line[x - channels] if x >= channels else 0
+            corner = above[x - channels] if x >= channels else 0
+            near = left + above[x] - corner
+            paeth = min((left, above[x], corner), key=lambda value: abs(near - value))
+            line[x] = (line[x] + (0, left, above[x], (left + above[x]) // 2, paeth)[kind]) & 255
+        for x in range(0, stride, channels):
+            colour = line[x:x + 3].hex()
+            found[colour] = found.get(colour, 0) + 1
+        above = line
+    return found
+
+
+def test_page(runs, night, tmp_path):
+    """What people see: filters in the address, escaped text, waves or values, in a real browser."""
+    night.put(HOSTILE, "no trigger", labels={"name": HOSTILE, "board": "A&B <i>%1"})
+    night.put("no trigger", hours=1, attempt=2)
+    path = tmp_path / "page.html"
+    viewer = runs.folder / "Analyzer/bin/vek-view"
+    assert night.vek(night.folder, "--html", path)[0] == 1  # without a viewer
+    text = path.read_text()
+    assert Page(text).images == [0, 0] and Page(text).values == 1 and "://" not in text.replace(
+        "http://www.w3.org", "")
+    viewer.write_text(VIEWER)
+    viewer.chmod(0o755)
+    try:
+        (runs.folder / "broken").touch()
+        assert night.vek(night.folder, "--html", path)[0] == 1
+        assert Page(path.read_text()).images == [0, 0] and "grant" in path.read_text()
+        (runs.folder / "broken").unlink()
+        assert night.vek(night.folder, "--html", path)[0] == 1
+        call = (runs.folder / "calls").read_text().splitlines()[-1].split()
+        assert call[:2] == [str(night.folder / "differed" / WINDOW), "--grab"]
+        assert call[3:7] == ["--from", "36", "--to", "100"]  # the difference is at 60
+    finally:
+        viewer.unlink()
+
+    def shown(**filters):
+        address = path.as_uri() + "#" + urllib.parse.urlencode(filters)
+        page = Page(chromium(tmp_path, address, "--dump-dom"))
+        assert page.title == "Captures" and page.images == [0, 1]
+        return page
+
+    page = shown()
+    assert [row[0] for row in page.rows] == [PRINTED, "board error", "differed", "unfinished",
+                                             "no trigger", "passed"]
+    assert len(page.articles) == 1 and page.rows[0][4] == "A&B <i>%1"
+    assert [row[:3] for row in shown(outcome="differed").rows] == [
+        ["differed", "differed", "grant: 1 samples differ, the first at -4"]]
+    page = shown(board="A&B <i>%1")
+    assert [row[0] for row in page.rows] == [PRINTED] and page.articles == []
+    assert [row[0] for row in shown(text="cable, LOCATION").rows] == ["board error"]
+    assert len(shown(outcome="no-trigger", all=1).rows) == 2 and shown(board="none").rows == []
+
+    seen = []
+    for fragment in ("#outcome=differed", "#outcome=board-error"):
+        shot = tmp_path / "shot.png"
+        chromium(tmp_path, path.as_uri() + fragment, f"--screenshot={shot}", "--window-size=800,1100")
+        seen.append(colours(shot))
+    red, purple, waves = "c62828", "7b3fa0", "12ab34"
+    assert seen[0][waves] > 20000 and waves not in seen[1]
+    assert seen[0][red] > seen[1][red] > 0 and seen[1][purple] > seen[0][purple] > 0
