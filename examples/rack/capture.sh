@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# One capture of the night: a task of the array, on the board that the scheduler gave it.
+#
+#   sbatch --array=1-N --gres=board:1 capture.sh CAPTURES RUNS
+#
+# CAPTURES has a line a capture: name, configuration, folder of its golden windows, trigger as a text
+# ("-": that of the configuration). RUNS is a shared folder.
+# Ends with 75 when the board failed or the run was killed: the capture is put back then.
+set -euo pipefail
+captures=$1 runs=$2
+rack=${RACK:?the folder of boards.tsv}
+. "$rack/boards.sh"
+
+putBack=75
+mostAttempts=10
+
+index=$(scontrol -d show job "$SLURM_JOB_ID" | sed -n 's/.*GRES=board[^ ]*(IDX:\([0-9]*\)).*/\1/p' | head -n 1)
+take_board "$SLURMD_NODENAME" "$index"
+export TMPDIR=/tmp/$VEK_BOARD # servers of one desk would share a socket; short: it lies in there
+mkdir -p "$TMPDIR"
+
+IFS=$'\t' read -r name configuration golden trigger < <(sed -n "${SLURM_ARRAY_TASK_ID}p" "$captures")
+attempt=$((${SLURM_RESTART_COUNT:-0} + 1))
+out=$runs/$name/$attempt
+mkdir -p "$out"
+options=()
+[ "$trigger" = - ] || options=(--trigger "$trigger")
+
+status=0
+vek run "$configuration" "${options[@]}" -o "$out/" --wait 60s --queue 0 --attempt "$attempt" \
+    --manifest "$out/run.json" --label "name=$name" --label "board=$VEK_BOARD" || status=$?
+case $status in
+0) ;;
+4 | 5 | 6 | 7 | 8 | 9 | 11)
+    touch "$rack/suspects/$SLURMD_NODENAME-$index"
+    [ "$attempt" -ge "$mostAttempts" ] || exit $putBack
+    exit $status
+    ;;
+137) exit $putBack ;; # killed
+*) exit $status ;;
+esac
+
+for window in "$out"/*_window*.csv; do
+    vek compare "$golden/$(basename "$window")" "$window" --manifest "$out/run.json" || status=$?
+done
+exit $status

@@ -1,0 +1,134 @@
+"""What must hold in a rack where things go wrong, for tools/rack --test."""
+
+import collections
+import json
+import os
+import pathlib
+import random
+import re
+import signal
+import time
+
+KILLS = 10          # captures that are ended with SIGKILL
+DEATHS = 5          # of servers, which their desks start again
+LOST_FOR = 15       # s that a desk's daemon is away, longer than the scheduler's patience
+PAUSE = 0.5         # s between two troubles
+
+
+class Troubles:
+    def __init__(self, rack, seed):
+        self.rack = rack
+        self.random = random.Random(seed)
+        self.killed = 0
+        self.checks = 0
+        self.problems = []
+        print(f"seed {seed}", flush=True)
+
+    def run(self):
+        """Makes trouble while the captures run, and looks at what became of them. The exit status."""
+        troubles = [self.kill_capture] * KILLS + [self.kill_server] * DEATHS
+        self.random.shuffle(troubles)
+        self.rack.until(lambda: self.captures(), "no capture has begun")
+        lost = self.lose_desk()
+        back = time.monotonic() + LOST_FOR
+        while troubles and self.rack.queue():
+            if troubles[-1]():
+                troubles.pop()
+            time.sleep(PAUSE)
+        time.sleep(max(0, back - time.monotonic()))
+        self.rack.start_desk(lost)
+        seconds = self.rack.wait(show=True)
+        self.expect(not troubles, f"the captures ended before {len(troubles)} of the troubles came")
+        print(f"all done after {seconds:.0f} s\n", flush=True)
+        self.look_at_scheduler()
+        self.look_at_boards()
+        self.look_at_report()
+        for problem in self.problems:
+            print(f"FAILED: {problem}")
+        print(f"{self.checks - len(self.problems)} passed, {len(self.problems)} failed")
+        return int(bool(self.problems))
+
+    def expect(self, isSo, problem):
+        self.checks += 1
+        if not isSo:
+            self.problems.append(problem)
+
+    def captures(self):
+        """The processes of this rack's captures that are at work, on boards that are not dead."""
+        begin = b"vek\0run\0" + str(self.rack.folder).encode() + b"/"
+        dead = f"VEK_BOARD=board{self.rack.dead}\0".encode()
+        found = []
+        for process in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                isOurs = (process / "cmdline").read_bytes().startswith(begin)
+                if isOurs and dead not in (process / "environ").read_bytes():
+                    found.append(int(process.name))
+            except OSError:
+                pass  # it has just ended
+        return found
+
+    def kill_capture(self):
+        running = self.captures()
+        if not running:
+            return False
+        try:
+            os.kill(self.random.choice(running), signal.SIGKILL)
+        except ProcessLookupError:
+            return False
+        self.killed += 1
+        return True
+
+    def kill_server(self):
+        board = self.random.choice([b for b in self.rack.boards.values() if b])
+        if board.process.poll() is not None:
+            return False  # it is being started again
+        board.kill()
+        return True
+
+    def lose_desk(self):
+        """One that has no dead board."""
+        dead = self.rack.desks[self.rack.dead // 2]
+        desk = self.random.choice([d for d in self.rack.desks if d != dead])
+        self.rack.end_daemon(desk)
+        return desk
+
+    def look_at_scheduler(self):
+        completed = collections.Counter()
+        for line in (self.rack.folder / "log/completed").read_text().splitlines():
+            if "JobState=COMPLETED" in line:
+                completed[int(re.search(r"ArrayTaskId=(\d+)", line)[1])] += 1
+        wanted = (self.rack.folder / "captures.tsv").read_text().count("\n")
+        self.expect(completed == collections.Counter(range(1, wanted + 1)),
+                    f"tasks that did not end well once and only once: "
+                    f"{[n for n in range(1, wanted + 1) if completed[n] != 1]}")
+
+    def look_at_boards(self):
+        for number, board in self.rack.boards.items():
+            if board:
+                self.expect(board.refusals() == 0, f"board {number} refused a second client")
+        deaths = sum(board.deaths for board in self.rack.boards.values() if board)
+        self.expect(deaths == DEATHS, f"{deaths} servers were started again, not {DEATHS}")
+        self.expect(self.killed == KILLS, f"{self.killed} captures were killed, not {KILLS}")
+        runs = collections.defaultdict(list)
+        for path in self.rack.folder.glob("runs/*/*/run.json"):
+            manifest = json.loads(path.read_text())
+            if manifest["state"] == "ended":
+                runs[manifest["labels"]["board"]].append((manifest["started"], manifest["ended"]))
+        for board, times in runs.items():
+            times.sort()
+            self.expect(all(a[1] <= b[0] for a, b in zip(times, times[1:])),
+                        f"two captures at once on {board}")
+
+    def look_at_report(self):
+        self.rack.report()
+        report = json.loads(self.rack.report("--json", capture_output=True, text=True).stdout)
+        wanted = (self.rack.folder / "expected.txt").read_text().count("\n")
+        tally = report["captures"]
+        self.expect(tally["all"] == tally["passed"] == wanted and report["all_passed"],
+                    f"of {wanted} captures the report has {tally}, "
+                    f"{len(report['missing'])} missing, {len(report['broken'])} broken")
+        self.expect(report["earlier_attempts"] >= KILLS,
+                    f"{report['earlier_attempts']} earlier attempts, though {KILLS} were killed")
+        failing = [board["board"] for board in report["failing_boards"]]
+        dead = f"board{self.rack.dead}"
+        self.expect(dead in failing, f"the report does not name {dead}, but {failing}")
