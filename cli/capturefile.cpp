@@ -152,7 +152,7 @@ void Reading::readWindow()
 
 void Reading::readDump(CoreCapture& core, CapturedWindow& window)
 {
-    DumpSampling sampling{m_hints.clock, m_hints.times, m_facts.samples, {}};
+    DumpSampling sampling{m_hints.clock, m_hints.times, m_facts.samples, {}, m_hints.eachChange};
     bool const isKnown = !m_known.cores().isEmpty();
     if (isKnown) {
         for (SignalItem const& net : flatSignals(m_known.cores().at(core.place).layout))

@@ -18,6 +18,7 @@ struct CaptureHints
     QString manifest;           ///< Of the run; else the manifests beside the file are looked at.
     QString configuration;      ///< Gives names, buses and the session's configuration.
     std::optional<int> core;    ///< Index of the one core that is meant.
+    bool eachChange = false;    ///< A dump without a clock has a sample for each time of a change.
 };
 
 /// What a file holds of one core.

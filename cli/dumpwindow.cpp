@@ -28,6 +28,11 @@ Failure usage(QString const& path, QString const& what)
     return {Status::Usage, path + QStringLiteral(": ") + what};
 }
 
+QString eachChangeWarning(QString const& path)
+{
+    return path + QStringLiteral(": no clock is given, so it has a sample for each time of a change");
+}
+
 SignalItem itemOf(QString const& name)
 {
     SignalItem item;
@@ -308,7 +313,16 @@ std::function<qint64(quint64)> OwnDump::sampleAt(std::vector<State> const& state
     quint64 divisor = end;
     for (State const& state : states)
         divisor = std::gcd(divisor, state.time);
-    if (divisor != 1 || m_unit != QLatin1String("ns"))
+    bool const isTold = divisor == 1 && m_unit == QLatin1String("ns");
+    if (!isTold && m_sampling.eachChange) {
+        m_dump.warnings << eachChangeWarning(m_path);
+        return [&states, end](quint64 time) {
+            auto const isBehind = [](quint64 t, State const& state) { return t < state.time; };
+            auto const next = std::upper_bound(states.begin(), states.end(), time, isBehind);
+            return qint64(next - states.begin()) - (time < end ? 1 : 0);
+        };
+    }
+    if (!isTold)
         throw usage(m_path, QStringLiteral("its times don't tell the samples: --clock says the "
                                            "sample clock, such as --clock 50MHz (1GHz when a "
                                            "sample is a nanosecond)"));
@@ -388,7 +402,7 @@ QList<QBitArray> columnsOf(Dump::SampleTable const& table)
 
 DumpWindow readSimulated(QString const& path, OwnDump const& header, DumpSampling const& sampling)
 {
-    if (sampling.clock.isEmpty())
+    if (sampling.clock.isEmpty() && !sampling.eachChange)
         throw usage(path, QStringLiteral("it is a simulator's dump: --clock NAME says at which "
                                          "clock it is to be sampled"));
     DumpWindow dump;
@@ -409,6 +423,8 @@ DumpWindow readSimulated(QString const& path, OwnDump const& header, DumpSamplin
         throw Failure{Status::Configuration, error};
     if (!stimulus.warning.isEmpty())
         dump.warnings << stimulus.warning;
+    if (sampling.clock.isEmpty())
+        dump.warnings << eachChangeWarning(path);
     dump.window.samples = columnsOf(stimulus.tables.front());
     return dump;
 }

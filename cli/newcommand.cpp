@@ -6,8 +6,10 @@
 #include "cli/run.h"
 #include "dump/netlist.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 
 #include <memory>
 
@@ -30,6 +32,7 @@ struct Words
     int units = 0;
     bool lite = false;
     bool plain = false;
+    bool view = false;
 };
 
 /// A clock must be given; this tells which one it may be.
@@ -99,30 +102,52 @@ int makeNew(Words const& words)
     return int(Status::Done);
 }
 
+/// The viewer beside this program. Throws a Failure where it can't show anything.
+QString viewer()
+{
+    QString const program = QCoreApplication::applicationDirPath() + QStringLiteral("/vek-view");
+    if (!QFileInfo(program).isExecutable())
+        throw Failure{Status::Usage, QStringLiteral("--view: there is no vek-view beside this "
+                                                    "program; the package vek-workbench has it")};
+    bool const hasDisplay = qEnvironmentVariableIsSet("DISPLAY") ||
+                            qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+                            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    if (!hasDisplay)
+        throw Failure{Status::Usage, QStringLiteral("--view: there is no display")};
+    return program;
+}
+
 /// Ends with what the trigger did.
 int rehearse(Words const& words)
 {
+    QString const program = words.view ? viewer() : QString();
     NewDesign const design = designFrom(words);
-    MadeDesign const made = makeDesign(design);
+    MadeDesign const rehearsed = makeDesign(design);
     RunSettings settings;
-    settings.configuration = made.configuration;
+    settings.configuration = rehearsed.configuration;
     settings.output = design.prefix;
     settings.formats.clear();
     for (std::string const& format : words.formats)
         settings.formats << textOf(format).toLower();
+    QString const session = QStringLiteral("rsx");
+    if (words.view && !settings.formats.contains(session))
+        settings.formats << session; // all windows in one
     settings.plain = words.plain;
     settings.cableWord = QStringLiteral("FT2CH");
     settings.capture.givesUp = true;
-    RehearsalDesk const desk(made.bench, settings.capture);
+    RehearsalDesk const desk(rehearsed.bench, settings.capture);
     if (!desk.warning().isEmpty())
         printWarning(desk.warning());
     int const status = Run(settings).exec();
     if (status == int(Status::Done) || status == int(Status::NoTrigger)) {
         ExplainSettings explained;
-        explained.configuration = made.configuration;
-        explained.bench = made.bench;
+        explained.configuration = rehearsed.configuration;
+        explained.bench = rehearsed.bench;
         tell(printLine(textOf(explain(explained))));
     }
+    QString const made = design.prefix + QLatin1Char('.') + session;
+    if (words.view && status == int(Status::Done) && !QProcess::startDetached(program, {made}))
+        throw Failure{Status::Output, QStringLiteral("%1 can't be started").arg(program)};
     return status;
 }
 
@@ -194,6 +219,7 @@ void addRehearseCommand(CLI::App& program, Command& chosen)
         ->type_name("LIST");
     command->add_flag("--plain", words->plain,
                       "CSV and VCD in the profiles that other tools read without a recipe");
+    command->add_flag("--view", words->view, "Open the windows in vek-view");
     command->footer(
         "The simulated chip runs in this program: no cable and no server is touched.\n\n" +
         statusHelp().toStdString());

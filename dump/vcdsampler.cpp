@@ -19,6 +19,7 @@ struct Tap
     bool clockBefore = false;
     bool clockNow = false;
     bool clockKnown = false;
+    bool hasClock = false;
     bool hasRow = false;
 };
 
@@ -90,6 +91,7 @@ private:
     std::vector<Use> m_uses;      ///< By identifier code.
     std::vector<quint64> m_value; ///< Of the change, packed.
     bool m_suspended = false;
+    bool m_hasTime = false;
     bool m_isCut = false;
     QString m_error;
 };
@@ -100,13 +102,16 @@ bool Sampler::prepare()
     std::vector<Target> wanted;
     for (SampleRequest const& request : m_requests) {
         int const tap = int(m_taps.size());
-        names.want(request.clock);
-        wanted.push_back({tap, Target::Clock, 0});
+        if (!request.clock.isEmpty()) {
+            names.want(request.clock);
+            wanted.push_back({tap, Target::Clock, 0});
+        }
         for (int i = 0; i < request.signalNames.size(); ++i) {
             names.want(request.signalNames.at(i));
             wanted.push_back({tap, i, 0});
         }
         m_taps.emplace_back();
+        m_taps.back().hasClock = !request.clock.isEmpty();
         m_taps.back().before.resize(std::size_t(SampleTable::wordsFor(request.signalNames.size())));
         m_taps.back().now = m_taps.back().before;
     }
@@ -148,6 +153,7 @@ bool Sampler::readValues()
         case VcdReader::Event::Time:
             if (!endOfTime())
                 return false;
+            m_hasTime = true;
             break;
         case VcdReader::Event::Change:
             change();
@@ -207,15 +213,16 @@ bool Sampler::endOfTime()
 {
     for (std::size_t i = 0; i < m_taps.size(); ++i) {
         Tap& tap = m_taps[i];
-        if (tap.clockKnown && !tap.clockBefore && tap.clockNow) {
+        bool const isEdge = tap.clockKnown && !tap.clockBefore && tap.clockNow;
+        if (tap.hasClock ? isEdge : tap.changed && m_hasTime) {
             tap.hasRow = true;
-            if (!m_take(int(i), tap.before.data()))
+            if (!m_take(int(i), tap.hasClock ? tap.before.data() : tap.now.data()))
                 return false;
         }
         tap.clockBefore = tap.clockNow;
-        if (tap.changed)
+        if (tap.changed && tap.hasClock)
             tap.before = tap.now;
-        tap.changed = false;
+        tap.changed = tap.changed && !tap.hasClock && !m_hasTime;
     }
     return true;
 }
@@ -224,7 +231,9 @@ bool Sampler::checkRows()
 {
     for (std::size_t i = 0; i < m_taps.size(); ++i) {
         if (!m_taps[i].hasRow) {
-            m_error = QStringLiteral("the clock %1 has no rising edge").arg(m_requests[i].clock);
+            m_error = m_taps[i].hasClock ? QStringLiteral("the clock %1 has no rising edge")
+                                               .arg(m_requests[i].clock)
+                                         : QStringLiteral("no signal has a value");
             return false;
         }
     }

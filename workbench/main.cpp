@@ -5,25 +5,11 @@
 // With --grab it runs one capture, writes pictures of its panes into the folder and ends.
 
 #include "workbench/mainwindow.h"
+#include "workbench/startup.h"
+#include "workbench/theme.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-
-#include <algorithm>
-
-namespace {
-
-bool asksForHelp(int argc, char const* const* argv)
-{
-    return std::any_of(argv + 1, argv + argc, [](char const* argument) {
-        return QStringList{QStringLiteral("-h"), QStringLiteral("--help"),
-                           QStringLiteral("--help-all"), QStringLiteral("-v"),
-                           QStringLiteral("--version")}
-            .contains(QLatin1String(argument));
-    });
-}
-
-} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -44,12 +30,14 @@ int main(int argc, char* argv[])
                                   QStringLiteral("Capture, write pictures."),
                                   QStringLiteral("folder"));
     parser.addOptions({device, grab});
-    if (asksForHelp(argc, argv)) { // without a display too, where the other application aborts
+    if (asksForHelp(argc, argv)) {
         QCoreApplication app(argc, argv);
         parser.process(app);
     }
     QApplication app(argc, argv);
     parser.process(app);
+    if (!parser.isSet(grab))
+        restoreTheme();
 
     MainWindow window;
     window.show();

@@ -85,6 +85,7 @@ private:
     // its files (mainwindowfiles.cpp)
     void chooseFile(QString const& recent = QString());
     void newFromSimulation();
+    void openInViewer();
     void follow(QString const& file);
     void tellFindings(QString const& path);
     QStringList unsavedWork();

@@ -17,10 +17,12 @@
 #include "workbench/savedview.h"
 #include "workbench/simulationdialog.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
+#include <QProcess>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -56,6 +58,17 @@ void MainWindow::newFromSimulation()
     SimulationDialog dialog(QFileInfo(m_path).absolutePath(), this);
     if (dialog.exec() == QDialog::Accepted)
         open(dialog.configuration());
+}
+
+/// In a process of its own, which outlives this one.
+void MainWindow::openInViewer()
+{
+    QStringList const files = QFileDialog::getOpenFileNames(
+        this, QStringLiteral("Open Capture"), QFileInfo(m_path).absolutePath(),
+        QStringLiteral("Captures (*.csv *.rsx *.vcd *.prn)"));
+    QString const viewer = QCoreApplication::applicationDirPath() + QStringLiteral("/vek-view");
+    if (!files.isEmpty() && !QProcess::startDetached(viewer, files))
+        say(QStringLiteral("%1 can't be started.").arg(viewer), true);
 }
 
 bool MainWindow::open(QString const& path)

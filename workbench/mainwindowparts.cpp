@@ -6,6 +6,7 @@
 #include "workbench/cablebox.h"
 #include "workbench/mainwindow.h"
 #include "workbench/runstatus.h"
+#include "workbench/theme.h"
 
 #include <QAction>
 #include <QApplication>
@@ -116,6 +117,7 @@ void MainWindow::makeFileMenu(QToolBar* bar)
         menu->addAction(QStringLiteral("Save Session &As..."), this, &MainWindow::saveSession,
                         QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_S));
     m_fileActions << save << saveAs;
+    menu->addAction(QStringLiteral("Open Capture in &Viewer..."), this, &MainWindow::openInViewer);
     QMenu* const exports = menu->addMenu(QStringLiteral("&Export Window"));
     for (char const* const format : {"csv", "prn", "vcd"}) {
         QString const name = QLatin1String(format);
@@ -182,6 +184,8 @@ void MainWindow::makeViewMenu()
     menu->addSeparator();
     for (QDockWidget* const dock : findChildren<QDockWidget*>())
         menu->addAction(dock->toggleViewAction());
+    menu->addSeparator();
+    menu->addAction(makeThemeAction(this));
     menuBar()
         ->addMenu(QStringLiteral("&Help"))
         ->addAction(QStringLiteral("&About"), this, &MainWindow::about);
