@@ -10,6 +10,9 @@
 #include <future>
 #include <tuple>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace VEK::Cli {
 namespace {
 
@@ -40,6 +43,15 @@ struct FileFacts
     QString reason; ///< Why it is broken.
 };
 
+/// A shell makes the file of `vek report night --json > night/report.json` before we read it.
+bool isOwnOutput(QFile const& file)
+{
+    struct stat output = {};
+    struct stat other = {};
+    return ::fstat(STDOUT_FILENO, &output) == 0 && ::fstat(file.handle(), &other) == 0 &&
+           output.st_dev == other.st_dev && output.st_ino == other.st_ino;
+}
+
 /// Documents take a hundred times what is kept of them: they go at once unless they are wanted.
 FileFacts factsOf(QByteArray const& path, QString const& labelKey, bool isDocumentWanted)
 {
@@ -49,6 +61,8 @@ FileFacts factsOf(QByteArray const& path, QString const& labelKey, bool isDocume
             throw BadManifest{file.errorString()};
         if (file.size() > LargestManifest)
             throw BadManifest{QStringLiteral("it is too large")};
+        if (file.size() == 0 && isOwnOutput(file))
+            return {};
         QByteArray const json = file.readAll();
         if (file.error() != QFileDevice::NoError)
             throw BadManifest{file.errorString()};

@@ -55,8 +55,8 @@ class Desk:
         if command and program.endswith("vek"):
             arguments = ("run", "-o", f"{self.out}/", *arguments, self.configuration)
         return subprocess.Popen([self.folder / program, *map(str, arguments)], text=True,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder,
-                                env=self.environment, **options)
+                                **{"stdout": subprocess.PIPE, **options}, stderr=subprocess.PIPE,
+                                cwd=self.folder, env=self.environment)
 
     def run(self, *arguments, **options):
         """Status, standard output and standard error; what a run must never leave is looked for."""

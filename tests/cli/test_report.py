@@ -76,10 +76,10 @@ def night(runs, tmp_path):
         folder = tmp_path / "night"
 
         def vek(self, *arguments, **options):
-            return runs.finish(runs.start("report", *arguments, command="", **options))
+            return runs.finish(self.start(*arguments, **options))
 
-        def start(self, *arguments):
-            return runs.start("report", *arguments, command="")
+        def start(self, *arguments, **options):
+            return runs.start("report", *arguments, command="", **options)
 
         def json(self, *arguments):
             _, out, err = self.vek(self.folder, "--json", *arguments)
@@ -130,11 +130,15 @@ def test_each_outcome(night, tmp_path):
     (night.folder / "deep/cut.json").write_text('{"format": "vek-run", "sch')
     (night.folder / "deep/other.json").write_text("[1]")
     (night.folder / "loop").symlink_to(night.folder)
+    with open(night.folder / "report.json", "w") as output:  # made by the shell, and no manifest
+        night.start(night.folder, "--json", stdout=output).communicate()
+    told = json.loads((night.folder / "report.json").read_text())
+    assert (len(told["broken"]), told["other_documents"]) == (1, 2)
     junit = tmp_path / "report.xml"
     report = night.json("--expected", expected, "--junit", junit)
     assert report["missing"] == ["never started"] and report["not_expected"] == 3
     assert [b["path"] for b in report["broken"]] == [str(night.folder / "deep/cut.json")]
-    assert (report["other_documents"], report["captures"]["all"]) == (1, 5)
+    assert (report["other_documents"], report["captures"]["all"]) == (2, 5)
 
     got, out, _ = night.vek(night.folder, night.folder / "deep", night.folder, "--expected", expected)
     assert got == 1
