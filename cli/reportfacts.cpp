@@ -3,7 +3,6 @@
 #include "cli/exitstatus.h"
 
 #include <QDateTime>
-#include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMap>
@@ -121,7 +120,8 @@ bool isLoopback(QString const& server)
 {
     QString host = server.section(QLatin1Char(':'), 0, -2);
     host.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
-    return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
+    return host == QLatin1String("localhost") || host == QLatin1String("::1") ||
+           host.startsWith(QLatin1String("127."));
 }
 
 QString boardName(QJsonObject const& root)
