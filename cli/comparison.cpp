@@ -152,9 +152,7 @@ QString sentence(SignalOutcome const& outcome)
 {
     if (outcome.kind == SignalOutcome::Differs)
         return QStringLiteral("%1: %2 samples differ, the first at %3")
-            .arg(outcome.name)
-            .arg(outcome.differing)
-            .arg(outcome.first);
+            .arg(outcome.name, QString::number(outcome.differing), QString::number(outcome.first));
     return outcome.name + QStringLiteral(": ") + kindWord(outcome.kind);
 }
 

@@ -111,6 +111,9 @@ def test_lengths_and_signals(folder):
     assert got == 1 and out == "lost: missing\nfound: added\n"
     assert vek(folder, "compare", golden, renamed, "--align", 64, "--ignore", "lost", "--ignore",
                "found")[0] == 0
+    golden.write_text(lines.replace(", line,", ", 5%2,"))
+    got, out, _ = vek(folder, "compare", golden, rows(golden, flip(70, 1)), "--align", 64)
+    assert got == 1 and out.startswith("5%2: 1 samples differ, the first at 6\n")
 
 
 def test_alignment(folder):
