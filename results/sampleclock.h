@@ -20,6 +20,9 @@ public:
     /// Whether a frequency is known. Without one a sample is a unit of time.
     bool isKnown() const { return m_microhertz > 0; }
 
+    /// From a sample to the next, in seconds; 0 without a frequency.
+    double period() const { return isKnown() ? 1e6 / double(m_microhertz) : 0; }
+
     /// The largest of s, ms, us, ns and ps in which every sample's time is a whole number; ps when
     /// there is none, with times rounded. Empty without a frequency.
     QString unit() const;

@@ -10,6 +10,7 @@
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
+#include "workbench/navigation.h"
 #include "workbench/triggerline.h"
 
 #include <QApplication>
@@ -50,6 +51,8 @@ MainWindow::MainWindow()
     makeFileMenu(bar);
     makeCaptureMenu(bar);
     makeViewMenu();
+    makeGoMenu();
+    makeHelpMenu();
 
     connect(&m_capture, &Capture::closing, this, &MainWindow::clearCores);
     connect(&m_capture, &Capture::windowArrived, this, &MainWindow::onWindowArrived);
@@ -140,6 +143,7 @@ void MainWindow::addTabs(QString const& name, int core, QWidget* panel)
     auto* const monitor = new WaveMonitorWidget(m_monitors);
     monitor->setTitle(0, core);
     m_monitors->addTab(monitor, name);
+    m_navigation->adopt(*monitor);
     connect(monitor, &WaveMonitorWidget::layoutEdited, this, [this] {
         m_hasEditedRows = true;
         updateTitle();
@@ -159,6 +163,16 @@ WaveMonitorWidget* MainWindow::currentMonitor() const
 bool MainWindow::hasCores() const
 {
     return m_capture.liteCore() || !m_capture.cores().isEmpty();
+}
+
+/// Of the monitor in front.
+SampleTimes MainWindow::sampleTimes() const
+{
+    WaveMonitorWidget const* const shown = currentMonitor();
+    if (!shown)
+        return SampleTimes();
+    return {shown->model()->timeLength(), shown->windowsNum(), shown->model()->triggerPosition(),
+            m_sampleClock};
 }
 
 int MainWindow::triggerPosition(int core) const

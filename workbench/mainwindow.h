@@ -2,6 +2,7 @@
 
 #include "capture/capture.h"
 #include "wavemonitor/wavemonitorwidget.h"
+#include "workbench/sampletimes.h"
 
 #include <QFileSystemWatcher>
 #include <QHash>
@@ -13,6 +14,7 @@
 #include <memory>
 
 class CableBox;
+class Navigation;
 class QDockWidget;
 class QLabel;
 class QMenu;
@@ -75,6 +77,9 @@ private:
     void makeFileMenu(QToolBar* bar);
     void makeCaptureMenu(QToolBar* bar);
     void makeViewMenu();
+    void makeGoMenu();
+    void makeHelpMenu();
+    void askSampleClock();
     void restoreState();
     void keepState() const;
     void showRecentFiles();
@@ -123,6 +128,7 @@ private:
     void say(QString const& message, bool isError = false);
 
     bool hasCores() const;
+    SampleTimes sampleTimes() const;
     int triggerPosition(int core) const;
     int windowCount(int core) const;
     QList<VEK::SignalItem> capturedSignals(int core) const;
@@ -147,6 +153,9 @@ private:
     QString m_grabFolder;
 
     QTabWidget* m_monitors = nullptr;
+    Navigation* m_navigation = nullptr;
+    QLabel* m_whereabouts = nullptr;
+    VEK::SampleClock m_sampleClock; ///< For the times of samples; no file tells it.
     QLabel* m_hint = nullptr;
     QVBoxLayout* m_centre = nullptr;
     QWidget* m_banner = nullptr;

@@ -16,15 +16,19 @@
 #include "workbench/mainwindow.h"
 #include "workbench/savedview.h"
 #include "workbench/simulationdialog.h"
+#include "workbench/whereabouts.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
+#include <QLabel>
 #include <QProcess>
+#include <QSettings>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 
 using namespace VEK;
@@ -35,6 +39,12 @@ namespace {
 QString const SessionEnding = QStringLiteral(".rsx");
 QString const TimeUnit = QStringLiteral("us");
 constexpr int TimeStep = 1;
+
+/// Of the sample clock's frequency of a file, as the user has given it.
+QString clockKey(QString const& path)
+{
+    return QStringLiteral("sampleClocks/") + QString::fromLatin1(QUrl::toPercentEncoding(path));
+}
 
 } // namespace
 
@@ -83,6 +93,8 @@ bool MainWindow::open(QString const& path)
     }
     follow(file);
     m_bench = Cli::rehearsalBench(file);
+    m_sampleClock = SampleClock();
+    m_sampleClock.parse(QSettings().value(clockKey(file)).toString());
     showCores();
     showSession(file);
     noteSaved();
@@ -131,9 +143,12 @@ void MainWindow::noteSaved()
     updateTitle();
 }
 
+/// And what else follows from what a user has just done.
 void MainWindow::updateTitle()
 {
     setWindowModified(!unsavedWork().isEmpty());
+    m_whereabouts->setText(currentMonitor() ? whereabouts(*currentMonitor(), sampleTimes())
+                                            : QString());
 }
 
 void MainWindow::showSession(QString const& path)
@@ -168,6 +183,23 @@ QByteArray MainWindow::fileText(QString const& path)
 {
     return m_bench.isEmpty() ? configuration()
                              : Cli::markedForRehearsal(configuration(), path, m_bench);
+}
+
+void MainWindow::askSampleClock()
+{
+    QString const key = clockKey(m_path);
+    bool ok = false;
+    QString const text = QInputDialog::getText(
+        this, QStringLiteral("Sample Clock"), QStringLiteral("Frequency, such as 50MHz:"),
+        QLineEdit::Normal, QSettings().value(key).toString(), &ok);
+    if (!ok)
+        return;
+    SampleClock clock;
+    if (!text.isEmpty() && !clock.parse(text))
+        return say(QStringLiteral("%1 is no frequency such as 50MHz.").arg(text), true);
+    m_sampleClock = clock;
+    QSettings().setValue(key, text);
+    updateTitle();
 }
 
 QList<QList<int>> MainWindow::markers() const

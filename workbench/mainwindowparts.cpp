@@ -5,6 +5,7 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
 #include "workbench/mainwindow.h"
+#include "workbench/navigation.h"
 #include "workbench/runstatus.h"
 #include "workbench/theme.h"
 
@@ -186,9 +187,31 @@ void MainWindow::makeViewMenu()
         menu->addAction(dock->toggleViewAction());
     menu->addSeparator();
     menu->addAction(makeThemeAction(this));
-    menuBar()
-        ->addMenu(QStringLiteral("&Help"))
-        ->addAction(QStringLiteral("&About"), this, &MainWindow::about);
+}
+
+void MainWindow::makeGoMenu()
+{
+    m_navigation = new Navigation(
+        *menuBar(), [this] { return currentMonitor(); }, [this] { return sampleTimes(); }, this);
+    connect(m_navigation, &Navigation::refused, this,
+            [this](QString const& message) { say(message, true); });
+    m_navigation->menu()->addSeparator();
+    m_fileActions << m_navigation->menu()->addAction(QStringLiteral("Sample Cloc&k..."), this,
+                                                     &MainWindow::askSampleClock);
+    m_whereabouts = new QLabel;
+    m_whereabouts->setTextFormat(Qt::PlainText);
+    statusBar()->addPermanentWidget(m_whereabouts);
+    connect(m_monitors, &QTabWidget::currentChanged, &m_titleTimer,
+            QOverload<>::of(&QTimer::start));
+}
+
+void MainWindow::makeHelpMenu()
+{
+    QMenu* const menu = menuBar()->addMenu(QStringLiteral("&Help"));
+    menu->addAction(
+        QStringLiteral("&Keyboard Shortcuts"), this, [this] { showShortcuts(*menuBar(), this); },
+        QKeySequence(Qt::Key_F1));
+    menu->addAction(QStringLiteral("&About"), this, &MainWindow::about);
 }
 
 void MainWindow::about()

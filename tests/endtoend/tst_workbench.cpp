@@ -4,8 +4,11 @@
 
 #include "tests/support/widgettools.h"
 #include "wavemonitor/signaltreemodel.h"
+#include "wavemonitor/signaltreeview.h"
+#include "wavemonitor/waveview.h"
 #include "workbench/simulationdialog.h"
 
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -242,6 +245,89 @@ private slots:
         QCOMPARE(list->item(0)->text(), QString("exp0:  M0"));
         window.action("&Save")->trigger();
         QCOMPARE(expectedCaptures(content(setup), {{"clk", waves}}).at(0).trigger, 300);
+    }
+
+    /// The keys of the waves; the tree keeps its own.
+    void keyboard()
+    {
+        QString const setup = layDemo("bus/bus-stall"); // 2 windows of 512 samples, trigger at 128
+        Window window;
+        QVERIFY(window.open(setup));
+        window.run();
+        QWidget* const waves = window.monitor()->waveView();
+        auto const toWaves = [&] { // a dialog takes the focus along
+            window.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&window));
+            waves->setFocus();
+        };
+        toWaves();
+        auto const press = [&](int key, Qt::KeyboardModifiers keys = {}) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), keys);
+            return window.monitor()->cursorTime();
+        };
+        int const trigger = window.monitor()->cursorTime();
+        int const size = window.monitor()->model()->timeLength() / 2;
+        QCOMPARE(press(Qt::Key_T), trigger + size);
+        QCOMPARE(press(Qt::Key_T), trigger);
+        press(Qt::Key_M); // on the first sample that is free
+        inDialog<QInputDialog>([](QInputDialog* dialog) {
+            dialog->setTextValue("-50");
+            QTest::keyClick(dialog, Qt::Key_Return);
+        });
+        QCOMPARE(press(Qt::Key_G, Qt::ControlModifier), trigger - 50);
+        toWaves();
+        inDialog<QInputDialog>([](QInputDialog* dialog) {
+            dialog->setTextValue("-500");
+            QTest::keyClick(dialog, Qt::Key_Return);
+        });
+        QCOMPARE(press(Qt::Key_G, Qt::ControlModifier), trigger - 50);
+        QVERIFY(window.messages().contains("\"-500\" is no sample"));
+        toWaves();
+        QCOMPARE(press(Qt::Key_N), trigger);
+        QCOMPARE(press(Qt::Key_N), trigger + 1);
+        QCOMPARE(press(Qt::Key_N, Qt::ShiftModifier), trigger);
+
+        auto* const tree = window.monitor()->treeView();
+        tree->setCurrentIndex(window.row("valid"));
+        int const edge = tree->getNextTransition(trigger);
+        QCOMPARE(press(Qt::Key_Right), edge);
+        QCOMPARE(press(Qt::Key_Left), tree->getPreviousTransition(edge));
+        QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                          tree->visualRect(window.row("valid")).center());
+        int const before = window.monitor()->cursorTime();
+        press(Qt::Key_Right);
+        QCOMPARE(window.monitor()->cursorTime(), before);
+
+        inDialog<QInputDialog>([](QInputDialog* dialog) {
+            dialog->setTextValue("50MHz");
+            QTest::keyClick(dialog, Qt::Key_Return);
+        });
+        window.action("Sample Cloc&k...")->trigger();
+        window.monitor()->setCursorTime(trigger + 21);
+        QTest::keyClick(tree, Qt::Key_Shift);
+        auto const says = [&](QString const& text) {
+            for (auto const* label : window.findChildren<QLabel*>())
+                if (label->text().contains(text))
+                    return true;
+            return false;
+        };
+        QTRY_VERIFY(says(QString("sample %1 in window 0, 21 behind the trigger (420 ns); marker "
+                                 "%2: 20 samples (400 ns), ")
+                             .arg(trigger + 21)
+                             .arg(trigger + 1)));
+        window.monitor()->setCursorTime(trigger + size);
+        QTest::keyClick(tree, Qt::Key_Shift);
+        QTRY_VERIFY(
+            says(QString("marker %1: %2 samples across windows").arg(trigger + 1).arg(size - 1)));
+        toWaves();
+        inDialog([](QDialog* dialog) {
+            QCOMPARE(dialog->findChild<QTreeWidget*>()
+                         ->findItems("To Time...", Qt::MatchRecursive)
+                         .size(),
+                     1);
+            dialog->reject();
+        });
+        press(Qt::Key_F1);
     }
 
     /// From a dump to windows, though a server that is started would be a board's.
