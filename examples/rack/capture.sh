@@ -14,10 +14,13 @@ rack=${RACK:?the folder of boards.tsv}
 putBack=75
 mostAttempts=10
 
-index=$(scontrol -d show job "$SLURM_JOB_ID" | sed -n 's/.*GRES=board[^ ]*(IDX:\([0-9]*\)).*/\1/p' | head -n 1)
+# Not by SLURM_JOB_ID: that of the last task is the array's too, and shows the boards of all tasks.
+index=$(scontrol -d show job "${SLURM_ARRAY_JOB_ID}_$SLURM_ARRAY_TASK_ID" |
+    sed -n 's/.*GRES=board[^ ]*(IDX:\([0-9]*\)).*/\1/p')
 take_board "$SLURMD_NODENAME" "$index"
-export TMPDIR=/tmp/$VEK_BOARD # servers of one desk would share a socket; short: it lies in there
-mkdir -p "$TMPDIR"
+# Servers of one desk would share a socket. A short name, since the socket lies in there.
+export TMPDIR=${RACK_TMP:-/tmp}/$VEK_BOARD
+mkdir -p -m 700 "$TMPDIR"
 
 IFS=$'\t' read -r name configuration golden trigger < <(sed -n "${SLURM_ARRAY_TASK_ID}p" "$captures")
 attempt=$((${SLURM_RESTART_COUNT:-0} + 1))

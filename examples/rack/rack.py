@@ -5,6 +5,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import socket
 import subprocess
 import sys
@@ -19,6 +20,7 @@ NETS = ["addr", "valid", "ready", "write", "gnt"]
 TRIGGERS = ["addr in 0x50..0x57 & valid rises", "valid & !ready", "write rises", "gnt == 2",
             "(ready) 5 times"]
 PATIENCE = 60  # s for the scheduler to come up
+ENDING = 15     # s for the captures that run at the end
 
 
 def free_ports(count):
@@ -37,6 +39,7 @@ class Board:
     def __init__(self, program, port, bench, log):
         self.command = [program, "--listen", f"127.0.0.1:{port}"]
         self.environment = {**os.environ, "VEK_BENCH": str(bench)}
+        self.port = port
         self.log = log
         self.process = None
         self.isEnding = False
@@ -48,7 +51,8 @@ class Board:
         while not self.isEnding:
             with open(self.log, "ab") as log:
                 self.process = subprocess.Popen(self.command, env=self.environment, stdout=log,
-                                                stderr=log, stdin=subprocess.DEVNULL)
+                                                stderr=log, stdin=subprocess.DEVNULL,
+                                                start_new_session=True)  # Ctrl-C is not for it
             self.process.wait()
             if not self.isEnding:
                 self.deaths += 1
@@ -67,6 +71,20 @@ class Board:
     def refusals(self):
         return self.log.read_text().count("refused") if self.log.exists() else 0
 
+    def refuses(self):
+        """Whether the server turns a second client away and tells it, as the tests rely on."""
+        with socket.create_connection(("127.0.0.1", self.port), PATIENCE) as first:
+            hello = f"serving 127.0.0.1:{first.getsockname()[1]}"
+            while hello not in self.log.read_text():
+                time.sleep(0.05)
+            before = self.refusals()
+            with socket.create_connection(("127.0.0.1", self.port), PATIENCE) as second:
+                try:
+                    isClosed = second.recv(1) == b""
+                except ConnectionResetError:
+                    isClosed = True
+            return isClosed and self.refusals() == before + 1
+
 
 class Rack:
     """Up within `with`; what it started is ended at its end."""
@@ -80,10 +98,11 @@ class Rack:
         self.keep = keep
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="rack-", dir="/tmp"))
         self.environment = {**os.environ, "SLURM_CONF": str(self.folder / "slurm.conf"),
-                            "RACK": str(self.folder),
+                            "RACK": str(self.folder), "RACK_TMP": str(self.folder / "tmp"),
                             "PATH": f"{self.vek.parent}{os.pathsep}{os.environ['PATH']}"}
         self.boards = {}
         self.daemons = {}
+        self.left = []  # processes that had to be killed at the end
 
     def __enter__(self):
         try:
@@ -92,8 +111,8 @@ class Rack:
             self.start_daemon("slurmctld", ["slurmctld", "-D", "-i"])
             for desk in self.desks:
                 self.start_desk(desk)
-            self.until(lambda: self.slurm("sinfo", "-h", "-t", "idle", "-o", "%D").strip()
-                       == str(len(self.desks)), "the desks did not come up")
+            self.until(lambda: self.slurm("sinfo", "-h", "-t", "idle", "-o", "%D")
+                       == f"{len(self.desks)}\n", "the desks did not come up")
         except BaseException:
             self.end()
             raise
@@ -104,7 +123,7 @@ class Rack:
 
     def lay(self):
         """Writes the rack's files; the scripts and the configuration are those beside this one."""
-        for name in ("state", "spool", "log", "suspects", "runs", "golden", "boards"):
+        for name in ("state", "spool", "log", "suspects", "runs", "golden", "boards", "tmp"):
             (self.folder / name).mkdir()
         for name in ("boards.sh", "capture.sh", "health.sh"):
             shutil.copy(HERE / name, self.folder)
@@ -180,8 +199,9 @@ class Rack:
             process.wait()
 
     def slurm(self, *command):
+        """What a command of the scheduler prints; None when it failed, as while the controller starts."""
         done = subprocess.run(command, env=self.environment, capture_output=True, text=True)
-        return done.stdout if done.returncode == 0 else ""
+        return done.stdout if done.returncode == 0 else None
 
     def until(self, isSo, problem, patience=PATIENCE):
         end = time.monotonic() + patience
@@ -202,12 +222,16 @@ class Rack:
         said = self.slurm("sbatch", f"--array=1-{captures}", "--gres=board:tk501:1", "--parsable", "--output",
                           f"{self.folder}/log/task-%a", "--open-mode=append", str(self.folder / "capture.sh"),
                           str(self.folder / "captures.tsv"), str(self.folder / "runs"))
-        if not said.strip():
+        if not said:
             raise SystemExit("rack: the captures were not taken")
 
     def queue(self):
         """How many tasks are in which state; one that was put back counts as pending."""
-        rows = self.slurm("squeue", "-h", "-r", "-o", "%T").split()
+        end = time.monotonic() + PATIENCE
+        while (said := self.slurm("squeue", "-h", "-r", "-o", "%T")) is None:
+            if time.monotonic() > end:
+                raise SystemExit("rack: the controller does not tell its queue")
+        rows = said.split()
         return {state: rows.count(state) for state in sorted(set(rows))}
 
     def wait(self, show=False, patience=600):
@@ -227,17 +251,34 @@ class Rack:
                                self.folder / "expected.txt", *options], **how)
 
     def end(self):
-        if self.daemons:
-            self.slurm("scancel", "--user", getpass.getuser())
-        for name in list(self.daemons):
-            if name != "slurmctld":
-                self.end_daemon(name)
-        if "slurmctld" in self.daemons:
-            self.end_daemon("slurmctld")
+        """Ends all that was started, by its id, and removes the folder."""
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            signal.signal(number, signal.SIG_IGN)  # a second Ctrl-C would leave the rest running
+        if "slurmctld" in self.daemons and self.slurm("scancel", "--user", getpass.getuser()) is not None:
+            patience = time.monotonic() + ENDING
+            while self.slurm("squeue", "-h") and time.monotonic() < patience:
+                time.sleep(0.2)
+        for name in sorted(self.daemons, key=lambda name: name == "slurmctld"):  # the controller last
+            self.end_daemon(name)
         for board in self.boards.values():
             if isinstance(board, Board):
                 board.end()
+        self.left = self.processes()
+        for process in self.left:
+            os.kill(process, signal.SIGKILL)
         if self.keep:
             print(f"runs and logs: {self.folder}", file=sys.stderr)
         else:
             shutil.rmtree(self.folder, ignore_errors=True)
+
+    def processes(self):
+        """Ids of all processes below the daemons: they have the rack's folder in their environment."""
+        mark = f"RACK={self.folder}".encode()
+        found = []
+        for process in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                if mark in (process / "environ").read_bytes().split(b"\0"):
+                    found.append(int(process.name))
+            except OSError:
+                pass  # it has just ended, or is another user's
+        return found

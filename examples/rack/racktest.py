@@ -1,6 +1,7 @@
 """What must hold in a rack where things go wrong, for tools/rack --test."""
 
 import collections
+import datetime
 import json
 import os
 import pathlib
@@ -9,9 +10,8 @@ import re
 import signal
 import time
 
-KILLS = 10          # captures that are ended with SIGKILL
+KILLS = 10          # of captures: half by SIGKILL, half by putting the job back while it runs
 DEATHS = 5          # of servers, which their desks start again
-LOST_FOR = 15       # s that a desk's daemon is away, longer than the scheduler's patience
 PAUSE = 0.5         # s between two troubles
 
 
@@ -20,23 +20,22 @@ class Troubles:
         self.rack = rack
         self.random = random.Random(seed)
         self.killed = 0
+        self.returned = None  # when the lost desk was started again, as in manifests
         self.checks = 0
         self.problems = []
         print(f"seed {seed}", flush=True)
 
     def run(self):
         """Makes trouble while the captures run, and looks at what became of them. The exit status."""
-        troubles = [self.kill_capture] * KILLS + [self.kill_server] * DEATHS
+        troubles = [self.kill_capture, self.put_back] * (KILLS // 2) + [self.kill_server] * DEATHS
         self.random.shuffle(troubles)
         self.rack.until(lambda: self.captures(), "no capture has begun")
-        lost = self.lose_desk()
-        back = time.monotonic() + LOST_FOR
-        while troubles and self.rack.queue():
-            if troubles[-1]():
+        self.lose_desk()
+        while (troubles or not self.returned) and self.rack.queue():
+            if troubles and troubles[-1]():
                 troubles.pop()
+            self.return_desk()
             time.sleep(PAUSE)
-        time.sleep(max(0, back - time.monotonic()))
-        self.rack.start_desk(lost)
         seconds = self.rack.wait(show=True)
         self.expect(not troubles, f"the captures ended before {len(troubles)} of the troubles came")
         print(f"all done after {seconds:.0f} s\n", flush=True)
@@ -67,6 +66,15 @@ class Troubles:
                 pass  # it has just ended
         return found
 
+    @staticmethod
+    def environment(process):
+        """Empty for one that has ended."""
+        try:
+            text = pathlib.Path(f"/proc/{process}/environ").read_text()
+        except OSError:
+            return {}
+        return dict(entry.split("=", 1) for entry in text.split("\0") if "=" in entry)
+
     def kill_capture(self):
         running = self.captures()
         if not running:
@@ -78,9 +86,34 @@ class Troubles:
         self.killed += 1
         return True
 
+    def put_back(self):
+        """As an operator does: the scheduler ends the job and starts it again."""
+        running = self.captures()
+        if not running:
+            return False
+        process = self.random.choice(running)
+        try:
+            os.kill(process, signal.SIGSTOP)  # so that it can't be through before it is ended
+        except ProcessLookupError:
+            return False
+        job = self.environment(process)
+        if not job:
+            return False
+        task = f"{job['SLURM_ARRAY_JOB_ID']}_{job['SLURM_ARRAY_TASK_ID']}"
+        if self.rack.slurm("scontrol", "requeue", task) is None:
+            os.kill(process, signal.SIGCONT)
+            return False
+        self.killed += 1
+        return True
+
     def kill_server(self):
-        board = self.random.choice([b for b in self.rack.boards.values() if b])
-        if board.process.poll() is not None:
+        """One whose board is at work, if the capture is not just at its end."""
+        running = self.captures()
+        if not running:
+            return False
+        name = self.environment(self.random.choice(running)).get("VEK_BOARD")
+        board = name and self.rack.boards[int(name.removeprefix("board"))]
+        if not board or board.process.poll() is not None:
             return False  # it is being started again
         board.kill()
         return True
@@ -88,9 +121,15 @@ class Troubles:
     def lose_desk(self):
         """One that has no dead board."""
         dead = self.rack.desks[self.rack.dead // 2]
-        desk = self.random.choice([d for d in self.rack.desks if d != dead])
-        self.rack.end_daemon(desk)
-        return desk
+        self.lost = self.random.choice([d for d in self.rack.desks if d != dead])
+        self.rack.end_daemon(self.lost)
+
+    def return_desk(self):
+        """Once the scheduler has missed it."""
+        state = self.rack.slurm("sinfo", "-h", "-n", self.lost, "-o", "%t") or ""
+        if not self.returned and state.startswith("down"):
+            self.rack.start_desk(self.lost)
+            self.returned = datetime.datetime.now(datetime.timezone.utc).isoformat()
 
     def look_at_scheduler(self):
         completed = collections.Counter()
@@ -106,6 +145,7 @@ class Troubles:
         for number, board in self.rack.boards.items():
             if board:
                 self.expect(board.refusals() == 0, f"board {number} refused a second client")
+                self.expect(board.refuses(), f"board {number} lets two clients in")
         deaths = sum(board.deaths for board in self.rack.boards.values() if board)
         self.expect(deaths == DEATHS, f"{deaths} servers were started again, not {DEATHS}")
         self.expect(self.killed == KILLS, f"{self.killed} captures were killed, not {KILLS}")
@@ -114,6 +154,10 @@ class Troubles:
             manifest = json.loads(path.read_text())
             if manifest["state"] == "ended":
                 runs[manifest["labels"]["board"]].append((manifest["started"], manifest["ended"]))
+        back = [f"board{n}" for n in self.rack.boards if self.rack.desks[n // 2] == self.lost]
+        self.expect(self.returned and
+                    any(began > self.returned for board in back for began, _ in runs[board]),
+                    f"no capture ran on {self.lost} after its return")
         for board, times in runs.items():
             times.sort()
             self.expect(all(a[1] <= b[0] for a, b in zip(times, times[1:])),
