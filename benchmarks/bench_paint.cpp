@@ -27,8 +27,11 @@ namespace {
 constexpr int Signals = 32;
 constexpr int Buses = 4;
 constexpr int BusWidth = 16;
-constexpr int Width = 1600; ///< Of the picture, in pixels.
-constexpr int Height = 900;
+constexpr int Width = 1200; ///< Of the picture, in pixels.
+constexpr int Height = 560;
+constexpr int Rows = 18; ///< That fit into it, and charts.
+constexpr int Charts = 6;
+constexpr double LongestPaint = 0.004; ///< Of a picture, in seconds, whatever its limit takes.
 constexpr int Samples = 1000000;
 constexpr int FewerSamples = 10000; ///< More than the picture shows at any zoom.
 
@@ -311,7 +314,7 @@ bool sameRuns(BusData const& bus)
         members.append(signal.data);
     BusSamples samples;
     samples.setMembers(members);
-    QVector<int> const& starts = samples.runStarts();
+    QVector<int> const starts = samples.changes(0, samples.length());
     return std::vector<int>(starts.begin(), starts.end()) == runStarts(bus);
 }
 
@@ -388,23 +391,23 @@ int main(int argc, char** argv)
         DataFormatter(DataFormat::UnsignedBarChart), DataFormatter(DataFormat::UnsignedLineChart),
         DataFormatter(DataFormat::SignedBarChart), DataFormatter(DataFormat::SignedLineChart)};
     std::vector<Comparison> comparisons;
-    for (double zoom : {16.0, 1.0, 1.0 / 16, 1.0 / 256}) {
+    for (double zoom : {16.0, 1.0, 1.0 / 4, 1.0 / 16, 1.0 / 256}) {
         for (Data data : {Data::Random, Data::Counter}) {
             std::string const kind = data == Data::Random ? "random" : "counter";
             comparisons.push_back(comparisonOf(
-                "32 signals, " + kind, Signals, zoom, 4, 0,
+                "18 signals, " + kind, Rows, zoom, 4, 0,
                 [data](int length, int number) { return signalRow(data, length, number); }));
-            comparisons.push_back(comparisonOf("4 hex buses, " + kind, Buses, zoom, 4, 0.016,
+            comparisons.push_back(comparisonOf("18 hex buses, " + kind, Rows, zoom, 4, LongestPaint,
                                                [data](int length, int number) {
                                                    return busRow(data, length, number, hexadecimal);
                                                }));
             comparisons.push_back(comparisonOf(
-                "4 charts, " + kind, Buses, zoom, 4, 0.05, [data](int length, int number) {
-                    return busRow(data, length, number, charts[number]);
+                "6 charts, " + kind, Charts, zoom, 4, LongestPaint, [data](int length, int number) {
+                    return busRow(data, length, number, charts[number % 4]);
                 }));
         }
         comparisons.push_back(
-            comparisonOf("4 hex buses, one run", Buses, zoom, 4, 0.001, [](int length, int number) {
+            comparisonOf("18 hex buses, one run", Rows, zoom, 4, 0.001, [](int length, int number) {
                 return busRow(Data::Constant, length, number, hexadecimal);
             }));
     }

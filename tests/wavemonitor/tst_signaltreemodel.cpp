@@ -186,18 +186,18 @@ private slots:
         QCOMPARE(rig.model.getItem(nullptr), nullptr);
     }
 
-    void buildsSamplesOnce()
+    void sharesSamples()
     {
         TreeRig rig;
         auto const bus = [&] {
             return static_cast<BusWaveItem*>(rig.model.getItem(rig.node(rig.at(0))));
         };
-        int const* const runs = bus()->samples().runStarts().constData();
+        QVector<int> const runs = bus()->samples().changes(0, 100);
         for (int id = 10; id < 46; ++id)
             rig.model.addRawSignal(signal(id, "further"));
         rig.node(rig.at(0))->formatter->setFormatType(DataFormat::Binary);
         rig.model.updateItems();
-        QVERIFY(bus()->samples().runStarts().constData() == runs);
+        QCOMPARE(bus()->samples().changes(0, 100), runs);
         auto const* const member =
             static_cast<SignalWaveItem*>(rig.model.getItem(rig.node(rig.at(0, 0))));
         QVERIFY(member->waveData().bits() == rig.model.signalElementByID(0)->data.bits());
@@ -211,7 +211,7 @@ private slots:
         rig.model.updataSingalDatas({ones, ones, ones, ones}); // one short of the signals
         QCOMPARE(rig.model.timeLength(), 4);
         rig.model.updataSingalDatas({ones, ones, ones, ones, ones});
-        QCOMPARE(bus->samples().runStarts(), QVector<int>{0});
+        QCOMPARE(bus->samples().changes(-5, 100), QVector<int>{0});
         QCOMPARE(bus->boundingRect().width(), 350.0);
     }
 

@@ -308,6 +308,36 @@ private Q_SLOTS:
         }
     }
 
+    void anyPicture() // random ones: each meets other roundings
+    {
+        QRandomGenerator random(9);
+        auto const drawn = [&](int most) { return random.bounded(most); };
+        for (int i = 0; i < 400; ++i) {
+            bool const isOutline = drawn(4) == 0; // too wide for texts
+            int const bits = isOutline ? 60 : 1 + drawn(drawn(3) ? 12 : 60);
+            int const run = std::vector{1, 2, 5, isOutline ? 3 : 80}[std::size_t(drawn(4))];
+            int const length = 1 + drawn(2) * 4000;
+            QList<QBitArray> members;
+            for (int k = 0; k < bits; ++k)
+                members.append(randomSignal(random, length, isOutline ? run : run * (k + 1)));
+            Samples const samples = samplesOf(members);
+            DataFormatter const formatter{
+                isOutline ? DataFormat::Hexadecimal
+                          : DataFormat::Type(DataFormat::UnsignedBarChart + drawn(4))};
+            BusWaveItem item(&formatter);
+            item.setMemberData(members);
+            double const zoom = std::pow(2.0, random.bounded(isOutline ? 5.0 : 11.0) - 8);
+            int const most = std::max(1, int(item.boundingRect().width() * zoom) - 9);
+            QRect const part(drawn(150), drawn(60), 1 + drawn(320), 1 + drawn(110));
+            compare(
+                item,
+                [&](QPainter* painter, QRectF const& exposed) {
+                    paintBus(painter, exposed, samples, formatter);
+                },
+                QTransform(zoom, 0, 0, 1, -drawn(most), drawn(20)), drawn(2) ? AllExposed : part);
+        }
+    }
+
     void textFarBehind() // the same picture as at the begin of a capture
     {
         DataFormatter const formatter{DataFormat::Hexadecimal};

@@ -3,6 +3,7 @@
 #include "results/dataformatter.h"
 #include "wavemonitor/constants.h"
 #include "wavemonitor/waves/bussamples.h"
+#include "wavemonitor/waves/dotpixels.h"
 #include "wavemonitor/waves/linepixels.h"
 #include "wavemonitor/waves/wavepainter.h"
 
@@ -63,38 +64,60 @@ private:
     quint64 m_numbers[64];
 };
 
+/// Bars narrower than a pixel often have none: those are not even looked at.
 void paintBars(WavePainter& painter, BusPicture const& picture, ChartScale& scale)
 {
+    double const width = kSampleWidth - 2 * BarGap;
+    double const pixels = width * painter.map().m11();
     for (int i = picture.first; i < picture.last; ++i) {
+        double const left = i * kSampleWidth + BarGap;
+        int column = 0;
+        int end = 0;
+        if (painter.isAligned()) {
+            double const x = painter.map().m11() * left + painter.map().dx();
+            column = qRound(x);
+            end = qRound(x + pixels);
+            if (column == end)
+                continue;
+        }
         double const value = scale.value(i);
         if (value == 0)
             continue;
         auto const [top, bottom] = std::minmax({scale.yOf(value), scale.zero()}); // by value
-        painter.fillRect(
-            QRectF(i * kSampleWidth + BarGap, top, kSampleWidth - 2 * BarGap, bottom - top),
-            picture.pen.color());
+        if (!painter.isAligned()) {
+            painter.fillRect(QRectF(left, top, width, bottom - top), picture.pen.color());
+            continue;
+        }
+        double const y = painter.map().m22() * top + painter.map().dy();
+        painter.addPixels(column, end - 1, qRound(y),
+                          qRound(y + painter.map().m22() * (bottom - top)) - 1);
     }
+    if (painter.isAligned())
+        painter.fillPixels(picture.pen.color());
 }
 
 void paintLine(WavePainter& painter, BusPicture const& picture, ChartScale& scale, double previous)
 {
     LinePixels lines(painter, 0, picture.formatter.rowHeight());
-    QVector<QRectF> dots;
-    dots.reserve(picture.last - picture.first);
+    DotPixels const shape(painter, DotSize, DotSize);
+    QVector<QPointF> dots; // that have to be left to the painter
+    double from = scale.yOf(previous);
     for (int i = picture.first; i < picture.last; ++i) {
-        double const value = scale.value(i);
-        double const y = scale.yOf(value);
+        double const y = scale.yOf(scale.value(i));
         double const middle = (i + 0.5) * kSampleWidth;
-        dots.append(QRectF(middle - DotSize / 2, y - DotSize / 2, DotSize, DotSize));
+        if (!lines.addDot(QPointF(middle, y), shape))
+            dots.append(QPointF(middle, y));
         if (i > 0)
-            lines.addLine(QLineF(middle - kSampleWidth, scale.yOf(previous), middle, y));
-        previous = value;
+            lines.addLine(QLineF(middle - kSampleWidth, from, middle, y));
+        from = y;
     }
     lines.paint(picture.pen);
-    QPainter* const ellipses = painter.itemPainter(picture.pen, picture.pen.color());
-    for (QRectF const& dot : qAsConst(dots)) {
-        if (!lines.cover(dot)) // an ellipse takes as long as hundreds of pixels
-            ellipses->drawEllipse(dot);
+    QBrush const brush = shape.isAllPen() ? QBrush() : QBrush(picture.pen.color());
+    QPainter* const ellipses = painter.itemPainter(picture.pen, brush);
+    QPointF const corner(DotSize / 2, DotSize / 2);
+    for (QPointF const& dot : qAsConst(dots)) {
+        if (!lines.coverDot(dot, shape)) // an ellipse takes as long as many pixels
+            ellipses->drawEllipse(QRectF(dot - corner, QSizeF(DotSize, DotSize)));
     }
 }
 

@@ -26,27 +26,55 @@ constexpr double TextMargin = 5;
 constexpr double TextTop = 7;
 constexpr double TextHeight = 20;
 
-/// The part `begin` to `end` - 1 of a run; the slants at its ends are there if the run ends there.
-void addRun(LinePixels& lines, int begin, int end, bool opens, bool closes, double slant)
+/// The upper and the lower line of runs.
+class LevelLines
 {
-    double const left = begin * kSampleWidth;
-    double const right = end * kSampleWidth;
-    double const innerLeft = opens ? left + slant : left;
-    double const innerRight = closes ? right - slant : right;
-    double from = std::min(innerLeft, innerRight);
-    double to = std::max(innerLeft, innerRight);
-    if (end - begin > 1) { // where slants are wider than samples, each sample's line reaches back
-        from = std::min(from, left + kSampleWidth);
-        to = std::max(to, right - kSampleWidth);
+public:
+    LevelLines(LinePixels& lines, double slant, bool merge)
+        : m_lines(lines), m_slant(slant), m_merge(merge)
+    {}
+    ~LevelLines() { flush(); }
+
+    /// The part `begin` to `end` - 1 of a run; the slants at its ends are there if the run ends
+    /// there. The runs come from left to right.
+    void addRun(int begin, int end, bool opens, bool closes)
+    {
+        double const left = begin * kSampleWidth;
+        double const right = end * kSampleWidth;
+        double const innerLeft = opens ? left + m_slant : left;
+        double const innerRight = closes ? right - m_slant : right;
+        double from = std::min(innerLeft, innerRight);
+        double to = std::max(innerLeft, innerRight);
+        if (end - begin > 1) { // where slants are wider than samples, each sample's line reaches
+            from = std::min(from, left + kSampleWidth); // back
+            to = std::max(to, right - kSampleWidth);
+        }
+        if (from > m_to || !m_merge) {
+            flush();
+            m_from = from;
+            m_to = to;
+        }
+        m_from = std::min(m_from, from);
+        m_to = std::max(m_to, to);
     }
-    for (double level : {HighLevel, LowLevel}) {
-        lines.addHorizontal(from, to, level);
-        if (opens)
-            lines.addLine(QLineF(left, MiddleLevel, innerLeft, level));
-        if (closes)
-            lines.addLine(QLineF(right, MiddleLevel, innerRight, level));
+
+private:
+    Q_DISABLE_COPY(LevelLines)
+
+    void flush()
+    {
+        if (m_from > m_to)
+            return;
+        for (double level : {HighLevel, LowLevel})
+            m_lines.addHorizontal(m_from, m_to, level);
     }
-}
+
+    LinePixels& m_lines;
+    double m_slant;
+    bool m_merge;
+    double m_from = 0; ///< Of lines that touch each other.
+    double m_to = -1;
+};
 
 /// Characters that every value of that width has at least in that format.
 int fewestCharacters(DataFormat::Type format, int bits)
@@ -102,12 +130,6 @@ public:
         return visible.width() < m_leastWidth ? QRectF() : visible;
     }
 
-    bool fits(QRectF const& box, QString const& text) const
-    {
-        QRectF const extent = m_metrics.boundingRect(text);
-        return box.width() >= extent.width() && box.height() >= extent.height();
-    }
-
 private:
     double narrowestAdvance() const
     {
@@ -125,36 +147,55 @@ private:
 
 } // namespace
 
+void findEdges(BusPicture& picture)
+{
+    // Behind what is exposed only a text's margin matters.
+    double const margin = 2 * TextMargin / (kSampleWidth * picture.scale) + 2;
+    double const room = picture.samples.length() - picture.last;
+    int const more = int(margin > 0 && margin < room ? margin : room);
+    picture.edges = picture.samples.changes(picture.first, picture.last + more);
+    picture.edges.append(picture.last + more);
+}
+
 void paintBusOutline(WavePainter& painter, BusPicture const& picture)
 {
-    BusSamples const& samples = picture.samples;
+    QVector<int> const& edges = picture.edges;
     double const slant = SlantPixels / picture.scale;
     LinePixels lines(painter, HighLevel, LowLevel);
-    int run = samples.runAt(picture.first);
-    for (int begin = picture.first; begin < picture.last; ++run) {
-        int const end = samples.runEnd(run);
-        int const drawnEnd = std::min(end, picture.last);
-        addRun(lines, begin, drawnEnd, begin == samples.runStarts().at(run), drawnEnd == end,
-               slant);
-        begin = drawnEnd;
+    int const* const opening = edges.begin();
+    int const* const closing = std::upper_bound(edges.begin(), edges.end(), picture.first);
+    int const* const lastOpening = std::lower_bound(closing, edges.end(), picture.last);
+    int const* const lastClosing = std::upper_bound(closing, edges.end(), picture.last);
+    {
+        LevelLines levels(lines, slant, painter.isExact());
+        int begin = picture.first;
+        bool opens = opening != closing;
+        for (int const* edge = closing; begin < picture.last; ++edge, opens = true) {
+            bool const closes = edge != lastClosing;
+            int const end = closes ? *edge : picture.last;
+            levels.addRun(begin, end, opens, closes);
+            begin = end;
+        }
+    }
+    for (double level : {HighLevel, LowLevel}) {
+        lines.addCopies(QLineF(0, MiddleLevel, slant, level), opening, lastOpening, kSampleWidth);
+        lines.addCopies(QLineF(0, MiddleLevel, -slant, level), closing, lastClosing, kSampleWidth);
     }
     lines.paint(picture.pen);
 }
 
 void paintBusTexts(WavePainter& painter, BusPicture const& picture)
 {
-    BusSamples const& samples = picture.samples;
+    QVector<int> const& edges = picture.edges;
+    int const* edge = std::upper_bound(edges.begin(), edges.end(), picture.first);
     QFont const font = monitorFontOfPixelSize(TextPixelSize);
     TextStep const step(picture, font);
-    int run = samples.runAt(picture.first);
-    for (int begin = picture.first; begin < picture.last; ++run) {
-        int const end = samples.runEnd(run);
+    for (int begin = picture.first; begin < picture.last;) {
+        int const end = *edge++;
         QRectF const box = step.boxOf(begin, end);
-        if (!box.isEmpty()) {
-            QString const text = valueText(picture.formatter, samples.sample(begin));
-            if (step.fits(box, text))
-                painter.drawText(box, text, picture.pen, font);
-        }
+        if (!box.isEmpty())
+            painter.drawText(box, valueText(picture.formatter, picture.samples.sample(begin)),
+                             picture.pen, font);
         begin = end;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <QPen>
 #include <QRectF>
+#include <QVector>
 
 namespace WaveMonitor {
 
@@ -18,8 +19,14 @@ struct BusPicture
     double scale;   ///< Of the horizontal axis.
     int first;
     int last;
+    /// Where runs begin, from `first` on and as far behind `last` as a text can tell. At the end,
+    /// for a run that goes on, the first sample that was not looked at or the end of all.
+    QVector<int> edges;
     QPen pen;
 };
+
+/// Fills `edges` from the rest.
+void findEdges(BusPicture& picture);
 
 /// The outline of each run, with crossings that are 5 pixels wide at every scale.
 void paintBusOutline(WavePainter& painter, BusPicture const& picture);

@@ -29,33 +29,29 @@ bool BusSamples::setMembers(QList<QBitArray> const& members)
         return false;
     m_members = members;
     m_length = members.isEmpty() ? 0 : members.first().size();
-    findRuns();
     return true;
 }
 
-void BusSamples::findRuns()
+QVector<int> BusSamples::changes(int begin, int end) const
 {
-    // Where any member differs from its sample before, 64 samples a word.
-    QVector<quint64> changes((m_length + WordBits - 1) / WordBits, 0);
-    for (QBitArray const& member : qAsConst(m_members)) {
-        for (int word = 0; word < changes.size(); ++word) {
-            qint64 const time = qint64(word) * WordBits;
-            changes[word] |= VEK::packedBits(member, time) ^ VEK::packedBits(member, time - 1);
+    constexpr int Steps = WordBits - 1; // pairs of neighbours in a word
+    begin = std::max(begin, 0);
+    end = std::min(end, m_length);
+    QVector<int> found(std::max(end - begin, 0));
+    int* next = found.data();
+    for (; begin < end; begin += Steps) {
+        quint64 changes = 0;
+        for (QBitArray const& member : m_members) {
+            quint64 const word = VEK::packedBits(member, qint64(begin) - 1);
+            changes |= word ^ word >> 1;
         }
+        int const count = std::min(Steps, end - begin);
+        changes = (begin == 0 ? changes | 1 : changes) & ((quint64(1) << count) - 1);
+        for (; changes; changes &= changes - 1)
+            *next++ = begin + int(qCountTrailingZeroBits(changes));
     }
-    if (m_length > 0)
-        changes[0] |= 1;
-    if (int const used = m_length % WordBits)
-        changes.last() &= (quint64(1) << used) - 1;
-    int count = 0;
-    for (quint64 word : qAsConst(changes))
-        count += int(qPopulationCount(word));
-    m_runStarts = QVector<int>();
-    m_runStarts.reserve(count);
-    for (int word = 0; word < changes.size(); ++word) {
-        for (quint64 left = changes.at(word); left; left &= left - 1)
-            m_runStarts.append(word * WordBits + int(qCountTrailingZeroBits(left)));
-    }
+    found.resize(int(next - found.data()));
+    return found;
 }
 
 QBitArray BusSamples::sample(int time) const
@@ -65,17 +61,6 @@ QBitArray BusSamples::sample(int time) const
     for (QBitArray const& member : m_members)
         bits.setBit(i++, time < member.size() && member.testBit(time));
     return bits;
-}
-
-int BusSamples::runAt(int time) const
-{
-    auto const next = std::upper_bound(m_runStarts.begin(), m_runStarts.end(), time);
-    return int(next - m_runStarts.begin()) - 1;
-}
-
-int BusSamples::runEnd(int run) const
-{
-    return run + 1 < m_runStarts.size() ? m_runStarts.at(run + 1) : m_length;
 }
 
 void BusSamples::numbers(int time, quint64 (&numbers)[64]) const

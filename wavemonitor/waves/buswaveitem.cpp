@@ -87,16 +87,12 @@ void BusWaveItem::paint(QPainter* painter, QStyleOptionGraphicsItem const* optio
     double const last = std::min(length, std::ceil(exposed.right() / kSampleWidth + MoreSamples));
     if (first >= last)
         return;
-    BusPicture const picture{m_samples,
-                             *m_formatter,
-                             exposed,
-                             scale,
-                             int(first),
-                             int(last),
-                             QPen(color(), 0, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin)};
+    QPen const pen(color(), 0, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin);
+    BusPicture picture{m_samples, *m_formatter, exposed, scale, int(first), int(last), {}, pen};
     if (isChart(m_formatter->formatType())) {
         paintBusChart(wave, picture);
     } else {
+        findEdges(picture);
         paintBusOutline(wave, picture);
         paintBusTexts(wave, picture);
     }

@@ -1,8 +1,11 @@
 #include "wavemonitor/waves/linepixels.h"
 
+#include "model/bits.h"
+
 #include <QtAlgorithms>
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace WaveMonitor {
@@ -21,10 +24,42 @@ int toFixed(double value)
 
 int slopeOf(int rise, int run)
 {
+    if (qAbs(rise) < 1 << 15)
+        return rise * 65536 / run; // the quicker division
     return int(qint64(rise) * 65536 / run);
 }
 
 } // namespace
+
+/// A line with one pixel a row, downwards: the x of its pixels, with 16 bits behind the point, and
+/// its rows `row` to `end` - 1. The caps are half a pixel at both ends.
+struct LinePixels::Steep
+{
+    Steep(int x1, int y1, int x2, int y2) : slope(slopeOf(x2 - x1, y2 - y1))
+    {
+        y1 -= HalfPixel;
+        y2 += HalfPixel;
+        row = (y1 + HalfPixel) >> 6;
+        end = (y2 + HalfPixel) >> 6;
+        int const round = slope > 0 ? HalfPixel : 0;
+        x = x1 * 1024 - (slope >> 1) + (((row * 64 + round - y1) * slope) >> 6);
+    }
+
+    /// Leaves out what is outside of those rows.
+    void clip(int top, int bottom)
+    {
+        if (row < top) {
+            x += (top - row) * slope;
+            row = top;
+        }
+        end = std::min(end, bottom + 1);
+    }
+
+    int slope;
+    int row;
+    int end;
+    int x;
+};
 
 LinePixels::LinePixels(WavePainter& painter, double top, double bottom) : m_painter(painter)
 {
@@ -35,6 +70,8 @@ LinePixels::LinePixels(WavePainter& painter, double top, double bottom) : m_pain
                             QPoint(window.right(), painter.row(bottom)));
     m_words = (m_area.width() + WordBits - 1) / WordBits;
     m_bits.resize(m_words * m_area.height());
+    m_columnWords = (m_area.height() + WordBits - 1) / WordBits;
+    m_columns.resize(m_words * WordBits * m_columnWords); // whole blocks
 }
 
 void LinePixels::addHorizontal(double left, double right, double y)
@@ -72,19 +109,89 @@ void LinePixels::addLine(QLineF const& line)
         m_lines.append(line);
         return;
     }
-    QPointF const from = m_painter.map().map(line.p1());
-    QPointF const to = m_painter.map().map(line.p2());
+    QPointF const from = m_painter.toDevice(line.p1());
+    QPointF const to = m_painter.toDevice(line.p2());
     auto const [left, right] = std::minmax({from.x(), to.x()}); // by value
     if (right < m_painter.window().left() || left > m_painter.window().right() + 1)
         return;
-    // The engine cuts lines at the device's edge before it rounds them, which moves some of their
-    // pixels. So those at the edge of what is exposed are left to it, and those far outside.
-    QRect const& exposed = m_painter.exposedPixels();
-    if (left < exposed.left() + 1 || right > exposed.right() - 1 ||
+    if (!isInside(left, right) ||
         std::max(std::abs(from.y()), std::abs(to.y())) > WavePainter::MostPixels)
         m_lines.append(line);
     else
         addSloping(from, to);
+}
+
+bool LinePixels::isInside(double left, double right) const
+{
+    // The engine cuts lines at the device's edge before it rounds them, which moves some of their
+    // pixels. So those at the edge of what is exposed are left to it, and those far outside.
+    QRect const& exposed = m_painter.exposedPixels();
+    return left >= exposed.left() + 1 && right <= exposed.right() - 1;
+}
+
+void LinePixels::addCopies(QLineF const& line, int const* begin, int const* end, double unit)
+{
+    auto const copyAt = [&](int place) {
+        double const x = place * unit;
+        return QLineF(x + line.x1(), line.y1(), x + line.x2(), line.y2());
+    };
+    auto const deviceX = [&](double x) { return m_painter.map().m11() * x + m_painter.map().dx(); };
+    auto const isCopyInside = [&](int place) {
+        double const x = place * unit;
+        auto const [left, right] =
+            std::minmax({deviceX(x + line.x1()), deviceX(x + line.x2())}); // by value
+        return left >= 0 && isInside(left, right);
+    };
+    double const width = std::abs(line.dx()) * m_painter.map().m11();
+    double const height = std::abs(line.dy()) * m_painter.map().m22();
+    if (!m_words || width + 1 > height || height > WavePainter::MostPixels) {
+        for (; begin != end; ++begin)
+            addLine(copyAt(*begin));
+        return;
+    }
+    for (; begin != end && !isCopyInside(*begin); ++begin)
+        addLine(copyAt(*begin));
+    int const* const firstBehind = std::partition_point(begin, end, isCopyInside);
+    // Copies less than a pixel from each other leave no gap. Those between the first and the last
+    // of them need no look, unless they are so close that rounding changes their order.
+    double const step = m_painter.map().m11() * unit * 64;
+    int const reach = step >= 2 && step <= 62 ? int(62 / step) : 0;
+    bool const upwards = line.dy() < 0;
+    int const top = toFixed(m_painter.toDevice(upwards ? line.p2() : line.p1()).y());
+    int const bottom = toFixed(m_painter.toDevice(upwards ? line.p1() : line.p2()).y());
+    auto const steepAt = [&](int place) {
+        double const x = place * unit;
+        int const first = toFixed(deviceX(x + line.x1()));
+        int const last = toFixed(deviceX(x + line.x2()));
+        return upwards ? Steep(last, top, first, bottom) : Steep(first, top, last, bottom);
+    };
+    while (begin != firstBehind) {
+        int const* last = begin;
+        while (last + 1 != firstBehind && last[1] - last[0] <= reach)
+            ++last;
+        addSweep(steepAt(*begin), steepAt(*last));
+        begin = last + 1;
+    }
+    for (; begin != end; ++begin)
+        addLine(copyAt(*begin));
+}
+
+/// A steep line and all its copies to the last one, which stand less than a pixel apart.
+void LinePixels::addSweep(Steep left, Steep right)
+{
+    left.clip(m_area.top(), m_area.bottom());
+    right.clip(m_area.top(), m_area.bottom());
+    quint64* words = m_bits.data() + (left.row - m_area.top()) * m_words;
+    for (; left.row < left.end; ++left.row, words += m_words) {
+        int const first = (left.x >> 16) - m_area.left();
+        int const last = (right.x >> 16) - m_area.left();
+        if (first == last) // within the window, as the whole line is
+            words[first / WordBits] |= quint64(1) << (first % WordBits);
+        else
+            addRun(left.row, left.x >> 16, right.x >> 16);
+        left.x += left.slope;
+        right.x += right.slope;
+    }
 }
 
 void LinePixels::addSloping(QPointF from, QPointF to)
@@ -105,25 +212,64 @@ void LinePixels::addSloping(QPointF from, QPointF to)
     }
 }
 
-/// One pixel a row, downwards; the caps are half a pixel at both ends.
 void LinePixels::addSteep(int x1, int y1, int x2, int y2)
 {
-    int const slope = slopeOf(x2 - x1, y2 - y1);
-    y1 -= HalfPixel;
-    y2 += HalfPixel;
-    int row = (y1 + HalfPixel) >> 6;
-    int const end = (y2 + HalfPixel) >> 6;
-    int const round = slope > 0 ? HalfPixel : 0;
-    int x = x1 * 1024 - (slope >> 1);
-    x += ((row * 64 + round - y1) * slope) >> 6;
-    if (row < m_area.top()) {
-        x += (m_area.top() - row) * slope;
-        row = m_area.top();
+    Steep line(x1, y1, x2, y2);
+    line.clip(m_area.top(), m_area.bottom());
+    while (line.row < line.end) { // a column at a time
+        int const column = line.x >> 16;
+        int rows = line.end - line.row;
+        int const last = (line.x + (rows - 1) * line.slope) >> 16;
+        if (last > column)
+            rows = (((column + 1) << 16) - line.x + line.slope - 1) / line.slope;
+        else if (last < column)
+            rows = (line.x - (column << 16)) / -line.slope + 1;
+        addColumnRun(column, line.row, line.row + rows - 1);
+        line.row += rows;
+        line.x += rows * line.slope;
     }
-    for (; row < std::min(end, m_area.bottom() + 1); ++row, x += slope) {
-        quint64* const words = m_bits.data() + (row - m_area.top()) * m_words;
-        int const column = (x >> 16) - m_area.left(); // within the window, as the whole line is
-        words[column / WordBits] |= quint64(1) << (column % WordBits);
+}
+
+/// Within the area, as the whole line is.
+void LinePixels::addColumnRun(int column, int top, int bottom)
+{
+    quint64* const words = m_columns.data() + (column - m_area.left()) * m_columnWords;
+    top -= m_area.top();
+    bottom -= m_area.top();
+    quint64 const head = ~quint64(0) << (top % WordBits);
+    quint64 const tail = ~quint64(0) >> (WordBits - 1 - bottom % WordBits);
+    int const last = bottom / WordBits;
+    int word = top / WordBits;
+    if (word == last) {
+        words[word] |= head & tail;
+        return;
+    }
+    words[word++] |= head;
+    while (word < last)
+        words[word++] = ~quint64(0);
+    words[last] |= tail;
+}
+
+/// Puts the pixels that were collected by columns to the others.
+void LinePixels::takeColumns()
+{
+    VEK::BitBlock block;
+    for (int place = 0; place < m_words * m_columnWords; ++place) {
+        int const word = place / m_columnWords;
+        int const firstRow = place % m_columnWords * WordBits;
+        quint64 any = 0;
+        for (int i = 0; i < WordBits; ++i) {
+            quint64& column =
+                m_columns[(word * WordBits + i) * m_columnWords + firstRow / WordBits];
+            block[i] = column;
+            any |= column;
+            column = 0;
+        }
+        if (!any)
+            continue;
+        VEK::transpose(block);
+        for (int row = firstRow; row < std::min(firstRow + WordBits, m_area.height()); ++row)
+            m_bits[row * m_words + word] |= block[row - firstRow];
     }
 }
 
@@ -144,31 +290,55 @@ void LinePixels::addFlat(int x1, int y1, int x2, int y2)
 
 void LinePixels::paint(QPen const& pen)
 {
-    int const rows = m_words ? m_area.height() : 0;
-    for (int row = 0, next; row < rows; row = next) {
-        next = firstRowUnlike(row);
-        addRectangles(row, next);
+    if (m_words) {
+        takeColumns();
+        constexpr int PixelsPerSpan = 32; // of a picture, in the time of one rectangle
+        if (m_painter.isAligned() && pen.color().alpha() == 255 &&
+            spans() > m_area.width() * m_area.height() / PixelsPerSpan) {
+            paintPicture(pen.color());
+        } else {
+            for (int row = 0, next; row < m_area.height(); row = next) {
+                next = firstRowUnlike(row);
+                addRectangles(row, next);
+            }
+            m_painter.fillPixels(pen.color());
+        }
     }
-    if (rows)
-        m_painter.fillPixels(pen.color());
     m_painter.drawLines(m_lines, pen);
 }
 
-bool LinePixels::cover(QRectF const& rect) const
+/// About as many rectangles the pixels are.
+int LinePixels::spans() const
 {
-    if (!m_words)
-        return false;
-    QRect const pixels(
-        QPoint(m_painter.column(rect.left()) - 1, m_painter.row(rect.top()) - 1),
-        QPoint(m_painter.column(rect.right()) + 1, m_painter.row(rect.bottom()) + 1));
-    if (!m_area.contains(pixels))
-        return false;
-    for (int row = pixels.top(); row <= pixels.bottom(); ++row) {
-        int const begin = pixels.left() - m_area.left();
-        if (nextColumn(row - m_area.top(), begin, false) < begin + pixels.width())
-            return false;
+    int count = 0;
+    for (int row = 0, next; row < m_area.height(); row = next) {
+        next = firstRowUnlike(row);
+        quint64 before = 0;
+        for (int word = row * m_words; word < (row + 1) * m_words; ++word) {
+            quint64 const bits = m_bits.at(word);
+            count += int(qPopulationCount(bits & ~(bits << 1 | before)));
+            before = bits >> (WordBits - 1);
+        }
     }
-    return true;
+    return count;
+}
+
+void LinePixels::paintPicture(QColor const& color)
+{
+    QRgb colors[16][4]; // of four pixels in a row
+    for (int bits = 0; bits < 16; ++bits) {
+        for (int i = 0; i < 4; ++i)
+            colors[bits][i] = bits >> i & 1 ? color.rgba() : 0;
+    }
+    QImage image(m_words * WordBits, m_area.height(), QImage::Format_ARGB32_Premultiplied);
+    for (int row = 0; row < m_area.height(); ++row) {
+        auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(row));
+        for (int word = row * m_words; word < (row + 1) * m_words; ++word) {
+            for (int shift = 0; shift < WordBits; shift += 4, pixels += 4)
+                std::memcpy(pixels, colors[m_bits.at(word) >> shift & 15], sizeof colors[0]);
+        }
+    }
+    m_painter.drawPicture(m_area.topLeft(), image);
 }
 
 /// The first row behind `row` with other pixels.

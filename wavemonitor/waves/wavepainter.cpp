@@ -1,5 +1,8 @@
 #include "wavemonitor/waves/wavepainter.h"
 
+#include "wavemonitor/waves/valuetexts.h"
+
+#include <QPaintDevice>
 #include <QPaintEngine>
 
 namespace WaveMonitor {
@@ -39,6 +42,8 @@ bool WavePainter::setUpExact(QRectF const& exposed)
     m_window = m_exposed.adjusted(-Overhang, -1, Overhang, 1);
     m_painter->resetTransform();
     m_painter->setWorldTransform(m_painter->deviceTransform().inverted());
+    m_aligned = m_painter->deviceTransform().isIdentity();
+    m_plainTexts = m_painter->device()->devicePixelRatioF() == 1;
     return true;
 }
 
@@ -48,6 +53,11 @@ void WavePainter::fillPixels(QColor const& color)
     m_painter->setBrush(color);
     m_painter->drawRects(m_pixels);
     m_pixels.clear();
+}
+
+void WavePainter::drawPicture(QPoint const& pixel, QImage const& image)
+{
+    m_painter->drawImage(pixel, image);
 }
 
 void WavePainter::fillRect(QRectF const& rect, QColor const& color)
@@ -64,8 +74,11 @@ void WavePainter::drawLines(QVector<QLineF> const& lines, QPen const& pen)
         m_painter->drawLines(lines);
         return;
     }
+    QVector<QLineF> mapped;
+    mapped.reserve(lines.size());
     for (QLineF const& line : lines)
-        m_painter->drawLine(m_map.map(line));
+        mapped.append(m_map.map(line));
+    m_painter->drawLines(mapped);
 }
 
 void WavePainter::drawHorizontalLine(double left, double right, double y, QColor const& color)
@@ -90,7 +103,7 @@ void WavePainter::drawRect(QRectF const& rect, QPen const& pen, QColor const& br
     m_painter->drawRect(rect);
 }
 
-QPainter* WavePainter::itemPainter(QPen const& pen, QColor const& brush)
+QPainter* WavePainter::itemPainter(QPen const& pen, QBrush const& brush)
 {
     m_painter->setWorldTransform(m_itemTransform);
     m_painter->setPen(pen);
@@ -101,6 +114,10 @@ QPainter* WavePainter::itemPainter(QPen const& pen, QColor const& brush)
 void WavePainter::drawText(QRectF const& box, QString const& text, QPen const& pen,
                            QFont const& font)
 {
+    ValueText const* const kept = m_plainTexts ? keptValueText(text, font) : nullptr;
+    QSizeF const extent = kept ? kept->extent : valueTextExtent(text, font);
+    if (box.width() < extent.width() || box.height() < extent.height())
+        return;
     // Texts are laid out in numbers of 26 bits before the point. So the box goes to the origin, or
     // nothing would be seen far behind in a capture.
     QTransform const& t = m_itemTransform;
@@ -108,7 +125,11 @@ void WavePainter::drawText(QRectF const& box, QString const& text, QPen const& p
     m_painter->setWorldTransform(QTransform::fromTranslate(box.x(), box.y()) * unscaled);
     m_painter->setPen(pen);
     m_painter->setFont(font);
-    m_painter->drawText(QRectF(QPointF(), box.size()), Qt::AlignLeft | Qt::AlignVCenter, text);
+    QSizeF const room = kept ? box.size() - kept->text.size() : QSizeF();
+    if (kept && room.width() >= 0 && room.height() >= 0) // nothing is clipped
+        m_painter->drawStaticText(QPointF(0, room.height() / 2), kept->text);
+    else
+        m_painter->drawText(QRectF(QPointF(), box.size()), Qt::AlignLeft | Qt::AlignVCenter, text);
 }
 
 } // namespace WaveMonitor

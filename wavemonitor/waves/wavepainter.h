@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QImage>
 #include <QLineF>
 #include <QPainter>
 #include <QPen>
@@ -49,6 +50,11 @@ public:
         return floorWithin(m_map.m22() * y + m_map.dy(), m_window.top(), m_window.bottom());
     }
     QTransform const& map() const { return m_map; }
+    /// The same for a point, to parts of pixels.
+    QPointF toDevice(QPointF const& point) const
+    {
+        return QPointF(m_map.m11() * point.x() + m_map.dx(), m_map.m22() * point.y() + m_map.dy());
+    }
 
     /// A rectangle of device pixels, all borders included, for `fillPixels`.
     void addPixels(int left, int right, int top, int bottom)
@@ -58,6 +64,10 @@ public:
             m_pixels.append(rect & m_window);
     }
     void fillPixels(QColor const& color);
+    /// Whether pictures can be drawn pixel by pixel, too, and rectangles get the pixels that
+    /// rounding their borders gives.
+    bool isAligned() const { return m_aligned; }
+    void drawPicture(QPoint const& pixel, QImage const& image);
 
     void fillRect(QRectF const& rect, QColor const& color);
     void drawLines(QVector<QLineF> const& lines, QPen const& pen);
@@ -66,9 +76,9 @@ public:
     void drawRect(QRectF const& rect, QPen const& pen, QColor const& brush);
 
     /// Switches to the item's coordinates, for shapes.
-    QPainter* itemPainter(QPen const& pen, QColor const& brush);
+    QPainter* itemPainter(QPen const& pen, QBrush const& brush);
     /// A text at the left of a box and in its middle. The box is given in the item's coordinates
-    /// but without their scale.
+    /// but without their scale. Nothing is drawn if the text doesn't fit into it.
     void drawText(QRectF const& box, QString const& text, QPen const& pen, QFont const& font);
 
 private:
@@ -91,6 +101,8 @@ private:
     QRect m_window;
     QVector<QRect> m_pixels;
     bool m_exact;
+    bool m_aligned = false;
+    bool m_plainTexts = false; ///< Texts are neither scaled nor turned.
 };
 
 } // namespace WaveMonitor
