@@ -30,7 +30,8 @@ Failure usage(QString const& path, QString const& what)
 
 QString eachChangeWarning(QString const& path)
 {
-    return path + QStringLiteral(": no clock is given, so it has a sample for each time of a change");
+    return path +
+           QStringLiteral(": no clock is given, so it has a sample for each time of a change");
 }
 
 SignalItem itemOf(QString const& name)

@@ -11,7 +11,8 @@ struct DumpSampling
     SampleClock times; ///< Of a plain dump of ours, when known.
     int samples = 0;   ///< In a plain dump of ours, when known.
     QStringList nets;  ///< Of a simulator's dump, all when empty.
-    bool eachChange = false; ///< A sample for each time of a change where nothing tells the samples.
+    bool eachChange =
+        false; ///< A sample for each time of a change where nothing tells the samples.
 };
 
 /// What a value change dump holds.

@@ -231,9 +231,10 @@ bool Sampler::checkRows()
 {
     for (std::size_t i = 0; i < m_taps.size(); ++i) {
         if (!m_taps[i].hasRow) {
-            m_error = m_taps[i].hasClock ? QStringLiteral("the clock %1 has no rising edge")
-                                               .arg(m_requests[i].clock)
-                                         : QStringLiteral("no signal has a value");
+            m_error =
+                m_taps[i].hasClock
+                    ? QStringLiteral("the clock %1 has no rising edge").arg(m_requests[i].clock)
+                    : QStringLiteral("no signal has a value");
             return false;
         }
     }
