@@ -6,6 +6,7 @@
 #include <QGraphicsView>
 #include <QList>
 #include <QPointer>
+#include <QVector>
 
 #include <memory>
 
@@ -72,6 +73,11 @@ public:
     /// The active marker or null.
     TimeSliderData* timeMarker() const { return m_timeMarkers.value(0); }
 
+    /// Samples that a host has found, ascending: marked by dashes at the ruler's lower edge, one a
+    /// pixel at most. None at the start.
+    void setHits(QVector<int> const& times);
+    QVector<int> const& hits() const { return m_hits; }
+
     /// The cursor, owned by the ruler's scene.
     CursorSliderItem* cursorItem() const { return m_cursor; }
 
@@ -91,6 +97,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void paintHits();
+
     friend class MoveTimeSliderDelegate;
 
     void setUpScene();
@@ -108,6 +116,7 @@ private:
     QList<TimeSliderData*> m_timeMarkers;
     QList<TimeSliderData*> m_retiredMarkers;
     QPointer<CursorSliderItem> m_cursor;
+    QVector<int> m_hits;
     QAction* m_createMarkerAction = nullptr;
     QAction* m_removeMarkerAction = nullptr;
     QAction* m_removeAllMarkersAction = nullptr;

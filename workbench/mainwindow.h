@@ -14,6 +14,7 @@
 #include <memory>
 
 class CableBox;
+class FindBar;
 class Navigation;
 class QDockWidget;
 class QLabel;
@@ -78,6 +79,7 @@ private:
     void makeCaptureMenu(QToolBar* bar);
     void makeViewMenu();
     void makeGoMenu();
+    void addFindEntries(QMenu* menu);
     void makeHelpMenu();
     void askSampleClock();
     void restoreState();
@@ -153,6 +155,7 @@ private:
     QString m_grabFolder;
 
     QTabWidget* m_monitors = nullptr;
+    FindBar* m_find = nullptr;
     Navigation* m_navigation = nullptr;
     QLabel* m_whereabouts = nullptr;
     VEK::SampleClock m_sampleClock; ///< For the times of samples; no file tells it.

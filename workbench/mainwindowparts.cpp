@@ -4,6 +4,7 @@
 #include "programmer/vekprogrammerwidget.h"
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
+#include "workbench/findbar.h"
 #include "workbench/mainwindow.h"
 #include "workbench/navigation.h"
 #include "workbench/runstatus.h"
@@ -68,6 +69,8 @@ void MainWindow::makeCentre()
     m_centre->setContentsMargins(0, 0, 0, 0);
     m_centre->addWidget(m_monitors, 1);
     m_centre->addWidget(m_hint, 1);
+    m_find = new FindBar([this] { return currentMonitor(); });
+    m_centre->addWidget(m_find);
     setCentralWidget(middle);
     statusBar()->addPermanentWidget(new RunStatus(m_capture));
 }
@@ -196,6 +199,8 @@ void MainWindow::makeGoMenu()
     connect(m_navigation, &Navigation::refused, this,
             [this](QString const& message) { say(message, true); });
     m_navigation->menu()->addSeparator();
+    addFindEntries(m_navigation->menu());
+    m_navigation->menu()->addSeparator();
     m_fileActions << m_navigation->menu()->addAction(QStringLiteral("Sample Cloc&k..."), this,
                                                      &MainWindow::askSampleClock);
     m_whereabouts = new QLabel;
@@ -203,6 +208,16 @@ void MainWindow::makeGoMenu()
     statusBar()->addPermanentWidget(m_whereabouts);
     connect(m_monitors, &QTabWidget::currentChanged, &m_titleTimer,
             QOverload<>::of(&QTimer::start));
+}
+
+void MainWindow::addFindEntries(QMenu* menu)
+{
+    menu->addAction(QStringLiteral("Fin&d..."), m_find, &FindBar::begin, QKeySequence::Find);
+    menu->addAction(QStringLiteral("Find N&ext"), m_find, &FindBar::next, Qt::Key_F3);
+    menu->addAction(QStringLiteral("Find Previo&us"), m_find, &FindBar::previous,
+                    QKeySequence(Qt::SHIFT + Qt::Key_F3));
+    connect(m_monitors, &QTabWidget::currentChanged, m_find, &FindBar::searchAgain);
+    connect(&m_capture, &Capture::ended, m_find, &FindBar::searchAgain);
 }
 
 void MainWindow::makeHelpMenu()

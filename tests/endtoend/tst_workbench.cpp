@@ -3,6 +3,7 @@
 #include "workbenchrig.h"
 
 #include "tests/support/widgettools.h"
+#include "wavemonitor/rulerview.h"
 #include "wavemonitor/signaltreemodel.h"
 #include "wavemonitor/signaltreeview.h"
 #include "wavemonitor/waveview.h"
@@ -328,6 +329,51 @@ private slots:
             dialog->reject();
         });
         press(Qt::Key_F1);
+    }
+
+    void find()
+    {
+        QString const setup = layDemo("bus/bus-stall");
+        Window window;
+        QVERIFY(window.open(setup));
+        window.run();
+        auto* const monitor = window.monitor();
+        QImage const before = monitor->rulerView()->grab().toImage();
+        window.action("Fin&d...")->trigger();
+        auto* const line = window.findChild<QLineEdit*>("findText");
+        auto* const count = window.findChild<QLabel*>("findCount");
+        QTest::keyClicks(line, "adress == 0x51 & valid");
+        auto* const note = window.findChild<QLabel*>("findNote");
+        QTRY_VERIFY(note->text().contains("the nearest is address"));
+        line->setCursorPosition(1);
+        QTest::keyClicks(line, "d");
+        QTRY_VERIFY(note->text().isEmpty());
+        QVERIFY(monitor->rulerView()->grab().toImage() != before);
+        int const hits = count->text().section(' ', 0, 0).toInt();
+        QVERIFY(hits > 1);
+        monitor->setCursorTime(0);
+        int last = -1;
+        for (int i = 1; i <= hits; ++i) {
+            QTest::keyClick(line, Qt::Key_Return);
+            QCOMPARE(count->text(), QString("%1 of %2").arg(i).arg(hits));
+            int const time = monitor->cursorTime();
+            QVERIFY(time > last);
+            last = time;
+            QCOMPARE(window.value("address", time) + window.value("valid", time), QString("511"));
+        }
+        QTest::keyClick(line, Qt::Key_Return);
+        QCOMPARE(count->text(), QString("1 of %1, from the start again").arg(hits));
+        QTest::keyClick(line, Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(count->text(), QString("%1 of %1, from the end again").arg(hits));
+
+        monitor->treeView()->setCurrentIndex(window.row("valid"));
+        line->setText("rises");
+        QTRY_COMPARE(count->text().section(' ', 1), QString("hits"));
+        monitor->setCursorTime(0);
+        QTest::keyClick(line, Qt::Key_Return);
+        QCOMPARE(monitor->cursorTime(), monitor->rulerView()->hits().first());
+        QTest::keyClick(line, Qt::Key_Escape);
+        QVERIFY(!line->isVisible() && monitor->rulerView()->hits().isEmpty());
     }
 
     /// From a dump to windows, though a server that is started would be a board's.

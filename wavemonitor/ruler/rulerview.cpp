@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QMenu>
+#include <QPainter>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -20,6 +21,9 @@ namespace WaveMonitor {
 namespace {
 
 constexpr int kHeight = 50;
+constexpr int kHitHeight = 6;
+constexpr int kHitWidth = 2;
+constexpr QRgb kHitColor = 0xff4da6ff;
 constexpr int kScaleTop = 30; // room above the scale, for flags and red ticks
 
 } // namespace
@@ -247,6 +251,31 @@ void RulerView::paintEvent(QPaintEvent* event)
         }
     }
     QGraphicsView::paintEvent(event);
+    if (!m_hits.isEmpty())
+        paintHits();
+}
+
+void RulerView::setHits(QVector<int> const& times)
+{
+    m_hits = times;
+    viewport()->update();
+}
+
+/// From one pixel's hit to the next one's: what a look costs does not depend on their number.
+void RulerView::paintHits()
+{
+    QPainter painter(viewport());
+    double const step = kSampleWidth * viewportTransform().m11();
+    double const left = viewportTransform().dx();
+    auto hit = std::lower_bound(m_hits.cbegin(), m_hits.cend(), int(-left / step));
+    while (hit != m_hits.cend()) {
+        int const x = int(std::floor(left + *hit * step));
+        if (x >= viewport()->width())
+            return;
+        painter.fillRect(x, kHeight - kHitHeight, kHitWidth, kHitHeight, QColor(kHitColor));
+        int const nextTime = int(std::ceil((x + 1 - left) / step));
+        hit = std::lower_bound(hit + 1, m_hits.cend(), nextTime);
+    }
 }
 
 void RulerView::mousePressEvent(QMouseEvent* event)
