@@ -3,6 +3,7 @@
 #include "wavemonitor/constants.h"
 #include "wavemonitor/drawconfig.h"
 #include "wavemonitor/notificationcenter.h"
+#include "wavemonitor/ruler/overviewstrip.h"
 #include "wavemonitor/rulerview.h"
 #include "wavemonitor/signalelement.h"
 #include "wavemonitor/signaltreemodel.h"
@@ -23,6 +24,7 @@ namespace WaveMonitor {
 namespace {
 
 constexpr int CaptionHeight = 20;
+constexpr int CounterHeight = 30; // with the header as high as the ruler
 constexpr int DefaultTreeWidth = 300;
 
 QWidget* column(QWidget* parent, QWidget* above, QWidget* below)
@@ -53,7 +55,7 @@ WaveMonitorWidget::WaveMonitorWidget(unsigned long long domain, QWidget* parent,
 
     m_autoCounterLabel = new QLabel(this);
     m_autoCounterLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_autoCounterLabel->setFixedHeight(30); // with the header as high as the ruler
+    m_autoCounterLabel->setFixedHeight(CounterHeight);
 
     connect(m_treeView->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &WaveMonitorWidget::followTree);
@@ -153,6 +155,24 @@ void WaveMonitorWidget::layOut()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(splitter);
+}
+
+bool WaveMonitorWidget::isOverviewVisible() const
+{
+    return m_overview && !m_overview->isHidden();
+}
+
+void WaveMonitorWidget::setOverviewVisible(bool visible)
+{
+    if (visible == isOverviewVisible())
+        return;
+    if (!m_overview) {
+        QWidget* const panel = m_rulerView->parentWidget();
+        m_overview = new OverviewStrip(m_waveView, m_rulerView, panel);
+        static_cast<QVBoxLayout*>(panel->layout())->insertWidget(0, m_overview);
+    }
+    m_overview->setVisible(visible);
+    m_autoCounterLabel->setFixedHeight(CounterHeight + (visible ? OverviewStrip::Height : 0));
 }
 
 /// Scrolls the waves to where the tree is. They hear of new rows later than the tree does.

@@ -19,6 +19,7 @@ namespace WaveMonitor {
 struct BusData;
 struct DrawConfig;
 struct Notification;
+class OverviewStrip;
 class RulerView;
 class SignalTreeModel;
 class SignalTreeView;
@@ -136,6 +137,13 @@ public:
     void rearrangeWaveItems();
     void removeAllWaveItems();
 
+    /// Whether a strip above the ruler shows the whole capture: its windows, triggers, markers and
+    /// cursor, how densely its rows change, and the part that the waves show, which a click or a
+    /// drag moves. It makes the ruler's panel 24 pixels higher. Off at the start, and then nothing
+    /// of the layout differs from a monitor without it.
+    bool isOverviewVisible() const;
+    void setOverviewVisible(bool visible);
+
     SignalTreeModel* model() const { return m_model; }
     SignalTreeView* treeView() const { return m_treeView; }
     WaveView* waveView() const { return m_waveView; }
@@ -196,6 +204,7 @@ private:
     SignalTreeView* m_treeView = nullptr;
     WaveView* m_waveView = nullptr;
     RulerView* m_rulerView = nullptr;
+    OverviewStrip* m_overview = nullptr; // made when it is first shown
     QLabel* m_autoCounterLabel = nullptr;
     QList<QLabel*> m_headerLabels;
     QVector<int> m_captionShifts; // of each caption against its section, in pixels

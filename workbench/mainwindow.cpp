@@ -11,6 +11,7 @@
 #include "wavemonitor/wavemonitorwidget.h"
 #include "workbench/cablebox.h"
 #include "workbench/navigation.h"
+#include "workbench/overviewaction.h"
 #include "workbench/triggerline.h"
 
 #include <QApplication>
@@ -142,6 +143,7 @@ void MainWindow::addTabs(QString const& name, int core, QWidget* panel)
     m_cores->addTab(panel, name);
     auto* const monitor = new WaveMonitorWidget(m_monitors);
     monitor->setTitle(0, core);
+    m_overviewAction->take(monitor);
     m_monitors->addTab(monitor, name);
     m_navigation->adopt(*monitor);
     connect(monitor, &WaveMonitorWidget::layoutEdited, this, [this] {

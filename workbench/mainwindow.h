@@ -16,6 +16,7 @@
 class CableBox;
 class FindBar;
 class Navigation;
+class OverviewAction;
 class QDockWidget;
 class QLabel;
 class QMenu;
@@ -159,6 +160,7 @@ private:
     Navigation* m_navigation = nullptr;
     QLabel* m_whereabouts = nullptr;
     VEK::SampleClock m_sampleClock; ///< For the times of samples; no file tells it.
+    OverviewAction* m_overviewAction = nullptr;
     QLabel* m_hint = nullptr;
     QVBoxLayout* m_centre = nullptr;
     QWidget* m_banner = nullptr;

@@ -7,6 +7,7 @@
 #include "workbench/findbar.h"
 #include "workbench/mainwindow.h"
 #include "workbench/navigation.h"
+#include "workbench/overviewaction.h"
 #include "workbench/runstatus.h"
 #include "workbench/theme.h"
 
@@ -186,6 +187,8 @@ void MainWindow::makeViewMenu()
     add(QStringLiteral("Zoom &Out"), QKeySequence::ZoomOut, &WaveMonitorWidget::zoomOut);
     add(QStringLiteral("Zoom &Fit"), Qt::CTRL + Qt::Key_0, &WaveMonitorWidget::zoomFit);
     menu->addSeparator();
+    m_overviewAction = new OverviewAction(this);
+    menu->addAction(m_overviewAction);
     for (QDockWidget* const dock : findChildren<QDockWidget*>())
         menu->addAction(dock->toggleViewAction());
     menu->addSeparator();

@@ -421,9 +421,15 @@ private slots:
         QCOMPARE(window.value("valid", 127) + window.value("valid", 128), QString("01"));
         QCOMPARE(qgetenv("TMPDIR"), temporary);
 
+        QVERIFY(window.monitor()->isOverviewVisible());
+        window.choose({"&View", "&Overview"});
+        QVERIFY(!window.monitor()->isOverviewVisible());
         QVERIFY(window.saveSessionAs(path("kept.rsx"))); // stays a rehearsal
         Window again;
         QVERIFY(again.open(path("kept.rsx")));
+        QVERIFY(!again.monitor()->isOverviewVisible()); // as it was left
+        again.choose({"&View", "&Overview"});
+        QVERIFY(again.monitor()->isOverviewVisible());
         again.run();
         QCOMPARE(again.samples(), window.samples());
         QFile::remove(path("sim.json"));

@@ -20,6 +20,8 @@ public:
     int length() const { return m_length; }        ///< In samples.
     int width() const { return m_members.size(); } ///< Bits of a sample.
 
+    QList<QBitArray> const& members() const { return m_members; }
+
     /// One bit a member, in their order.
     QBitArray sample(int time) const;
 

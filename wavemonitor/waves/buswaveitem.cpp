@@ -49,8 +49,17 @@ void BusWaveItem::setMemberData(QList<QBitArray> const& members)
 {
     updateRowHeight();
     prepareGeometryChange();
-    if (m_samples.setMembers(members))
-        update();
+    if (!m_samples.setMembers(members))
+        return;
+    m_changeCounts.reset();
+    update();
+}
+
+ChangeCounts const* BusWaveItem::changeCounts() const
+{
+    if (!m_changeCounts)
+        m_changeCounts.emplace(m_samples.members());
+    return &*m_changeCounts;
 }
 
 void BusWaveItem::updateRowHeight()

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "wavemonitor/waves/bussamples.h"
+#include "wavemonitor/waves/changecounts.h"
 #include "wavemonitor/waves/waveitem.h"
 
 #include <QBitArray>
 #include <QList>
+
+#include <optional>
 
 namespace WaveMonitor {
 
@@ -35,10 +38,12 @@ public:
 
     int rowHeight() const override { return m_rowHeight; }
     QRectF boundingRect() const override;
+    ChangeCounts const* changeCounts() const override;
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
 
 private:
     BusSamples m_samples;
+    mutable std::optional<ChangeCounts> m_changeCounts;
     DataFormatter const* m_formatter;
     bool m_memberless = false;
     int m_rowHeight;

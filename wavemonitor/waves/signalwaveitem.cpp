@@ -164,7 +164,15 @@ void SignalWaveItem::setWaveData(QBitArray const& data)
         return;
     prepareGeometryChange();
     m_data = data;
+    m_changeCounts.reset();
     update();
+}
+
+ChangeCounts const* SignalWaveItem::changeCounts() const
+{
+    if (!m_changeCounts)
+        m_changeCounts.emplace(QList<QBitArray>{m_data});
+    return &*m_changeCounts;
 }
 
 QRectF SignalWaveItem::boundingRect() const

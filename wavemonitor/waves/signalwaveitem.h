@@ -1,8 +1,11 @@
 #pragma once
 
+#include "wavemonitor/waves/changecounts.h"
 #include "wavemonitor/waves/waveitem.h"
 
 #include <QBitArray>
+
+#include <optional>
 
 namespace WaveMonitor {
 
@@ -16,10 +19,12 @@ public:
     QBitArray const& waveData() const { return m_data; }
 
     QRectF boundingRect() const override;
+    ChangeCounts const* changeCounts() const override;
     void paint(QPainter* painter, QStyleOptionGraphicsItem const* option, QWidget* widget) override;
 
 private:
     QBitArray m_data;
+    mutable std::optional<ChangeCounts> m_changeCounts;
 };
 
 } // namespace WaveMonitor

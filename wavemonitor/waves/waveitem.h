@@ -5,6 +5,7 @@
 
 namespace WaveMonitor {
 
+class ChangeCounts;
 class WavePainter;
 
 /// What the graphics items of all rows share. In scene units one sample is 50 wide and a row 30
@@ -22,6 +23,10 @@ public:
 
     /// 30, but for a bus that is drawn as a chart. The row in the tree is as high.
     virtual int rowHeight() const;
+
+    /// Where the row's samples change, built at the first call and dropped with the samples; null
+    /// for a row without samples.
+    virtual ChangeCounts const* changeCounts() const { return nullptr; }
 
 protected:
     WaveItem();
