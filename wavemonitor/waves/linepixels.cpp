@@ -221,9 +221,9 @@ void LinePixels::addSteep(int x1, int y1, int x2, int y2)
         int rows = line.end - line.row;
         int const last = (line.x + (rows - 1) * line.slope) >> 16;
         if (last > column)
-            rows = (((column + 1) << 16) - line.x + line.slope - 1) / line.slope;
+            rows = ((column + 1) * 65536 - line.x + line.slope - 1) / line.slope;
         else if (last < column)
-            rows = (line.x - (column << 16)) / -line.slope + 1;
+            rows = (line.x - column * 65536) / -line.slope + 1;
         addColumnRun(column, line.row, line.row + rows - 1);
         line.row += rows;
         line.x += rows * line.slope;

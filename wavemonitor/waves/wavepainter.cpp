@@ -42,7 +42,9 @@ bool WavePainter::setUpExact(QRectF const& exposed)
     m_window = m_exposed.adjusted(-Overhang, -1, Overhang, 1);
     m_painter->resetTransform();
     m_painter->setWorldTransform(m_painter->deviceTransform().inverted());
-    m_aligned = m_painter->deviceTransform().isIdentity();
+    m_aligned = m_painter->deviceTransform().isIdentity() && m_painter->device()->depth() >= 24 &&
+                m_painter->opacity() == 1 &&
+                m_painter->compositionMode() == QPainter::CompositionMode_SourceOver;
     m_plainTexts = m_painter->device()->devicePixelRatioF() == 1;
     return true;
 }
