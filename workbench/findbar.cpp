@@ -169,9 +169,10 @@ void FindBar::search()
 void FindBar::showHits(QVector<int> const& hits)
 {
     m_hits = hits;
-    m_count->setText(m_text->text().isEmpty()
-                         ? QString()
-                         : QStringLiteral("%1 hits").arg(QLocale::c().toString(hits.size())));
+    QString const count = hits.size() == 1
+                              ? QStringLiteral("1 hit")
+                              : QStringLiteral("%1 hits").arg(QLocale::c().toString(hits.size()));
+    m_count->setText(m_text->text().isEmpty() ? QString() : count);
     if (Monitor* const monitor = m_current())
         monitor->rulerView()->setHits(hits);
 }

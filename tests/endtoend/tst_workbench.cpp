@@ -342,7 +342,7 @@ private slots:
         window.action("Fin&d...")->trigger();
         auto* const line = window.findChild<QLineEdit*>("findText");
         auto* const count = window.findChild<QLabel*>("findCount");
-        QTest::keyClicks(line, "adress == 0x51 & valid");
+        QTest::keyClicks(line, "adress in 0x50..0x5F & valid");
         auto* const note = window.findChild<QLabel*>("findNote");
         QTRY_VERIFY(note->text().contains("the nearest is address"));
         line->setCursorPosition(1);
@@ -359,7 +359,8 @@ private slots:
             int const time = monitor->cursorTime();
             QVERIFY(time > last);
             last = time;
-            QCOMPARE(window.value("address", time) + window.value("valid", time), QString("511"));
+            QVERIFY(window.value("address", time).startsWith('5'));
+            QCOMPARE(window.value("valid", time), QString("1"));
         }
         QTest::keyClick(line, Qt::Key_Return);
         QCOMPARE(count->text(), QString("1 of %1, from the start again").arg(hits));
