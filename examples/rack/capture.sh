@@ -23,9 +23,14 @@ export TMPDIR=${RACK_TMP:-/tmp}/$VEK_BOARD
 mkdir -p -m 700 "$TMPDIR"
 
 IFS=$'\t' read -r name configuration golden trigger < <(sed -n "${SLURM_ARRAY_TASK_ID}p" "$captures")
-attempt=$((${SLURM_RESTART_COUNT:-0} + 1))
+# The first number that is free: a capture that is submitted again counts on.
+mkdir -p "$runs/$name"
+attempt=1
+while ! mkdir "$runs/$name/$attempt"; do
+    [ "$attempt" -lt "$mostAttempts" ] || exit 1
+    attempt=$((attempt + 1))
+done 2>/dev/null
 out=$runs/$name/$attempt
-mkdir -p "$out"
 options=()
 [ "$trigger" = - ] || options=(--trigger "$trigger")
 

@@ -219,7 +219,20 @@ class Rack:
         (self.folder / "captures.tsv").write_text("".join(lines))
         (self.folder / "expected.txt").write_text("".join(f"capture{n}\n" for n in range(captures)))
         self.began = time.monotonic()
-        said = self.slurm("sbatch", f"--array=1-{captures}", "--gres=board:tk501:1", "--parsable", "--output",
+        self.submit_tasks(f"1-{captures}")
+
+    def submit_again(self):
+        """The captures that came to no end, after the queue has; how many. The scheduler forgets to
+        put back a job that ends while its desk does not answer, if the desk is counted down then."""
+        report = json.loads(self.report("--json", capture_output=True, text=True).stdout)
+        names = report["missing"] + [run["label"] for run in report["runs"] if run["counts"]
+                                     and run["outcome"] in ("unfinished", "stopped", "board-error")]
+        if names:
+            self.submit_tasks(",".join(str(int(name.removeprefix("capture")) + 1) for name in names))
+        return len(names)
+
+    def submit_tasks(self, tasks):
+        said = self.slurm("sbatch", f"--array={tasks}", "--gres=board:tk501:1", "--parsable", "--output",
                           f"{self.folder}/log/task-%a", "--open-mode=append", str(self.folder / "capture.sh"),
                           str(self.folder / "captures.tsv"), str(self.folder / "runs"))
         if not said:

@@ -12,7 +12,7 @@ import time
 
 KILLS = 10          # of captures: half by SIGKILL, half by putting the job back while it runs
 DEATHS = 5          # of servers, which their desks start again
-PAUSE = 0.5         # s between two troubles
+PAUSE = 0.8         # s between two troubles
 
 
 class Troubles:
@@ -32,11 +32,15 @@ class Troubles:
         self.rack.until(lambda: self.captures(), "no capture has begun")
         self.lose_desk()
         while (troubles or not self.returned) and self.rack.queue():
-            if troubles and troubles[-1]():
+            comes = troubles and troubles[-1]()
+            if comes:
                 troubles.pop()
             self.return_desk()
-            time.sleep(PAUSE)
+            time.sleep(PAUSE if comes else 0.05)
         seconds = self.rack.wait(show=True)
+        if again := self.rack.submit_again():
+            print(f"{again} submitted again")
+            self.rack.wait(show=True)
         self.expect(not troubles, f"the captures ended before {len(troubles)} of the troubles came")
         print(f"all done after {seconds:.0f} s\n", flush=True)
         self.look_at_scheduler()
