@@ -99,7 +99,7 @@ class Rack:
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="rack-", dir="/tmp"))
         self.environment = {**os.environ, "SLURM_CONF": str(self.folder / "slurm.conf"),
                             "RACK": str(self.folder), "RACK_TMP": str(self.folder / "tmp"),
-                            "PATH": f"{self.vek.parent}{os.pathsep}{os.environ['PATH']}"}
+                            "PATH": f"{self.vek.parent}:{os.environ['PATH']}:/usr/sbin"}
         self.boards = {}
         self.daemons = {}
         self.left = []  # processes that had to be killed at the end
@@ -264,9 +264,17 @@ class Rack:
                                self.folder / "expected.txt", *options], **how)
 
     def end(self):
-        """Ends all that was started, by its id, and removes the folder."""
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-            signal.signal(number, signal.SIG_IGN)  # a second Ctrl-C would leave the rest running
+        """Ends all that was started, by its id, and removes the folder. A second Ctrl-C would leave
+        the rest running; servers started later would inherit it if it stayed ignored."""
+        before = {number: signal.signal(number, signal.SIG_IGN)
+                  for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)}
+        try:
+            self.take_down()
+        finally:
+            for number, handler in before.items():
+                signal.signal(number, handler)
+
+    def take_down(self):
         if "slurmctld" in self.daemons and self.slurm("scancel", "--user", getpass.getuser()) is not None:
             patience = time.monotonic() + ENDING
             while self.slurm("squeue", "-h") and time.monotonic() < patience:
