@@ -2,7 +2,9 @@
 
 #include "wavemonitor/waves/valuetexts.h"
 
+#include "wavemonitor/constants.h"
 #include <QPaintDevice>
+
 #include <QPaintEngine>
 
 namespace WaveMonitor {
@@ -27,11 +29,19 @@ WavePainter::~WavePainter()
     m_painter->restore();
 }
 
+/// A picture of lines has them where they can be told apart; else it would grow with the capture.
+bool WavePainter::isMeantInPixels() const
+{
+    QPaintEngine::Type const type = m_painter->paintEngine()->type();
+    bool const isOfLines = type == QPaintEngine::SVG || type == QPaintEngine::Pdf;
+    return type == QPaintEngine::Raster ||
+           (isOfLines && m_map.m11() * Constants::Graphics::kSampleWidth < 1);
+}
+
 bool WavePainter::setUpExact(QRectF const& exposed)
 {
-    if (m_painter->paintEngine()->type() != QPaintEngine::Raster ||
-        m_painter->testRenderHint(QPainter::Antialiasing) || m_map.type() > QTransform::TxScale ||
-        !(m_map.m11() > 0) || !(m_map.m22() > 0))
+    if (!isMeantInPixels() || m_painter->testRenderHint(QPainter::Antialiasing) ||
+        m_map.type() > QTransform::TxScale || !(m_map.m11() > 0) || !(m_map.m22() > 0))
         return false;
     QRectF const area = m_map.mapRect(exposed);
     if (!(area.left() >= -MostPixels && area.top() >= -MostPixels && area.right() <= MostPixels &&

@@ -84,6 +84,7 @@ public:
 private:
     Q_DISABLE_COPY(WavePainter)
 
+    bool isMeantInPixels() const;
     bool setUpExact(QRectF const& exposed);
     QRectF mapped(QRectF const& rect) const { return m_exact ? m_map.mapRect(rect) : rect; }
 
