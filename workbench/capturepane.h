@@ -1,39 +1,58 @@
 #pragma once
 
-#include "cli/capturefile.h"
+#include "workbench/viewedcapture.h"
 
 #include <QWidget>
+
+#include <optional>
+
+class QTabWidget;
 
 namespace WaveMonitor {
 class WaveMonitorWidget;
 }
 
-/// One file's capture as waves: a monitor, or one for each of several cores behind tabs. Its
-/// windows lie one after the other. A session is shown as it was arranged and looked at.
+/// Samples of a capture, counted from its first one; what is not set is its begin or its end.
+struct SampleRange
+{
+    std::optional<int> from;
+    std::optional<int> to; ///< The last one that is meant.
+
+    bool isSet() const { return from || to; }
+};
+
+/// A capture in the viewer: its name, and a monitor for each core.
 class CapturePane : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// Throws a `Cli::Failure` for a file that can't be read.
-    CapturePane(QString const& path, VEK::Cli::CaptureHints const& hints,
-                QWidget* parent = nullptr);
+    explicit CapturePane(ViewedCapture const& capture, QWidget* parent = nullptr);
 
-    QString const& path() const { return m_path; }
-    /// What was left out of the file.
-    QStringList const& warnings() const { return m_warnings; }
-    /// That of the core in front.
+    QStringList const& files() const { return m_files; }
+
+    /// Of the core in front.
     WaveMonitor::WaveMonitorWidget* monitor() const;
 
-    /// Zooms so that these samples of the core in front, both inclusive, fill the waves, as far as
-    /// the zoom goes. The pane must have its size.
-    void showSpan(int from, int to);
+    void setTitleVisible(bool visible);
+
+    /// Only the waves and their rows: for pictures.
+    void hideScrollBars();
+
+    /// Fits the range into the waves of each core, also at a scale that zooming does not reach; the
+    /// whole capture where nothing is set and no session tells how it was looked at. Needs a pane
+    /// that is laid out. What a core does not have of the range is left out.
+    void showRange(SampleRange const& range);
+
+Q_SIGNALS:
+    void closing();
 
 private:
-    void showCores(VEK::Cli::CaptureFile const& file);
-    void showSession();
+    void addMonitor(ViewedCore const& core);
+    QWidget* makeTitle(ViewedCapture const& capture);
 
-    QString m_path;
-    QStringList m_warnings;
-    class QTabWidget* m_cores;
+    QStringList m_files;
+    QWidget* m_title;
+    QTabWidget* m_cores;
+    QList<WaveMonitor::WaveMonitorWidget*> m_savedViews; ///< Monitors that a session has set.
 };

@@ -1,14 +1,9 @@
-// The viewer: captures as waves, without a desk.
+// The viewer: captures side by side, without a desk.
 //
-//     vek-view [--clock NAME] [--trigger SAMPLE] [FILE...]
-//     vek-view FILE... --grab PICTURE [--from SAMPLE] [--to SAMPLE] [--size WxH] [--dark]
-//
-// With --grab it writes a picture and ends, also where there is no display.
+//     vek-view [--from N] [--to N] [--clock CLOCK] FILE...
+//     vek-view --grab PICTURE.png|svg|pdf [--size WxH] [--dark] FILE...
 
-#include "cli/exitstatus.h"
-#include "wavemonitor/signaltreemodel.h"
-#include "wavemonitor/wavemonitorwidget.h"
-#include "workbench/capturepane.h"
+#include "workbench/capturearea.h"
 #include "workbench/picture.h"
 #include "workbench/startup.h"
 #include "workbench/theme.h"
@@ -16,161 +11,225 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cstdio>
 
-using namespace VEK;
-using Cli::Status;
+using VEK::Cli::Failure;
+using VEK::Cli::Status;
 
 namespace {
 
-struct Options
+constexpr QSize UsualSize{1200, 560};
+constexpr char const* DisplayVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+
+struct Words
 {
-    QCommandLineOption clock{QStringLiteral("clock"),
-                             QStringLiteral("Clock of a simulator's dump, which it is sampled at; "
-                                            "without it there is one sample a change."),
-                             QStringLiteral("name")};
-    QCommandLineOption trigger{QStringLiteral("trigger"),
-                               QStringLiteral("Sample of the trigger, whatever the files say."),
-                               QStringLiteral("sample")};
-    QCommandLineOption grab{QStringLiteral("grab"),
-                            QStringLiteral("Write a picture (.png, .svg, .pdf) and end."),
-                            QStringLiteral("file")};
-    QCommandLineOption from{QStringLiteral("from"),
-                            QStringLiteral("First sample in the picture, from 0 on."),
-                            QStringLiteral("sample")};
-    QCommandLineOption to{QStringLiteral("to"), QStringLiteral("Last sample in the picture."),
-                          QStringLiteral("sample")};
-    QCommandLineOption size{QStringLiteral("size"),
-                            QStringLiteral("Of the picture in pixels (default 1200x560)."),
-                            QStringLiteral("WxH"), QStringLiteral("1200x560")};
-    QCommandLineOption dark{QStringLiteral("dark"), QStringLiteral("Dark windows.")};
+    QStringList files;
+    VEK::Cli::CaptureHints hints;
+    SampleRange range;
+    QString picture; ///< Null for a window.
+    QSize size = UsualSize;
+    bool isDark = false;
 };
 
-int fail(Status status, QString const& message)
+bool isAmong(int argc, char const* const* argv, QStringList const& words)
+{
+    return std::any_of(argv + 1, argv + argc, [&](char const* argument) {
+        QString const text = QLatin1String(argument);
+        return std::any_of(words.begin(), words.end(), [&](QString const& word) {
+            return text == word || text.startsWith(word + QLatin1Char('='));
+        });
+    });
+}
+
+Failure usage(QString const& message)
+{
+    return {Status::Usage, message};
+}
+
+/// The option's number; nothing when it is not given.
+std::optional<int> numberOf(QCommandLineParser const& parser, QCommandLineOption const& option)
+{
+    if (!parser.isSet(option))
+        return std::nullopt;
+    bool ok = false;
+    int const number = parser.value(option).toInt(&ok);
+    if (!ok || number < 0)
+        throw usage(QStringLiteral("--%1: \"%2\" is no number from 0 on")
+                        .arg(option.names().first(), parser.value(option)));
+    return number;
+}
+
+/// Whether what is given fits together; `size` is the text of the size, empty when none is given.
+void check(Words const& words, QString const& size)
+{
+    if (words.size.isEmpty())
+        throw usage(QStringLiteral("--size: \"%1\" is not of the form 1200x560").arg(size));
+    if (words.range.from && words.range.to && *words.range.to < *words.range.from)
+        throw usage(QStringLiteral("--to: the span ends before it begins"));
+    if (words.picture.isNull() && !size.isEmpty())
+        throw usage(QStringLiteral("--size: only a picture has one"));
+    if (words.picture.isNull())
+        return;
+    if (!isPictureName(words.picture))
+        throw usage(QStringLiteral("--grab: a picture is a .png, .svg or .pdf"));
+    if (words.files.isEmpty())
+        throw usage(QStringLiteral("--grab: there is no capture to show"));
+}
+
+/// Help and version end the program.
+Words readWords(QCoreApplication const& app)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Shows captures: windows of a run, sessions, exports and simulators' dumps."));
+    QCommandLineOption const help = parser.addHelpOption();
+    QCommandLineOption const version = parser.addVersionOption();
+    parser.addPositionalArgument(
+        QStringLiteral("file"),
+        QStringLiteral("Captures, .csv .rsx .vcd .prn .raw; the windows of "
+                       "one run are shown one after the other."),
+        QStringLiteral("[file...]"));
+    auto const option = [&](char const* name, char const* text, char const* value) {
+        QCommandLineOption made{QString(QLatin1String(name))};
+        made.setDescription(QLatin1String(text));
+        made.setValueName(QLatin1String(value));
+        parser.addOption(made);
+        return made;
+    };
+    auto const grab = option("grab", "Write a picture, .png .svg or .pdf, and end.", "picture");
+    auto const from = option("from", "First sample in view.", "sample");
+    auto const to = option("to", "Last sample in view.", "sample");
+    auto const size = option("size", "Of the picture in pixels (default 1200x560).", "WxH");
+    auto const dark = option("dark", "Dark windows.", "");
+    auto const clock = option("clock",
+                              "Net at which a simulator's dump is sampled (default: a "
+                              "sample for each time of a change), or the frequency of a "
+                              "plain one.",
+                              "clock");
+    auto const trigger =
+        option("trigger", "Sample of the trigger, whatever the files say.", "sample");
+    auto const core = option("core", "Index of the one core that is meant.", "core");
+    if (!parser.parse(app.arguments()))
+        throw usage(parser.errorText());
+    if (parser.isSet(help))
+        parser.showHelp();
+    if (parser.isSet(version))
+        parser.showVersion();
+    Words words;
+    words.files = parser.positionalArguments();
+    for (QString const& text : parser.values(clock)) {
+        if (!words.hints.times.parse(text))
+            words.hints.clock = text;
+    }
+    words.hints.trigger = numberOf(parser, trigger);
+    words.hints.core = numberOf(parser, core);
+    words.range = SampleRange{numberOf(parser, from), numberOf(parser, to)};
+    if (parser.isSet(grab))
+        words.picture = QLatin1String("") + parser.value(grab); // not null
+    words.isDark = parser.isSet(dark);
+    if (parser.isSet(size))
+        words.size = pictureSize(parser.value(size));
+    check(words, parser.isSet(size) ? parser.value(size) : QString());
+    return words;
+}
+
+void print(QString const& message)
 {
     std::fprintf(stderr, "vek-view: %s\n", qPrintable(message));
-    return int(status);
 }
 
-/// Whether an option is a number of a sample; one that is not given is.
-bool isSample(QCommandLineParser const& parser, QCommandLineOption const& option, QString& error)
+/// Lays the captures out on a sheet of the picture's size.
+void layOut(QWidget& sheet, CaptureArea& area, Words const& words)
 {
-    bool ok = true;
-    if (parser.isSet(option) && (parser.value(option).toInt(&ok) < 0 || !ok)) {
-        error = QStringLiteral("--%1: \"%2\" is no sample")
-                    .arg(option.names().constFirst(), parser.value(option));
-        return false;
+    sheet.resize(words.size);
+    area.setGeometry(sheet.rect());
+    for (CapturePane* const pane : area.panes()) {
+        pane->setTitleVisible(area.count() > 1);
+        pane->hideScrollBars();
     }
-    return true;
+    sheet.show();
+    QCoreApplication::processEvents(); // rows and zoom are on their way
+    for (CapturePane* const pane : area.panes())
+        pane->showRange(words.range);
+    QCoreApplication::processEvents();
 }
 
-QString usageError(QCommandLineParser const& parser, Options const& options)
+void grab(Words const& words)
 {
+    QWidget sheet;
+    CaptureArea area(&sheet);
+    for (QStringList const& files : filesByCapture(words.files)) {
+        ViewedCapture const capture = readViewedCapture(files, words.hints);
+        for (QString const& warning : capture.warnings)
+            print(QStringLiteral("warning: ") + warning);
+        area.add(capture);
+    }
+    layOut(sheet, area, words);
     QString error;
-    for (QCommandLineOption const* option : {&options.trigger, &options.from, &options.to})
-        if (!isSample(parser, *option, error))
-            return error;
-    if (parser.isSet(options.grab) && !isPictureName(parser.value(options.grab)))
-        return QStringLiteral("--grab: a picture is a .png, .svg or .pdf");
-    if (parser.isSet(options.grab) && parser.positionalArguments().isEmpty())
-        return QStringLiteral("--grab: there is no capture to show");
-    if (pictureSize(parser.value(options.size)).isEmpty())
-        return QStringLiteral("--size: \"%1\" is not of the form 1200x560")
-            .arg(parser.value(options.size));
-    bool const hasSpan = parser.isSet(options.from) && parser.isSet(options.to);
-    if (hasSpan && parser.value(options.to).toInt() < parser.value(options.from).toInt())
-        return QStringLiteral("--to: the span ends before it begins");
-    return QString();
+    if (!writePicture(sheet, words.picture, error))
+        throw Failure{Status::Output,
+                      QStringLiteral("%1 can't be written: %2").arg(words.picture, error)};
 }
 
-/// The pane's samples that the options name, by default all.
-void showSpan(CapturePane& pane, QCommandLineParser const& parser, Options const& options)
+int show(Words const& words)
 {
-    if (!parser.isSet(options.from) && !parser.isSet(options.to))
-        return;
-    int const last = pane.monitor()->model()->timeLength() - 1;
-    int const from = parser.isSet(options.from) ? parser.value(options.from).toInt() : 0;
-    int const to = parser.isSet(options.to) ? parser.value(options.to).toInt() : last;
-    pane.showSpan(std::min(from, last), std::min(to, last));
-}
-
-int grab(ViewWindow& window, QCommandLineParser const& parser, Options const& options)
-{
-    QWidget& content = *window.content();
-    content.setFixedSize(pictureSize(parser.value(options.size)));
-    window.adjustSize();
+    ViewWindow window(words.hints);
+    window.open(words.files);
     window.show();
-    QApplication::processEvents(); // rows and zoom are on their way
-    for (CapturePane* const pane : window.panes())
-        showSpan(*pane, parser, options);
-    QApplication::processEvents();
-    QString error;
-    if (!writePicture(content, parser.value(options.grab), error))
-        return fail(Status::Output,
-                    QStringLiteral("%1: %2").arg(parser.value(options.grab), error));
-    return int(Status::Done);
+    if (words.range.isSet()) {
+        QCoreApplication::processEvents(); // the widths are known then
+        window.showRange(words.range);
+    }
+    QCoreApplication::exec();
+    return int(window.status());
 }
 
-int view(QCommandLineParser const& parser, Options const& options)
+bool hasDisplay(int argc, char const* const* argv)
 {
-    QString const usage = usageError(parser, options);
-    if (!usage.isEmpty())
-        return fail(Status::Usage, usage);
-    if (parser.isSet(options.dark))
+    return isAmong(argc, argv, {QStringLiteral("-platform"), QStringLiteral("--platform")}) ||
+           std::any_of(std::begin(DisplayVariables), std::end(DisplayVariables),
+                       qEnvironmentVariableIsSet);
+}
+
+int run(int argc, char** argv)
+{
+    if (asksForHelp(argc, argv)) {
+        QCoreApplication const app(argc, argv);
+        readWords(app);
+    }
+    bool const isGrab = isAmong(argc, argv, {QStringLiteral("--grab"), QStringLiteral("-grab")});
+    if (isGrab) // the same on every screen, and without one
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    else
+        QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    if (!hasDisplay(argc, argv))
+        throw usage(QStringLiteral("there is no display; --grab needs none"));
+    QApplication const app(argc, argv);
+    Words const given = readWords(app);
+    if (given.isDark)
         setDark(true);
-    else if (!parser.isSet(options.grab))
+    else if (given.picture.isNull())
         restoreTheme(); // a picture is the same whatever a user has chosen
-    Cli::CaptureHints hints;
-    hints.clock = parser.value(options.clock);
-    hints.eachChange = true;
-    if (parser.isSet(options.trigger))
-        hints.trigger = parser.value(options.trigger).toInt();
-    ViewWindow window(hints);
-    for (QString const& path : parser.positionalArguments()) {
-        QString error;
-        if (!window.open(path, error))
-            return fail(Status::Configuration, error);
-    }
-    for (CapturePane const* const pane : window.panes())
-        for (QString const& warning : pane->warnings())
-            std::fprintf(stderr, "vek-view: warning: %s\n", qPrintable(warning));
-    if (parser.isSet(options.grab))
-        return grab(window, parser, options);
-    window.show();
-    return QApplication::exec();
+    if (given.picture.isNull())
+        return show(given);
+    grab(given);
+    return int(Status::Done);
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    bool const isPicture = std::any_of(argv + 1, argv + argc, [](char const* argument) {
-        return QByteArray(argument).startsWith("--grab");
-    });
-    if (isPicture) // the same on every screen, and without one
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    else
-        QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QApplication::setOrganizationName(QStringLiteral("vek"));
     QApplication::setApplicationName(QStringLiteral("view"));
     QApplication::setApplicationVersion(QStringLiteral(VEK_VERSION));
-    QCommandLineParser parser;
-    Options const options;
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("file"),
-                                 QStringLiteral("Captures: .csv, .rsx, .vcd, .prn."),
-                                 QStringLiteral("[file...]"));
-    parser.addOptions({options.clock, options.trigger, options.grab, options.from, options.to,
-                       options.size, options.dark});
-    if (asksForHelp(argc, argv)) {
-        QCoreApplication app(argc, argv);
-        parser.process(app);
+    try {
+        return run(argc, argv);
+    } catch (Failure const& failure) {
+        print(failure.message);
+        return int(failure.status);
     }
-    QApplication app(argc, argv);
-    if (!parser.parse(app.arguments()))
-        return fail(Status::Usage, parser.errorText());
-    return view(parser, options);
 }

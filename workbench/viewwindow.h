@@ -1,42 +1,53 @@
 #pragma once
 
-#include "cli/capturefile.h"
+#include "cli/exitstatus.h"
+#include "workbench/capturepane.h"
 
-#include <QList>
 #include <QMainWindow>
 
-class CapturePane;
+class CaptureArea;
 class QLabel;
-class QSplitter;
 
-/// The window of the viewer: captures from files, one above the other.
+/// The window of the viewer.
 class ViewWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    explicit ViewWindow(VEK::Cli::CaptureHints const& hints);
+    /// The hints hold for all files.
+    explicit ViewWindow(VEK::Cli::CaptureHints hints);
 
-    /// Adds the capture of a file. False with an error, which names the file, when it can't be
-    /// read.
-    bool open(QString const& path, QString& error);
+    /// Opens captures behind those that are open. What could not be read is told in the window.
+    void open(QStringList const& files);
 
-    QList<CapturePane*> panes() const;
-    /// All panes without menu and status bar, for a picture.
-    QWidget* content() const;
+    /// Of all captures.
+    void showRange(SampleRange const& range);
+
+    /// The status of the first failure while nothing could be opened, else that all went well.
+    VEK::Cli::Status status() const { return m_status; }
 
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void makeCentre();
     void makeMenus();
-    void choose();
-    void openAll(QStringList const& paths);
-    void closeAll();
-    void updateTitle();
+    void openOne(QStringList const& files, QStringList& told);
+    void chooseFiles();
+    void chooseClock();
+    void savePicture();
+    void reload();
+    void tell(QStringList const& messages);
+    void update();
 
     VEK::Cli::CaptureHints m_hints;
-    QSplitter* m_panes;
-    QLabel* m_hint;
+    VEK::Cli::Status m_status = VEK::Cli::Status::Done;
+    bool m_hasOpened = false;
+    QString m_folder; ///< Of the files that were opened last.
+    CaptureArea* m_area = nullptr;
+    QLabel* m_empty = nullptr;
+    QLabel* m_messages = nullptr;
+    QList<QAction*> m_captureActions; ///< Those that need a capture.
 };
