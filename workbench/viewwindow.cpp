@@ -203,8 +203,10 @@ void ViewWindow::chooseClock()
 void ViewWindow::reload()
 {
     QStringList told;
-    for (CapturePane const* const pane : m_area->panes())
-        openOne(pane->files(), told);
+    for (CapturePane const* const pane : m_area->panes()) {
+        QStringList const files = pane->files(); // the pane goes
+        openOne(files, told);
+    }
     tell(told);
     update();
 }
