@@ -36,6 +36,8 @@ public:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+        // where nobody has logged in the program would leave a folder of its own behind
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QFileInfo(picture).path());
         m_process.setProcessEnvironment(environment);
         m_process.setStandardInputFile(QProcess::nullDevice());
         m_process.setStandardOutputFile(QProcess::nullDevice());
