@@ -29,6 +29,23 @@ int slopeOf(int rise, int run)
     return int(qint64(rise) * 65536 / run);
 }
 
+/// Those from `first` to `last`, both included.
+void setBits(quint64* words, int first, int last)
+{
+    quint64 const head = ~quint64(0) << (first % WordBits);
+    quint64 const tail = ~quint64(0) >> (WordBits - 1 - last % WordBits);
+    int const lastWord = last / WordBits;
+    int word = first / WordBits;
+    if (word == lastWord) {
+        words[word] |= head & tail;
+        return;
+    }
+    words[word++] |= head;
+    while (word < lastWord)
+        words[word++] = ~quint64(0);
+    words[lastWord] |= tail;
+}
+
 } // namespace
 
 /// A line with one pixel a row, downwards: the x of its pixels, with 16 bits behind the point, and
@@ -88,19 +105,7 @@ void LinePixels::addRun(int row, int left, int right)
     right = std::min(right, m_area.right()) - m_area.left();
     if (row < m_area.top() || row > m_area.bottom() || left > right)
         return;
-    quint64* const words = m_bits.data() + (row - m_area.top()) * m_words;
-    quint64 const head = ~quint64(0) << (left % WordBits);
-    quint64 const tail = ~quint64(0) >> (WordBits - 1 - right % WordBits);
-    int const last = right / WordBits;
-    int word = left / WordBits;
-    if (word == last) {
-        words[word] |= head & tail;
-        return;
-    }
-    words[word++] |= head;
-    while (word < last)
-        words[word++] = ~quint64(0);
-    words[last] |= tail;
+    setBits(m_bits.data() + (row - m_area.top()) * m_words, left, right);
 }
 
 void LinePixels::addLine(QLineF const& line)
@@ -233,21 +238,8 @@ void LinePixels::addSteep(int x1, int y1, int x2, int y2)
 /// Within the area, as the whole line is.
 void LinePixels::addColumnRun(int column, int top, int bottom)
 {
-    quint64* const words = m_columns.data() + (column - m_area.left()) * m_columnWords;
-    top -= m_area.top();
-    bottom -= m_area.top();
-    quint64 const head = ~quint64(0) << (top % WordBits);
-    quint64 const tail = ~quint64(0) >> (WordBits - 1 - bottom % WordBits);
-    int const last = bottom / WordBits;
-    int word = top / WordBits;
-    if (word == last) {
-        words[word] |= head & tail;
-        return;
-    }
-    words[word++] |= head;
-    while (word < last)
-        words[word++] = ~quint64(0);
-    words[last] |= tail;
+    setBits(m_columns.data() + (column - m_area.left()) * m_columnWords, top - m_area.top(),
+            bottom - m_area.top());
 }
 
 /// Puts the pixels that were collected by columns to the others.
